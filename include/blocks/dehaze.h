@@ -1,0 +1,36 @@
+/* Driver structures, converters of the dehaze block ("isp_dehaze").
+ * Its register map is not yet defined: every group holds one reserved word and the converters
+ * read no field. */
+#ifndef ISP_BLOCK_DEHAZE_H
+#define ISP_BLOCK_DEHAZE_H
+
+#include <stdint.h>
+
+#include "isp_framework.h"
+
+typedef struct _isp_dehaze_user_setup_t {
+    uint32_t reserved;
+} _isp_dehaze_user_setup_t;
+
+typedef struct _isp_dehaze_user_part_t {
+    uint32_t reserved;
+} _isp_dehaze_user_part_t;
+
+typedef struct _isp_dehaze_user_ctrl_t {
+    uint32_t reserved;
+} _isp_dehaze_user_ctrl_t;
+
+#ifdef __cplusplus
+#include <picojson.h>
+
+#include "isp_json_export.h"
+
+ISP_JSON_API int rtl_to_drv_dehaze_user_setup(picojson::object &root, _isp_dehaze_user_setup_t *out,
+                                              uint8_t partition);
+ISP_JSON_API int rtl_to_drv_dehaze_user_part(picojson::object &root, _isp_dehaze_user_part_t *out,
+                                             uint8_t partition);
+ISP_JSON_API int rtl_to_drv_dehaze_user_ctrl(picojson::object &root, _isp_dehaze_user_ctrl_t *out,
+                                             uint8_t partition);
+#endif
+
+#endif
