@@ -1,0 +1,367 @@
+/* Demosaic block: register files to driver structures and back to C-model values. */
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "blocks/dem.h"
+#include "tests/support/test_support.h"
+
+namespace {
+
+using isp_test::parse_object;
+using isp_test::split_lines;
+
+picojson::object fixture(int partition) {
+    return parse_object(isp_test::read_file(std::string(ISP_TEST_DATA_DIR) + "/dem/rtl_dem_p" +
+                                            std::to_string(partition) + ".json"));
+}
+
+std::string serialized(const picojson::value &value) {
+    return value.serialize();
+}
+std::string serialized(const picojson::object &object) {
+    return picojson::value(object).serialize();
+}
+
+picojson::object &dem_registers(picojson::object &root) {
+    return root["isp_dem"].get<picojson::object>();
+}
+
+/* "read json_obj failed: " lines for each field of reg, in order. */
+void expect_fields(std::vector<std::string> &lines, const std::string &reg,
+                   const std::vector<std::string> &fields) {
+    for (const std::string &field : fields)
+        lines.push_back("read json_obj failed: " + reg + "." + field);
+}
+
+TEST(DemConvert, SetupKeepsEachPartitionsWindowsMeshStartsAndSizes) {
+    picojson::object p0 = fixture(0), p1 = fixture(1);
+    _isp_dem_user_setup_t setup{};
+    setup.img_size_hsize[2] = 77;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(rtl_to_drv_dem_user_setup(p0, &setup, 0), 0);
+    EXPECT_EQ(rtl_to_drv_dem_user_setup(p1, &setup, 1), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+
+    EXPECT_EQ(setup.wb_stat_roi[0].top, 0u);
+    EXPECT_EQ(setup.wb_stat_roi[0].bottom, 1079u);
+    EXPECT_EQ(setup.wb_stat_roi[0].left, 0u);
+    EXPECT_EQ(setup.wb_stat_roi[0].right, 959u);
+    EXPECT_EQ(setup.wb_stat_roi[1].bottom, 1079u);
+    EXPECT_EQ(setup.wb_stat_roi[1].left, 960u);
+    EXPECT_EQ(setup.wb_stat_roi[1].right, 1919u);
+    EXPECT_EQ(setup.wb_stat_mesh_block_start[0][0], 0u);
+    EXPECT_EQ(setup.wb_stat_mesh_block_start[1][0], 7u);
+    EXPECT_EQ(setup.wb_stat_mesh_pos_start[1][0], 120u);
+    EXPECT_EQ(setup.wbc_mesh_block_start[1][0], 10u);
+    EXPECT_EQ(setup.wbc_mesh_phase_start[0][0], 0u);
+    EXPECT_EQ(setup.wbc_mesh_phase_start[1][0], 21845u);
+    EXPECT_EQ(setup.wbc_mesh_pos_start[1][0], 40u);
+    EXPECT_EQ(setup.wbc_mesh_pos_start[1][1], 0u);
+    EXPECT_EQ(setup.img_size_hsize[0], 960u);
+    EXPECT_EQ(setup.img_size_vsize[0], 1080u);
+    EXPECT_EQ(setup.img_size_hsize[1], 960u);
+    EXPECT_EQ(setup.img_size_vsize[1], 1080u);
+    EXPECT_EQ(setup.img_size_hsize[2], 77u);
+
+    // single values hold the last partition's
+    EXPECT_EQ(setup.wb_stat_slice_level, 3968u);
+    EXPECT_EQ(setup.edge_enhance_ghv_corner_offset, 0x1FFu);  // -1 in s0.8
+    EXPECT_EQ(setup.wb_stat_enable, 1u);
+    EXPECT_EQ(setup.wb_stat_slice_sat_tp, 1u);
+    EXPECT_EQ(setup.wb_stat_mesh_shape[0], 64u);
+    EXPECT_EQ(setup.wb_stat_mesh_shape[1], 68u);
+    EXPECT_EQ(setup.wbc_enable, 1u);
+    EXPECT_EQ(setup.wbc_mesh_step[0], 1365u);
+    EXPECT_EQ(setup.wbc_mesh_step[1], 1024u);
+    EXPECT_EQ(setup.gic_enable, 1u);
+    EXPECT_EQ(setup.grad_h_enable, 1u);
+    EXPECT_EQ(setup.gclip_level, 8u);
+    EXPECT_EQ(setup.edge_enhance_enable, 1u);
+    EXPECT_EQ(setup.edge_enhance_ghv_level, 24u);
+    EXPECT_EQ(setup.edge_enhance_gpn_level, 20u);
+    EXPECT_EQ(setup.edge_enhance_ghv_corner_min, 32u);
+    EXPECT_EQ(setup.edge_enhance_ghv_corner_slope, 40u);
+    EXPECT_EQ(setup.fc_cor0_enable, 1u);
+    EXPECT_EQ(setup.offset_in, 1024u);
+    EXPECT_EQ(setup.offset_out, 1024u);
+    EXPECT_EQ(setup.bayer_pattern, 1u);
+}
+
+TEST(DemConvert, CornerOffsetIsEncodedInNineBits) {
+    picojson::object p0 = fixture(0);
+    _isp_dem_user_setup_t setup{};
+    rtl_to_drv_dem_user_setup(p0, &setup, 0);
+    EXPECT_EQ(setup.edge_enhance_ghv_corner_offset, 0x1F0u);  // -16
+}
+
+TEST(DemConvert, SmallGroupsFromTheRegisterFile) {
+    picojson::object root = fixture(0);
+    _isp_dem_user_init_t init{};
+    _isp_dem_user_dem_mode_t mode{};
+    _isp_dem_user_dem_core_t core{};
+    _isp_dem_user_fcc_t fcc{};
+    _isp_dem_user_gic_t gic{};
+    _isp_dem_user_sharpen_t sharpen{};
+    _isp_dem_kernel_mem_ctrl_t mem{};
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(rtl_to_drv_dem_user_init(root, &init, 0), 0);
+    EXPECT_EQ(rtl_to_drv_dem_user_dem_mode(root, &mode, 0), 0);
+    EXPECT_EQ(rtl_to_drv_dem_user_dem_core(root, &core, 0), 0);
+    EXPECT_EQ(rtl_to_drv_dem_user_fcc(root, &fcc, 0), 0);
+    EXPECT_EQ(rtl_to_drv_dem_user_gic(root, &gic, 0), 0);
+    EXPECT_EQ(rtl_to_drv_dem_user_sharpen(root, &sharpen, 0), 0);
+    EXPECT_EQ(rtl_to_drv_dem_kernel_mem_ctrl(root, &mem, 0), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+
+    EXPECT_EQ(init.clkgt_enable, 65535u);
+    EXPECT_EQ(init.debug_en, 0u);
+    EXPECT_EQ(mode.pre_gamma_enable, 1u);
+    EXPECT_EQ(mode.mode, 3u);
+    EXPECT_EQ(mode.post_gamma_enable, 1u);
+    EXPECT_EQ(core.gradf_ratio, 12u);
+    EXPECT_EQ(core.grad_hh_level, 6u);
+    const uint16_t inv_noise[9] = {3840, 1920, 1280, 960, 768, 640, 548, 480, 426};
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(core.inv_noise_lut[i], inv_noise[i]) << i;
+    EXPECT_EQ(core.ginterp_hf_ratio_x, 16u);
+    EXPECT_EQ(core.ginterp_hf_ratio_pn, 24u);
+    EXPECT_EQ(core.ginterp_hf_ratio_hv, 32u);
+    EXPECT_EQ(fcc.fc_cor1_limit, 1600u);
+    EXPECT_EQ(fcc.fc_cor1_gain_safe, 6u);
+    EXPECT_EQ(fcc.fc_cor1_gain, 40u);
+    EXPECT_EQ(fcc.fc_cor1_th, 20u);
+    EXPECT_EQ(fcc.fc_cor2_inv_base_sat_level, 51u);
+    EXPECT_EQ(fcc.fc_cor2_ratio_limit[0], 384u);
+    EXPECT_EQ(fcc.fc_cor2_ratio_limit[1], 128u);
+    const uint16_t sat[9] = {0, 160, 320, 480, 640, 800, 960, 1120, 1280};
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(fcc.fc_cor_sat_lut[i], sat[i]) << i;
+    const uint8_t strength[9] = {128, 112, 96, 80, 64, 48, 32, 16, 0};
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(gic.gic_strength_lut[i], strength[i]) << i;
+    const uint16_t ct[18] = {160,  320,  480,  640,  800,  960,  1120, 1280, 1440,
+                             1600, 1760, 1920, 2080, 2240, 2400, 2560, 2720, 2880};
+    for (int i = 0; i < 18; ++i) EXPECT_EQ(gic.gic_ct[i], ct[i]) << i;
+    const uint16_t limit[9] = {32, 48, 64, 80, 96, 112, 128, 144, 160};
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(gic.gic_limit[i], limit[i]) << i;
+    const uint8_t level[18] = {16, 17, 18, 19, 20, 21, 22, 23, 24,
+                               24, 23, 22, 21, 20, 19, 18, 17, 16};
+    for (int i = 0; i < 18; ++i) EXPECT_EQ(sharpen.edge_enhance_level_lut[i], level[i]) << i;
+    EXPECT_EQ(mem.sw_rd, 1u);
+    EXPECT_EQ(mem.sw_clr, 0u);
+}
+
+TEST(DemConvert, WbcTablesTakeFourGainsFromEachGroupElement) {
+    picojson::object root = fixture(0);
+    _isp_dem_user_wbc_t wbc{};
+    testing::internal::CaptureStderr();
+    rtl_to_drv_dem_user_wbc(root, &wbc, 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    // the file holds red 128 + n, green 200 - n, blue 64 + 2n for entry n = 4k + j
+    for (unsigned n = 0; n < ISP_DEM_WBC_LUT_SIZE; ++n) {
+        ASSERT_EQ(wbc.wbc_gain_lut_r[n], 128 + n) << n;
+        ASSERT_EQ(wbc.wbc_gain_lut_g[n], 200 - n) << n;
+        ASSERT_EQ(wbc.wbc_gain_lut_b[n], 64 + 2 * n) << n;
+    }
+}
+
+TEST(DemConvert, WbcMissingFieldNamesOnlyRegisterAndField) {
+    picojson::object root = fixture(0);
+    dem_registers(root)["wbc_gain_lut_g"]
+        .get<picojson::array>()[5]
+        .get<picojson::object>()["wbc_gain_g"]
+        .get<picojson::object>()
+        .erase("lut2");
+    _isp_dem_user_wbc_t wbc{};
+    wbc.wbc_gain_lut_g[22] = 9;
+    testing::internal::CaptureStderr();
+    rtl_to_drv_dem_user_wbc(root, &wbc, 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "read json_obj failed: wbc_gain_g.lut2\n");
+    EXPECT_EQ(wbc.wbc_gain_lut_g[21], 179u);
+    EXPECT_EQ(wbc.wbc_gain_lut_g[22], 0u);
+    EXPECT_EQ(wbc.wbc_gain_lut_g[23], 177u);
+    EXPECT_EQ(wbc.wbc_gain_lut_b[63], 190u);
+}
+
+TEST(DemConvert, ShortArrayGroupReportsItsMissingElement) {
+    picojson::object root = fixture(0);
+    dem_registers(root)["gic_ct_lut"].get<picojson::array>().pop_back();
+    _isp_dem_user_gic_t gic{};
+    gic.gic_ct[8] = gic.gic_ct[17] = 9;
+    testing::internal::CaptureStderr();
+    rtl_to_drv_dem_user_gic(root, &gic, 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "read json_obj failed: gic_ct.lut0\nread json_obj failed: gic_ct.lut1\n");
+    EXPECT_EQ(gic.gic_ct[7], 1280u);
+    EXPECT_EQ(gic.gic_ct[8], 0u);
+    EXPECT_EQ(gic.gic_ct[16], 2720u);
+    EXPECT_EQ(gic.gic_ct[17], 0u);
+}
+
+TEST(DemConvert, MissingTopKeyReportsEverySetupFieldInOrder) {
+    picojson::object root = parse_object(R"({"isp_lsc": {}})");
+    _isp_dem_user_setup_t setup{};
+    setup.wb_stat_roi[4].right = setup.img_size_vsize[4] = setup.wbc_mesh_step[1] = 9;
+    setup.edge_enhance_ghv_corner_offset                                          = 9;
+    testing::internal::CaptureStderr();
+    rtl_to_drv_dem_user_setup(root, &setup, 4);
+    std::vector<std::string> expected;
+    expect_fields(expected, "wb_stat_ctrl", {"enable"});
+    expect_fields(expected, "wb_stat_roi0", {"top", "bottom"});
+    expect_fields(expected, "wb_stat_roi1", {"left", "right"});
+    expect_fields(expected, "wb_stat_mesh_block", {"start0", "start1"});
+    expect_fields(expected, "wb_stat_mesh_pos", {"start0", "start1"});
+    expect_fields(expected, "wb_stat_slice", {"level"});
+    expect_fields(expected, "wb_stat_slice_sat", {"tp"});
+    expect_fields(expected, "wb_stat_mesh", {"shape0", "shape1"});
+    expect_fields(expected, "wbc_ctrl", {"enable"});
+    expect_fields(expected, "wbc_mesh_block", {"start0", "start1"});
+    expect_fields(expected, "wbc_mesh_phase", {"start0", "start1"});
+    expect_fields(expected, "wbc_mesh_pos", {"start0", "start1"});
+    expect_fields(expected, "wbc_mesh", {"step0", "step1"});
+    expect_fields(expected, "gic", {"enable"});
+    expect_fields(expected, "grad_h", {"enable"});
+    expect_fields(expected, "gclip", {"level"});
+    expect_fields(expected, "edge_enhance_ctrl", {"enable"});
+    expect_fields(expected, "edge_enhance", {"ghv_level", "gpn_level"});
+    expect_fields(expected, "edge_enhance_ghv", {"corner_min", "corner_slope", "corner_offset"});
+    expect_fields(expected, "fc_cor0", {"enable"});
+    expect_fields(expected, "offset", {"in", "out"});
+    expect_fields(expected, "bayer", {"pattern"});
+    expect_fields(expected, "img_size", {"hsize", "vsize"});
+    EXPECT_EQ(split_lines(testing::internal::GetCapturedStderr()), expected);
+    EXPECT_EQ(setup.wb_stat_roi[4].right, 0u);
+    EXPECT_EQ(setup.img_size_vsize[4], 0u);
+    EXPECT_EQ(setup.wbc_mesh_step[1], 0u);
+    EXPECT_EQ(setup.edge_enhance_ghv_corner_offset, 0u);
+    ASSERT_EQ(root.count("isp_dem"), 1u);
+    EXPECT_TRUE(root["isp_dem"].is<picojson::null>());
+}
+
+TEST(DemConvert, MissingTopKeyReportsTableFieldsInOrder) {
+    picojson::object root = parse_object(R"({})");
+    _isp_dem_user_dem_core_t core{};
+    _isp_dem_user_gic_t gic{};
+    _isp_dem_user_sharpen_t sharpen{};
+    testing::internal::CaptureStderr();
+    rtl_to_drv_dem_user_dem_core(root, &core, 0);
+    rtl_to_drv_dem_user_gic(root, &gic, 0);
+    rtl_to_drv_dem_user_sharpen(root, &sharpen, 0);
+    std::vector<std::string> expected;
+    expect_fields(expected, "gradf", {"ratio"});
+    expect_fields(expected, "grad_hh", {"level"});
+    expect_fields(expected, "inv_noise0", {"lut0", "lut1"});
+    expect_fields(expected, "inv_noise1", {"lut0", "lut1"});
+    expect_fields(expected, "inv_noise2", {"lut0", "lut1"});
+    expect_fields(expected, "inv_noise3", {"lut0", "lut1"});
+    expect_fields(expected, "inv_noise4", {"lut0"});
+    expect_fields(expected, "ginterp_hf_ratio", {"x", "pn", "hv"});
+    expect_fields(expected, "gic_strength0", {"lut0", "lut1", "lut2", "lut3"});
+    expect_fields(expected, "gic_strength1", {"lut0", "lut1", "lut2", "lut3"});
+    expect_fields(expected, "gic_strength2", {"lut0"});
+    for (int k = 0; k < 9; ++k) expect_fields(expected, "gic_ct", {"lut0", "lut1"});
+    expect_fields(expected, "gic_limit0", {"lut0", "lut1"});
+    expect_fields(expected, "gic_limit1", {"lut0", "lut1"});
+    expect_fields(expected, "gic_limit2", {"lut0", "lut1"});
+    expect_fields(expected, "gic_limit3", {"lut0", "lut1"});
+    expect_fields(expected, "gic_limit4", {"lut0"});
+    for (int k = 0; k < 9; ++k) expect_fields(expected, "edge_enhance_level", {"lut0", "lut1"});
+    EXPECT_EQ(split_lines(testing::internal::GetCapturedStderr()), expected);
+}
+
+TEST(DemConvert, MissingWbcGroupsReportSixteenRegistersEach) {
+    picojson::object root = parse_object(R"({"isp_dem": {"wbc_gain_lut_g": []}})");
+    _isp_dem_user_wbc_t wbc{};
+    testing::internal::CaptureStderr();
+    rtl_to_drv_dem_user_wbc(root, &wbc, 0);
+    std::vector<std::string> expected;
+    for (const char *reg : {"wbc_gain_r", "wbc_gain_g", "wbc_gain_b"})
+        for (int k = 0; k < 16; ++k) expect_fields(expected, reg, {"lut0", "lut1", "lut2", "lut3"});
+    EXPECT_EQ(split_lines(testing::internal::GetCapturedStderr()), expected);
+}
+
+TEST(DemExport, ConvertedSetupExportsThePartitionsMembers) {
+    picojson::object p0 = fixture(0), p1 = fixture(1);
+    _isp_dem_user_setup_t setup{};
+    rtl_to_drv_dem_user_setup(p0, &setup, 0);
+    rtl_to_drv_dem_user_setup(p1, &setup, 1);
+    picojson::object out;
+    EXPECT_EQ(drv_to_cmodel_dem_user_setup(&setup, out, 1), 0);
+    // each field's integer over 2^fraction bits; the corner offset -1 / 2^8
+    EXPECT_EQ(serialized(out),
+              R"({"bayer_pattern":1,"edge_enhance_enable":1,"edge_enhance_ghv_corner_min":0.125,)"
+              R"("edge_enhance_ghv_corner_offset":-0.00390625,"edge_enhance_ghv_corner_slope":2.5,)"
+              R"("edge_enhance_ghv_level":1.5,"edge_enhance_gpn_level":1.25,"fc_cor0_enable":1,)"
+              R"("gclip_level":0.5,"gic_enable":1,"grad_h_enable":1,"img_size_hsize":960,)"
+              R"("img_size_vsize":1080,"offset_in":64,"offset_out":64,"wb_stat_enable":1,)"
+              R"("wb_stat_mesh_block_start":[7,0],"wb_stat_mesh_pos_start":[120,0],)"
+              R"("wb_stat_mesh_shape":[64,68],"wb_stat_roi":[0,1079,960,1919],)"
+              R"("wb_stat_slice_level":248,"wb_stat_slice_sat_tp":1,"wbc_enable":1,)"
+              R"("wbc_mesh_block_start":[10,0],"wbc_mesh_phase_start":[0.666656494140625,0],)"
+              R"("wbc_mesh_pos_start":[40,0],"wbc_mesh_step":[0.08331298828125,0.0625]})");
+
+    picojson::object first;
+    drv_to_cmodel_dem_user_setup(&setup, first, 0);
+    EXPECT_EQ(serialized(first["wb_stat_roi"]), "[0,1079,0,959]");
+    EXPECT_EQ(serialized(first["wbc_mesh_pos_start"]), "[0,0]");
+}
+
+TEST(DemExport, ConvertedGroupsExportEachFieldOverItsScale) {
+    picojson::object root = fixture(0);
+    _isp_dem_user_dem_mode_t mode{};
+    _isp_dem_user_dem_core_t core{};
+    _isp_dem_user_fcc_t fcc{};
+    _isp_dem_user_gic_t gic{};
+    _isp_dem_user_sharpen_t sharpen{};
+    rtl_to_drv_dem_user_dem_mode(root, &mode, 0);
+    rtl_to_drv_dem_user_dem_core(root, &core, 0);
+    rtl_to_drv_dem_user_fcc(root, &fcc, 0);
+    rtl_to_drv_dem_user_gic(root, &gic, 0);
+    rtl_to_drv_dem_user_sharpen(root, &sharpen, 0);
+    picojson::object m, c, f, g, s;
+    EXPECT_EQ(drv_to_cmodel_dem_user_dem_mode(&mode, m, 0), 0);
+    EXPECT_EQ(drv_to_cmodel_dem_user_dem_core(&core, c, 0), 0);
+    EXPECT_EQ(drv_to_cmodel_dem_user_fcc(&fcc, f, 0), 0);
+    EXPECT_EQ(drv_to_cmodel_dem_user_gic(&gic, g, 0), 0);
+    EXPECT_EQ(drv_to_cmodel_dem_user_sharpen(&sharpen, s, 0), 0);
+    EXPECT_EQ(serialized(m), R"({"mode":3,"post_gamma_enable":1,"pre_gamma_enable":1})");
+    EXPECT_EQ(serialized(c),
+              R"({"ginterp_hf_ratio_hv":1,"ginterp_hf_ratio_pn":0.75,"ginterp_hf_ratio_x":0.5,)"
+              R"("grad_hh_level":1.5,"gradf_ratio":0.75,)"
+              R"("inv_noise_lut":[15,7.5,5,3.75,3,2.5,2.140625,1.875,1.6640625]})");
+    EXPECT_EQ(
+        serialized(f),
+        R"({"fc_cor1_gain":2.5,"fc_cor1_gain_safe":1.5,"fc_cor1_limit":100,"fc_cor1_th":1.25,)"
+        R"("fc_cor2_inv_base_sat_level":0.19921875,"fc_cor2_ratio_limit":[1.5,0.5],)"
+        R"("fc_cor_sat_lut":[0,10,20,30,40,50,60,70,80]})");
+    EXPECT_EQ(serialized(g),
+              R"({"gic_ct":[10,20,30,40,50,60,70,80,90,100,110,120,130,140,150,160,170,180],)"
+              R"("gic_limit":[2,3,4,5,6,7,8,9,10],)"
+              R"("gic_strength_lut":[1,0.875,0.75,0.625,0.5,0.375,0.25,0.125,0]})");
+    EXPECT_EQ(serialized(s),
+              R"({"edge_enhance_level_lut":[1,1.0625,1.125,1.1875,1.25,1.3125,1.375,1.4375,1.5,)"
+              R"(1.5,1.4375,1.375,1.3125,1.25,1.1875,1.125,1.0625,1]})");
+}
+
+TEST(DemExport, WbcTablesAreSixteenRowsOfFour) {
+    picojson::object root = fixture(0);
+    _isp_dem_user_wbc_t wbc{};
+    rtl_to_drv_dem_user_wbc(root, &wbc, 0);
+    picojson::object out = parse_object(R"({"wbc_gain_lut_r": 0, "gamma": 1})");
+    EXPECT_EQ(drv_to_cmodel_dem_user_wbc(&wbc, out, 0), 0);
+    ASSERT_EQ(out.size(), 4u);
+    EXPECT_EQ(serialized(out["gamma"]), "1");
+    for (const char *key : {"wbc_gain_lut_r", "wbc_gain_lut_g", "wbc_gain_lut_b"}) {
+        const picojson::array &rows = out[key].get<picojson::array>();
+        ASSERT_EQ(rows.size(), 16u) << key;
+        for (const picojson::value &row : rows) EXPECT_EQ(row.get<picojson::array>().size(), 4u);
+    }
+    // entries 0-3 of red, 20-23 of green, 60-63 of blue, over 2^7
+    EXPECT_EQ(serialized(out["wbc_gain_lut_r"].get<picojson::array>()[0]),
+              "[1,1.0078125,1.015625,1.0234375]");
+    EXPECT_EQ(serialized(out["wbc_gain_lut_g"].get<picojson::array>()[5]),
+              "[1.40625,1.3984375,1.390625,1.3828125]");
+    EXPECT_EQ(serialized(out["wbc_gain_lut_b"].get<picojson::array>()[15]),
+              "[1.4375,1.453125,1.46875,1.484375]");
+}
+
+}  // namespace
