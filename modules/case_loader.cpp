@@ -34,9 +34,10 @@ void format_path(path_buffer &path, const char *format, ...) {
 /* One buffer per load holding every group's structure, plus whatever the module provides beside
  * it for this grid; cleared before the module's pointers are attached. */
 class frame_buffer {
-public:
+  public:
     frame_buffer(const frame_layout &layout, const PipeContext *pipe)
-        : layout_(layout), extra_size_(layout.extra_size ? layout.extra_size(pipe) : 0),
+        : layout_(layout),
+          extra_size_(layout.extra_size ? layout.extra_size(pipe) : 0),
           bytes_(new max_align_t[words(layout.size) + words(extra_size_)]) {}
 
     void clear(const PipeContext *pipe) {
@@ -46,8 +47,10 @@ public:
     void *frame() { return bytes_.get(); }
     void *group(size_t offset) { return reinterpret_cast<unsigned char *>(frame()) + offset; }
 
-private:
-    static size_t words(size_t size) { return (size + sizeof(max_align_t) - 1) / sizeof(max_align_t); }
+  private:
+    static size_t words(size_t size) {
+        return (size + sizeof(max_align_t) - 1) / sizeof(max_align_t);
+    }
     void *extra() { return bytes_.get() + words(layout_.size); }
 
     const frame_layout &layout_;
@@ -116,7 +119,7 @@ int32_t push_groups(const module_desc &m, uint32_t wrapper, frame_buffer &buffer
 }
 
 int32_t load_frame(const module_desc &m, JsonModuleHandle *handle) {
-    const PipeContext *pipe = handle->pipe;
+    const PipeContext *pipe   = handle->pipe;
     const frame_cursor cursor = cursor_of(m, handle->priv);
     frame_buffer buffer(*m.layout, pipe);
     buffer.clear(pipe);
@@ -143,8 +146,7 @@ int32_t load_channels(const module_desc &m, JsonModuleHandle *handle) {
          ++channel) {
         buffer.clear(pipe);
         convert_grid(m, handle, buffer, [&](path_buffer &path, uint8_t partition) {
-            format_path(path, m.file_pattern, pipe->case_path, *cursor.frame,
-                     partition, channel);
+            format_path(path, m.file_pattern, pipe->case_path, *cursor.frame, partition, channel);
         });
         advance_frame(pipe, cursor);
         const int32_t status = push_groups(m, wrappers[channel], buffer);
@@ -190,9 +192,12 @@ int32_t module_load(const module_desc &m, JsonModuleHandle *handle) {
         return m.code_grid;
     }
     switch (m.kind) {
-        case module_kind::channelled: return load_channels(m, handle);
-        case module_kind::pattern: return load_patterns(m, handle);
-        default: return load_frame(m, handle);
+        case module_kind::channelled:
+            return load_channels(m, handle);
+        case module_kind::pattern:
+            return load_patterns(m, handle);
+        default:
+            return load_frame(m, handle);
     }
 }
 

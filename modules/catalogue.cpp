@@ -7,23 +7,24 @@ namespace isp {
 namespace {
 
 /* Status codes are written as the hardware documentation writes them. */
-constexpr int32_t code(uint32_t value) { return static_cast<int32_t>(value); }
+constexpr int32_t code(uint32_t value) {
+    return static_cast<int32_t>(value);
+}
 
 /* Source lines of every log call: the colour-correction module's, which every module but dehaze
  * reports with. */
 const log_lines cc_lines = {
-    118, 120,            /* create: allocation, warning */
-    209, 217, 221,       /* deinit: invalid, regio destroy, destroy */
-    151, 163, 183, 190,  /* init: invalid, wrapper create, regio create, default setup */
-    244, 250, 255,       /* trigger: invalid, case path, trigger */
-    266,                 /* sync */
-    46, 47, 48, 52, 58,  /* loader: handle, pipe, context, case path, grid */
-    94, 6,               /* loader: first group push, step per group */
-    72,                  /* statistics buffer allocation */
+    118, 120,               /* create: allocation, warning */
+    209, 217, 221,          /* deinit: invalid, regio destroy, destroy */
+    151, 163, 183, 190,     /* init: invalid, wrapper create, regio create, default setup */
+    244, 250, 255,          /* trigger: invalid, case path, trigger */
+    266,                    /* sync */
+    46,  47,  48,  52,  58, /* loader: handle, pipe, context, case path, grid */
+    94,  6,                 /* loader: first group push, step per group */
+    72,                     /* statistics buffer allocation */
 };
 const log_lines dehaze_lines = {
-    132, 134, 223, 231, 235, 165, 177, 197, 204, 258, 264, 269, 280,
-    46,  47,  48,  52,  58,  94,  6,   72,
+    132, 134, 223, 231, 235, 165, 177, 197, 204, 258, 264, 269, 280, 46, 47, 48, 52, 58, 94, 6, 72,
 };
 
 const stat_buffer ae_stat_buffer  = {88112, "vin_ae_stat%dx%d"};
@@ -31,19 +32,36 @@ const stat_buffer awb_stat_buffer = {152240, "vin_awb_stat%dx%d"};
 
 }  // namespace
 
-#define NAMES(mod)                                                                             \
-    {"isp_" #mod "_json_mod_create",  "isp_" #mod "_json_mod_destroy",                       \
-     "isp_" #mod "_json_mod_init",    "isp_" #mod "_json_mod_deinit",                        \
-     "isp_" #mod "_json_mod_trigger", "isp_" #mod "_json_mod_sync",                          \
-     "__" #mod "_json_param_setup",   "__" #mod "_json_alloc_buf"}
+#define NAMES(mod)                                                         \
+    {                                                                      \
+        "isp_" #mod "_json_mod_create", "isp_" #mod "_json_mod_destroy",   \
+            "isp_" #mod "_json_mod_init", "isp_" #mod "_json_mod_deinit",  \
+            "isp_" #mod "_json_mod_trigger", "isp_" #mod "_json_mod_sync", \
+            "__" #mod "_json_param_setup", "__" #mod "_json_alloc_buf"     \
+    }
 
-#define ROW(mod, block, file, kind, type, code0, code1, depth0, depth1, tag, arg, hw, alloc,   \
-            grid, bypass, enable, where, noop, buffer, lines)                                  \
-    const module_desc mod##_module = {#mod, block, "%s/" file, module_kind::kind, type,         \
-                                      {code0, code1}, {depth0, depth1}, tag, code(arg),        \
-                                      code(hw), code(alloc), code(grid), bypass, enable,       \
-                                      enable_update::where, noop, &mod##_groups, buffer,       \
-                                      &lines, NAMES(mod)};
+#define ROW(mod, block, file, kind, type, code0, code1, depth0, depth1, tag, arg, hw, alloc, grid, \
+            bypass, enable, where, noop, buffer, lines)                                            \
+    const module_desc mod##_module = {#mod,                                                        \
+                                      block,                                                       \
+                                      "%s/" file,                                                  \
+                                      module_kind::kind,                                           \
+                                      type,                                                        \
+                                      {code0, code1},                                              \
+                                      {depth0, depth1},                                            \
+                                      tag,                                                         \
+                                      code(arg),                                                   \
+                                      code(hw),                                                    \
+                                      code(alloc),                                                 \
+                                      code(grid),                                                  \
+                                      bypass,                                                      \
+                                      enable,                                                      \
+                                      enable_update::where,                                        \
+                                      noop,                                                        \
+                                      &mod##_groups,                                               \
+                                      buffer,                                                      \
+                                      &lines,                                                      \
+                                      NAMES(mod)};
 
 /* Notes kept on purpose: lin borrows blc's memory tag and hs2dlut's hardware and allocation
  * codes; af_stat allocates under tag 9; several modules share hardware codes; cc reports an

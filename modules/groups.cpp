@@ -21,9 +21,13 @@ int convert_into(picojson::object &root, void *frame, uint8_t partition) {
 }  // namespace
 
 #define CONVERT(frame, member, fn) &convert_into<frame, decltype(frame::member), &frame::member, fn>
-#define PUSH(frame, member, cmd, message) {cmd, offsetof(frame, member), message}
-#define LAYOUT(frame, converters, groups) \
-    {sizeof(frame), converters, std::size(converters), groups, std::size(groups), nullptr, nullptr, nullptr}
+#define PUSH(frame, member, cmd, message) \
+    { cmd, offsetof(frame, member), message }
+#define LAYOUT(frame, converters, groups)                                                     \
+    {                                                                                         \
+        sizeof(frame), converters, std::size(converters), groups, std::size(groups), nullptr, \
+            nullptr, nullptr                                                                  \
+    }
 
 /* ---- cc: colour correction --------------------------------------------------------------- */
 namespace {
@@ -49,7 +53,9 @@ size_t cc_size_array_bytes(const PipeContext *pipe) {
     const size_t partitions = static_cast<size_t>(pipe->attr.part_h) * pipe->attr.part_v;
     return (partitions * sizeof(uint16_t) + 7) / 8 * 8;
 }
-size_t cc_extra_size(const PipeContext *pipe) { return 2 * cc_size_array_bytes(pipe); }
+size_t cc_extra_size(const PipeContext *pipe) {
+    return 2 * cc_size_array_bytes(pipe);
+}
 void cc_attach_extra(void *frame, void *extra, const PipeContext *pipe) {
     cc_frame *f          = static_cast<cc_frame *>(frame);
     unsigned char *bytes = static_cast<unsigned char *>(extra);
@@ -57,9 +63,9 @@ void cc_attach_extra(void *frame, void *extra, const PipeContext *pipe) {
     f->init.part_size_v  = reinterpret_cast<uint16_t *>(bytes + cc_size_array_bytes(pipe));
 }
 }  // namespace
-const frame_layout cc_groups = {sizeof(cc_frame), cc_converters, std::size(cc_converters),
-                                cc_pushes, std::size(cc_pushes), cc_extra_size, cc_attach_extra,
-                                nullptr};
+const frame_layout cc_groups = {
+    sizeof(cc_frame),     cc_converters, std::size(cc_converters), cc_pushes,
+    std::size(cc_pushes), cc_extra_size, cc_attach_extra,          nullptr};
 
 /* ---- dehaze ------------------------------------------------------------------------------ */
 namespace {
@@ -145,7 +151,7 @@ struct ccmp_frame {
     _isp_lce_user_ccmp_t ccmp;
 };
 const converter_fn ccmp_converters[] = {CONVERT(ccmp_frame, ccmp, rtl_to_drv_lce_user_ccmp)};
-const group_push ccmp_pushes[]       = {PUSH(ccmp_frame, ccmp, 9, "Isp lce ccmp hal setup failed.")};
+const group_push ccmp_pushes[] = {PUSH(ccmp_frame, ccmp, 9, "Isp lce ccmp hal setup failed.")};
 
 struct ycproc_frame {
     _isp_lce_user_ycproc_t ycproc;
@@ -402,10 +408,10 @@ const group_push ae_stat_pushes[] = {
  * addresses in 8-byte units, whatever the register file says. */
 void ae_stat_write_addresses(void *frame, uint64_t phys, uint8_t partition) {
     _isp_ae_stat_user_init_t &init = static_cast<ae_stat_frame *>(frame)->init;
-    const uint32_t base = static_cast<uint32_t>((phys + 88112ull * partition) >> 3);
-    init.wr_addr0[partition] = base;
-    init.wr_addr1[partition] = base + 5187;
-    init.wr_addr2[partition] = base + 10374;
+    const uint32_t base            = static_cast<uint32_t>((phys + 88112ull * partition) >> 3);
+    init.wr_addr0[partition]       = base;
+    init.wr_addr1[partition]       = base + 5187;
+    init.wr_addr2[partition]       = base + 10374;
 }
 
 struct awb_stat_frame {
@@ -425,7 +431,7 @@ const group_push awb_stat_pushes[] = {
 };
 void awb_stat_write_addresses(void *frame, uint64_t phys, uint8_t partition) {
     _isp_awb_stat_user_init_t &init = static_cast<awb_stat_frame *>(frame)->init;
-    init.wr_addr[partition] = static_cast<uint32_t>((phys + 152240ull * partition) >> 3);
+    init.wr_addr[partition]         = static_cast<uint32_t>((phys + 152240ull * partition) >> 3);
 }
 
 struct af_stat_frame {
@@ -456,15 +462,23 @@ const group_push af_stat_pushes[] = {
     PUSH(af_stat_frame, kernel_afs_setup, 7, "Isp af_stat kernel afs_setup hal setup failed."),
 };
 }  // namespace
-const frame_layout ae_stat_groups = {sizeof(ae_stat_frame), ae_stat_converters,
-                                     std::size(ae_stat_converters), ae_stat_pushes,
-                                     std::size(ae_stat_pushes), nullptr, nullptr,
-                                     ae_stat_write_addresses};
-const frame_layout awb_stat_groups = {sizeof(awb_stat_frame), awb_stat_converters,
-                                      std::size(awb_stat_converters), awb_stat_pushes,
-                                      std::size(awb_stat_pushes), nullptr, nullptr,
+const frame_layout ae_stat_groups  = {sizeof(ae_stat_frame),
+                                      ae_stat_converters,
+                                      std::size(ae_stat_converters),
+                                      ae_stat_pushes,
+                                      std::size(ae_stat_pushes),
+                                      nullptr,
+                                      nullptr,
+                                      ae_stat_write_addresses};
+const frame_layout awb_stat_groups = {sizeof(awb_stat_frame),
+                                      awb_stat_converters,
+                                      std::size(awb_stat_converters),
+                                      awb_stat_pushes,
+                                      std::size(awb_stat_pushes),
+                                      nullptr,
+                                      nullptr,
                                       awb_stat_write_addresses};
-const frame_layout af_stat_groups = LAYOUT(af_stat_frame, af_stat_converters, af_stat_pushes);
+const frame_layout af_stat_groups  = LAYOUT(af_stat_frame, af_stat_converters, af_stat_pushes);
 
 /* ---- bl_det, ifa, eis_pre, eis_post ------------------------------------------------------ */
 namespace {

@@ -14,10 +14,10 @@
 namespace isp {
 
 enum class module_kind {
-    generic,     /* one register file per partition and frame */
-    statistics,  /* generic, plus a DMA buffer whose addresses go into the pushed groups */
-    channelled,  /* one wrapper and one register file per partition per channel */
-    pattern,     /* one pattern file per partition in the case directory, no frames */
+    generic,    /* one register file per partition and frame */
+    statistics, /* generic, plus a DMA buffer whose addresses go into the pushed groups */
+    channelled, /* one wrapper and one register file per partition per channel */
+    pattern,    /* one pattern file per partition in the case directory, no frames */
 };
 
 enum class enable_update { none, in_sync, in_trigger };

@@ -13,12 +13,12 @@
 namespace isp {
 namespace {
 
-const uint32_t k_reg_base      = 0x2400000;
-const uint32_t k_wrapper_mode  = 2;
-const uint32_t k_trigger_mode  = 1;
-const uint32_t k_stat_areas    = 3;
-const uint32_t k_stat_align    = 128;
-const size_t k_stat_name_size  = 32;
+const uint32_t k_reg_base     = 0x2400000;
+const uint32_t k_wrapper_mode = 2;
+const uint32_t k_trigger_mode = 1;
+const uint32_t k_stat_areas   = 3;
+const uint32_t k_stat_align   = 128;
+const size_t k_stat_name_size = 32;
 
 /* Live contexts and their size in 32-bit words, so that copying handles from a slot owner
  * never reads past the owner's context. */
@@ -29,9 +29,12 @@ std::map<const void *, size_t> &live_contexts() {
 
 size_t context_size(const module_desc &m) {
     switch (m.kind) {
-        case module_kind::statistics: return sizeof(JsonStatContext);
-        case module_kind::channelled: return sizeof(JsonChnContext);
-        default: return sizeof(JsonModuleContext);
+        case module_kind::statistics:
+            return sizeof(JsonStatContext);
+        case module_kind::channelled:
+            return sizeof(JsonChnContext);
+        default:
+            return sizeof(JsonModuleContext);
     }
 }
 
@@ -184,7 +187,7 @@ int32_t module_init(const module_desc &m, JsonModuleHandle *handle) {
     if (!handle_ok(m, handle, m.names.init, l.init_invalid)) return m.code_arg;
     PipeContext *pipe = handle->pipe;
     if (!channels_ok(m, pipe, m.names.init, l.init_invalid)) return m.code_arg;
-    uint32_t *wrappers      = static_cast<uint32_t *>(handle->priv);
+    uint32_t *wrappers       = static_cast<uint32_t *>(handle->priv);
     JsonModuleContext *&slot = slot_of(m, pipe);
     if (slot) {
         /* Reuse the wrapper of the module that created it: one handle, or one per channel for

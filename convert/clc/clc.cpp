@@ -60,8 +60,9 @@ int rtl_to_drv_clc_user_clc(picojson::object &root, _isp_clc_user_clc_t *out, ui
      * coefficient k + 6 in "val1"; the second half is read first. */
     for (size_t k = 0; k < CLC_MATRIX_PASSES; ++k) {
         for (size_t n = 0; n < CLC_MATRIX_COUNT; ++n) {
-            out->matrix_list[n][k + 6] = f.read("matrix_list", k, matrix_register[n], "val1", "s3.8");
-            out->matrix_list[n][k]     = f.read("matrix_list", k, matrix_register[n], "val0", "s3.8");
+            out->matrix_list[n][k + 6] =
+                f.read("matrix_list", k, matrix_register[n], "val1", "s3.8");
+            out->matrix_list[n][k] = f.read("matrix_list", k, matrix_register[n], "val0", "s3.8");
         }
     }
     read_ratio_lut(f, "sat_mit_ratio_lower_lut0", "sat_mit_ratio_lower_lut1",
@@ -72,13 +73,15 @@ int rtl_to_drv_clc_user_clc(picojson::object &root, _isp_clc_user_clc_t *out, ui
      * unsigned x of one more integer bit than its y. */
     for (size_t k = 0; k < 2 * CLC_CURVE_KNEES; ++k) {
         uint16_t *lower = k % 2 == 0 ? out->sat_mit_lower_lut_x : out->sat_mit_lower_lut_y;
-        lower[k / 2] = f.read_element("lower_lut", k, "sat_mit_lower_lut", "s8.4");
+        lower[k / 2]    = f.read_element("lower_lut", k, "sat_mit_lower_lut", "s8.4");
     }
     for (size_t k = 0; k < 2 * CLC_CURVE_KNEES; ++k) {
         if (k % 2 == 0)
-            out->sat_mit_upper_lut_x[k / 2] = f.read_element("upper_lut", k, "sat_mit_upper_lut", "u9.4");
+            out->sat_mit_upper_lut_x[k / 2] =
+                f.read_element("upper_lut", k, "sat_mit_upper_lut", "u9.4");
         else
-            out->sat_mit_upper_lut_y[k / 2] = f.read_element("upper_lut", k, "sat_mit_upper_lut", "u8.4");
+            out->sat_mit_upper_lut_y[k / 2] =
+                f.read_element("upper_lut", k, "sat_mit_upper_lut", "u8.4");
     }
     read_slopes(f, "sat_mit_lower_lut_slope0", "sat_mit_lower_lut_slope1",
                 "sat_mit_lower_lut_slope2", out->sat_mit_lower_lut_slope);
@@ -87,7 +90,8 @@ int rtl_to_drv_clc_user_clc(picojson::object &root, _isp_clc_user_clc_t *out, ui
     return 0;
 }
 
-int drv_to_cmodel_clc_user_clc_setup(_isp_clc_user_clc_setup_t *in, picojson::object &out, uint8_t) {
+int drv_to_cmodel_clc_user_clc_setup(_isp_clc_user_clc_setup_t *in, picojson::object &out,
+                                     uint8_t) {
     const isp::cmodel_writer w(out);
     w.value("offset_out", in->offset_out, "u8.4");
     w.value("offset_in", in->offset_in, "u8.4");

@@ -16,9 +16,9 @@
 /* Partition sizes are reached through pointers: the wrapper takes the structure as it stands,
  * and the arrays are provided by the module, one element per partition of the grid. */
 typedef struct _isp_clc_user_init_t {
-    uint8_t manual_clk_en;  /* "clc_ctrl2"."manual_clk_en", u1 */
-    uint16_t *part_size_h;  /* [partition] "part_size"."h", u14 */
-    uint16_t *part_size_v;  /* [partition] "part_size"."v", u14 */
+    uint8_t manual_clk_en; /* "clc_ctrl2"."manual_clk_en", u1 */
+    uint16_t *part_size_h; /* [partition] "part_size"."h", u14 */
+    uint16_t *part_size_v; /* [partition] "part_size"."v", u14 */
 } _isp_clc_user_init_t;
 
 typedef struct _isp_clc_user_clc_setup_t {
@@ -33,14 +33,16 @@ typedef struct _isp_clc_user_clc_t {
     /* matrix n, coefficient k: "matrix_list"[k % 6]."matrix_list<n>"."val0" (k < 6) or "val1"
      * (k >= 6); s3.8: 0x100 = 1.0 */
     uint16_t matrix_list[CLC_MATRIX_COUNT][CLC_MATRIX_COEFFS];
-    uint8_t sat_mit_ratio_lower_lut[CLC_RATIO_LUT_SIZE]; /* "sat_mit_ratio_lower_lut0/1"."val0".."val3", u1.7 */
-    uint8_t sat_mit_ratio_upper_lut[CLC_RATIO_LUT_SIZE]; /* "sat_mit_ratio_upper_lut0/1"."val0".."val3", u1.7 */
-    uint16_t sat_mit_lower_lut_x[CLC_CURVE_KNEES];       /* "lower_lut"[2i]."sat_mit_lower_lut", s8.4 */
-    uint16_t sat_mit_lower_lut_y[CLC_CURVE_KNEES];       /* "lower_lut"[2i+1]."sat_mit_lower_lut", s8.4 */
-    uint16_t sat_mit_upper_lut_x[CLC_CURVE_KNEES];       /* "upper_lut"[2i]."sat_mit_upper_lut", u9.4 */
-    uint16_t sat_mit_upper_lut_y[CLC_CURVE_KNEES];       /* "upper_lut"[2i+1]."sat_mit_upper_lut", u8.4 */
-    uint8_t sat_mit_lower_lut_slope[CLC_CURVE_SLOPES];   /* "sat_mit_lower_lut_slope0..2", u1.7 */
-    uint8_t sat_mit_upper_lut_slope[CLC_CURVE_SLOPES];   /* "sat_mit_upper_lut_slope0..2", u1.7 */
+    uint8_t sat_mit_ratio_lower_lut[CLC_RATIO_LUT_SIZE]; /* "sat_mit_ratio_lower_lut0/1"."val0".."val3",
+                                                            u1.7 */
+    uint8_t sat_mit_ratio_upper_lut[CLC_RATIO_LUT_SIZE]; /* "sat_mit_ratio_upper_lut0/1"."val0".."val3",
+                                                            u1.7 */
+    uint16_t sat_mit_lower_lut_x[CLC_CURVE_KNEES]; /* "lower_lut"[2i]."sat_mit_lower_lut", s8.4 */
+    uint16_t sat_mit_lower_lut_y[CLC_CURVE_KNEES]; /* "lower_lut"[2i+1]."sat_mit_lower_lut", s8.4 */
+    uint16_t sat_mit_upper_lut_x[CLC_CURVE_KNEES]; /* "upper_lut"[2i]."sat_mit_upper_lut", u9.4 */
+    uint16_t sat_mit_upper_lut_y[CLC_CURVE_KNEES]; /* "upper_lut"[2i+1]."sat_mit_upper_lut", u8.4 */
+    uint8_t sat_mit_lower_lut_slope[CLC_CURVE_SLOPES]; /* "sat_mit_lower_lut_slope0..2", u1.7 */
+    uint8_t sat_mit_upper_lut_slope[CLC_CURVE_SLOPES]; /* "sat_mit_upper_lut_slope0..2", u1.7 */
 } _isp_clc_user_clc_t;
 
 #ifdef __cplusplus
