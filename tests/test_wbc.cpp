@@ -1,10 +1,14 @@
 /* White-balance gain block: register files to driver structures and back to C-model values. */
+#include <string.h>
+
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "blocks/wbc.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -18,6 +22,20 @@ picojson::object fixture() {
 
 std::string serialized(const picojson::object &object) {
     return picojson::value(object).serialize();
+}
+
+/* The bytes the wrapper receives for a structure: zero padding, members as filled. */
+template <typename T>
+std::vector<uint8_t> bytes_of(const T &value) {
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
+    return std::vector<uint8_t>(bytes, bytes + sizeof value);
+}
+
+template <typename T>
+T zeroed() {
+    T value;
+    memset(&value, 0, sizeof value);
+    return value;
 }
 
 TEST(WbcConvert, RegisterFileFillsEveryGroup) {
@@ -136,6 +154,51 @@ TEST(WbcExport, ConvertedFileExportsEachFieldOverItsScale) {
     EXPECT_EQ(serialized(out),
               R"({"clip_level":1023,"d_gain":1.171875,"offset_in":64,"offset_out":33,)"
               R"("wb_gain":[1.890625,1,1,1.5703125]})");
+}
+
+TEST(WbcModule, ReplaysTheLastPartitionsGroupsInCommandOrder) {
+    isp_test::temp_dir dir;
+    dir.write("cfgs/f0/rtl_wbc_p0.json",
+              isp_test::read_file(ISP_TEST_DATA_DIR "/wbc/rtl_wbc_p0.json"));
+    dir.write("cfgs/f0/rtl_wbc_p1.json", R"({"isp_wbc": {
+        "bayer_pattern": {"val": 1}, "clip_level": {"val": 60000}, "d_gain": {"val": 512},
+        "offset_in": {"val": 64}, "offset_out": {"val": 128},
+        "wb_gain0": {"val0": 500, "val1": 260}, "wb_gain2": {"val2": 261, "val3": 390}}})");
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::pipe p(2, 1, dir.path());
+    JsonModuleHandle h = p.handle();
+    JsonModuleOps *ops = nullptr;
+    ASSERT_EQ(qv_isp_module_wbc_json_register(&ops), 0);
+    ASSERT_EQ(ops->create(&h), 0);
+    ASSERT_EQ(ops->init(&h), 0);
+
+    _isp_wbc_user_ctrl_t ctrl   = zeroed<_isp_wbc_user_ctrl_t>();
+    ctrl.d_gain                 = 512;
+    ctrl.wb_gain[0]             = 500;
+    ctrl.wb_gain[1]             = 260;
+    ctrl.wb_gain[2]             = 261;
+    ctrl.wb_gain[3]             = 390;
+    ctrl.clip_level             = 60000;
+    _isp_wbc_user_setup_t setup = zeroed<_isp_wbc_user_setup_t>();
+    setup.offset_in             = 64;
+    setup.offset_out            = 128;
+    _isp_wbc_user_init_t init   = zeroed<_isp_wbc_user_init_t>();
+    init.bayer_pattern          = 1;
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then ctrl, setup, init
+    EXPECT_EQ(pushes[0].cmd, 0u);
+    EXPECT_EQ(pushes[1].cmd, 1u);
+    EXPECT_EQ(pushes[1].payload, bytes_of(ctrl));
+    EXPECT_EQ(pushes[2].cmd, 2u);
+    EXPECT_EQ(pushes[2].payload, bytes_of(setup));
+    EXPECT_EQ(pushes[3].cmd, 3u);
+    EXPECT_EQ(pushes[3].payload, bytes_of(init));
+
+    EXPECT_EQ(ops->deinit(&h), 0);
+    EXPECT_EQ(ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace
