@@ -1,0 +1,193 @@
+/* Gamma block: a real 2.2 curve and dither settings converted and exported, the crossed dither
+ * words, the split curve keys and the module replaying a case. */
+#include <stdint.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "blocks/gamma.h"
+#include "isp_json_utils.h"
+#include "tests/support/test_support.h"
+
+namespace {
+
+using isp_test::split_lines;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+/* 4095 * (i / 128)^(1 / 2.2), as written into the fixture. */
+const uint16_t curve_2_2[GAMMA_LUT_POINTS] = {
+    0,    451,  618,  744,  847,  938,  1019, 1093, 1161, 1225, 1285, 1342, 1396, 1448, 1498,
+    1545, 1591, 1636, 1679, 1721, 1761, 1801, 1839, 1877, 1913, 1949, 1984, 2019, 2052, 2085,
+    2118, 2149, 2181, 2211, 2242, 2271, 2301, 2329, 2358, 2386, 2413, 2441, 2468, 2494, 2520,
+    2546, 2572, 2597, 2622, 2647, 2671, 2695, 2719, 2743, 2766, 2789, 2812, 2835, 2858, 2880,
+    2902, 2924, 2945, 2967, 2988, 3009, 3030, 3051, 3072, 3092, 3113, 3133, 3153, 3172, 3192,
+    3212, 3231, 3250, 3269, 3288, 3307, 3326, 3345, 3363, 3381, 3400, 3418, 3436, 3454, 3472,
+    3489, 3507, 3524, 3542, 3559, 3576, 3593, 3610, 3627, 3644, 3660, 3677, 3693, 3710, 3726,
+    3742, 3759, 3775, 3791, 3807, 3822, 3838, 3854, 3869, 3885, 3900, 3916, 3931, 3946, 3962,
+    3977, 3992, 4007, 4021, 4036, 4051, 4066, 4080, 4095};
+
+picojson::object fixture() {
+    return read_json_file(ISP_TEST_DATA_DIR "/gamma/rtl_gamma_p0.json").get<picojson::object>();
+}
+
+std::vector<double> numbers(const picojson::value &array) {
+    std::vector<double> values;
+    for (const picojson::value &item : array.get<picojson::array>())
+        values.push_back(item.get<double>());
+    return values;
+}
+
+TEST(gamma_convert, setup_holds_the_16_bit_dither_word_first) {
+    picojson::object root = fixture();
+    _isp_gamma_user_setup_t setup;
+    std::memset(&setup, 0xAB, sizeof setup);
+    CaptureStderr();
+    EXPECT_EQ(rtl_to_drv_gamma_user_setup(root, &setup, 0), 0);
+    EXPECT_EQ(GetCapturedStderr(), "");
+    EXPECT_EQ(setup.range_adjust_enable, 1);
+    EXPECT_EQ(setup.mode, 0);
+    EXPECT_EQ(setup.dither_enable, 1);
+    EXPECT_EQ(setup.dither_pmask[0], 50115);  // "val16"
+    EXPECT_EQ(setup.dither_pmask[1], 23130);  // "val15"
+    EXPECT_EQ(setup.offset_out, 6);
+    EXPECT_EQ(setup.offset_in, 40);
+}
+
+TEST(gamma_convert, dither_holds_the_16_bit_seed_word_first) {
+    picojson::object root = fixture();
+    _isp_gamma_user_dither_t dither;
+    std::memset(&dither, 0xAB, sizeof dither);
+    EXPECT_EQ(rtl_to_drv_gamma_user_dither(root, &dither, 0), 0);
+    EXPECT_EQ(dither.dither_seed_enable, 1);
+    EXPECT_EQ(dither.dither_seed[0], 48879);
+    EXPECT_EQ(dither.dither_seed[1], 4660);
+}
+
+TEST(gamma_convert, curve_takes_the_pairs_in_order_and_the_last_point_apart) {
+    picojson::object root = fixture();
+    _isp_gamma_user_lut_t lut;
+    std::memset(&lut, 0xAB, sizeof lut);
+    CaptureStderr();
+    EXPECT_EQ(rtl_to_drv_gamma_user_lut(root, &lut, 3), 0);
+    EXPECT_EQ(GetCapturedStderr(), "");
+    for (size_t i = 0; i < GAMMA_LUT_POINTS; ++i) EXPECT_EQ(lut.gam_lut[i], curve_2_2[i]) << i;
+}
+
+TEST(gamma_convert, short_grp0_zeroes_its_missing_pair_and_reports_high_before_low) {
+    picojson::object root = fixture();
+    root["isp_gamma"].get<picojson::object>()["grp0"].get<picojson::array>().pop_back();
+    _isp_gamma_user_lut_t lut;
+    std::memset(&lut, 0xAB, sizeof lut);
+    CaptureStderr();
+    rtl_to_drv_gamma_user_lut(root, &lut, 0);
+    EXPECT_EQ(split_lines(GetCapturedStderr()),
+              (std::vector<std::string>{"read json_obj failed: gam_lut.high",
+                                        "read json_obj failed: gam_lut.low"}));
+    EXPECT_EQ(lut.gam_lut[125], 4051);
+    EXPECT_EQ(lut.gam_lut[126], 0);
+    EXPECT_EQ(lut.gam_lut[127], 0);
+    EXPECT_EQ(lut.gam_lut[128], 4095);
+}
+
+TEST(gamma_convert, last_point_is_read_from_its_low_field_only) {
+    picojson::object root = fixture();
+    root["isp_gamma"].get<picojson::object>()["gam_lut_65"] =
+        picojson::value(isp_test::parse_object(R"({"high": 4095})"));
+    _isp_gamma_user_lut_t lut;
+    std::memset(&lut, 0xAB, sizeof lut);
+    CaptureStderr();
+    rtl_to_drv_gamma_user_lut(root, &lut, 0);
+    EXPECT_EQ(GetCapturedStderr(), "read json_obj failed: gam_lut_65.low\n");
+    EXPECT_EQ(lut.gam_lut[127], 4080);
+    EXPECT_EQ(lut.gam_lut[128], 0);
+}
+
+TEST(gamma_convert, missing_block_reports_each_field_in_conversion_order) {
+    picojson::object root = isp_test::parse_object(R"({"isp_csc": {}})");
+    _isp_gamma_user_setup_t setup;
+    _isp_gamma_user_dither_t dither;
+    std::memset(&setup, 0xAB, sizeof setup);
+    std::memset(&dither, 0xAB, sizeof dither);
+    CaptureStderr();
+    EXPECT_EQ(rtl_to_drv_gamma_user_setup(root, &setup, 0), 0);
+    EXPECT_EQ(rtl_to_drv_gamma_user_dither(root, &dither, 0), 0);
+    EXPECT_EQ(
+        split_lines(GetCapturedStderr()),
+        (std::vector<std::string>{
+            "read json_obj failed: gamma.range_adjust_enable", "read json_obj failed: gamma.mode",
+            "read json_obj failed: dither.enable", "read json_obj failed: dither_pmask.val15",
+            "read json_obj failed: dither_pmask.val16", "read json_obj failed: gamma_offset.out",
+            "read json_obj failed: gamma_offset.in", "read json_obj failed: dither.seed_enable",
+            "read json_obj failed: dither_seed.val15", "read json_obj failed: dither_seed.val16"}));
+    EXPECT_EQ(setup.range_adjust_enable, 0);
+    EXPECT_EQ(setup.mode, 0);
+    EXPECT_EQ(setup.dither_enable, 0);
+    EXPECT_EQ(setup.dither_pmask[0], 0);
+    EXPECT_EQ(setup.dither_pmask[1], 0);
+    EXPECT_EQ(setup.offset_out, 0);
+    EXPECT_EQ(setup.offset_in, 0);
+    EXPECT_EQ(dither.dither_seed_enable, 0);
+    EXPECT_EQ(dither.dither_seed[0], 0);
+    EXPECT_EQ(dither.dither_seed[1], 0);
+    EXPECT_TRUE(root["isp_gamma"].is<picojson::null>());
+}
+
+TEST(gamma_export, setup_decodes_each_field_with_the_15_bit_word_first) {
+    picojson::object root = fixture();
+    _isp_gamma_user_setup_t setup{};
+    rtl_to_drv_gamma_user_setup(root, &setup, 0);
+    picojson::object out = isp_test::parse_object(R"({"offset_in": "stale", "lut": [1]})");
+    EXPECT_EQ(drv_to_cmodel_gamma_user_setup(&setup, out, 0), 0);
+    EXPECT_EQ(picojson::value(out).serialize(),
+              R"({"dither_enable":1,"dither_pmask":[23130,50115],"lut":[1],"mode":0,)"
+              R"("offset_in":2.5,"offset_out":1.5,"range_adjust_enable":1})");
+}
+
+TEST(gamma_export, dither_words_cross_back_on_export) {
+    _isp_gamma_user_dither_t dither{};
+    picojson::object root = isp_test::parse_object(
+        R"({"isp_gamma": {"dither": {"seed_enable": 0}, "dither_seed": {"val15": 1, "val16": 2}}})");
+    rtl_to_drv_gamma_user_dither(root, &dither, 0);
+    EXPECT_EQ(dither.dither_seed[0], 2);
+    EXPECT_EQ(dither.dither_seed[1], 1);
+    picojson::object out;
+    drv_to_cmodel_gamma_user_dither(&dither, out, 0);
+    EXPECT_EQ(picojson::value(out).serialize(), R"({"dither_seed":[1,2],"dither_seed_enable":0})");
+}
+
+TEST(gamma_export, offsets_keep_their_own_precision_up_to_the_field_limits) {
+    picojson::object root = isp_test::parse_object(R"({"isp_gamma": {
+        "gamma": {"range_adjust_enable": 0, "mode": 1}, "dither": {"enable": 0},
+        "dither_pmask": {"val15": 32767, "val16": 65535}, "gamma_offset": {"out": 1023, "in": 4095}}})");
+    _isp_gamma_user_setup_t setup{};
+    rtl_to_drv_gamma_user_setup(root, &setup, 0);
+    picojson::object out;
+    drv_to_cmodel_gamma_user_setup(&setup, out, 0);
+    EXPECT_EQ(out["offset_out"].get<double>(), 255.75);
+    EXPECT_EQ(out["offset_in"].get<double>(), 255.9375);
+    EXPECT_EQ(numbers(out["dither_pmask"]), (std::vector<double>{32767.0, 65535.0}));
+    EXPECT_EQ(out["mode"].get<double>(), 1.0);
+}
+
+TEST(gamma_export, curve_is_decoded_in_element_order) {
+    picojson::object root = fixture();
+    _isp_gamma_user_lut_t lut{};
+    rtl_to_drv_gamma_user_lut(root, &lut, 0);
+    picojson::object out;
+    EXPECT_EQ(drv_to_cmodel_gamma_user_lut(&lut, out, 0), 0);
+    ASSERT_EQ(out.size(), 1u);
+    const std::vector<double> values = numbers(out["lut"]);
+    ASSERT_EQ(values.size(), 129u);
+    EXPECT_EQ(values[0], 0.0);
+    EXPECT_EQ(values[1], 28.1875);
+    EXPECT_EQ(values[2], 38.625);
+    EXPECT_EQ(values[64], 186.75);
+    EXPECT_EQ(values[127], 255.0);
+    EXPECT_EQ(values[128], 255.9375);
+}
+
+}  // namespace

@@ -1,0 +1,135 @@
+/* Inverse dynamic range compression block: an exponential 513-entry curve stored one entry per
+ * word, the setup group, raw saturating entries, the uncaught curve errors and the module
+ * replaying a case. */
+#include <stdint.h>
+
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "blocks/hidrc.h"
+#include "isp_json_utils.h"
+#include "tests/support/test_support.h"
+
+namespace {
+
+using isp_test::parse_object;
+using isp_test::split_lines;
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+
+picojson::object fixture() {
+    return read_json_file(ISP_TEST_DATA_DIR "/hidrc/rtl_hidrc_p0.json").get<picojson::object>();
+}
+
+picojson::array &curve_of(picojson::object &root) {
+    return root["isp_hidrc"].get<picojson::object>()["hidrc_lut"].get<picojson::array>();
+}
+
+/* Runs the curve converter and returns the text of the error it raises, "" when none. */
+std::string curve_error(picojson::object &root, _isp_hidrc_user_hidrc_lut_t *lut) {
+    try {
+        rtl_to_drv_hidrc_user_hidrc_lut(root, lut, 0);
+    } catch (const std::runtime_error &error) {
+        return error.what();
+    }
+    return "";
+}
+
+const char type_error_prefix[] = "\"type mismatch! call is<type>() before get<type>()\" && ";
+
+TEST(hidrc_convert, setup_reads_the_mirrored_offsets) {
+    picojson::object root = fixture();
+    _isp_hidrc_user_setup_t setup;
+    std::memset(&setup, 0xAB, sizeof setup);
+    CaptureStderr();
+    EXPECT_EQ(rtl_to_drv_hidrc_user_setup(root, &setup, 0), 0);
+    EXPECT_EQ(GetCapturedStderr(), "");
+    EXPECT_EQ(setup.affine_k, 1536);
+    EXPECT_EQ(setup.lut_inv_mode, 1);
+    EXPECT_EQ(setup.offset_in, 1024);
+    EXPECT_EQ(setup.offset_out[0], 4096u);
+    EXPECT_EQ(setup.offset_out[1], 4128u);
+    EXPECT_EQ(setup.offset_out[2], 4160u);
+    EXPECT_EQ(setup.offset_out[3], 4192u);
+}
+
+TEST(hidrc_convert, missing_block_reports_in_conversion_order) {
+    picojson::object root = parse_object(R"({"isp_hidrc": {"affine_k": {"val": 2048}}})");
+    _isp_hidrc_user_setup_t setup;
+    std::memset(&setup, 0xAB, sizeof setup);
+    CaptureStderr();
+    rtl_to_drv_hidrc_user_setup(root, &setup, 0);
+    EXPECT_EQ(
+        split_lines(GetCapturedStderr()),
+        (std::vector<std::string>{
+            "read json_obj failed: lut_inv_mode.val", "read json_obj failed: offset_in.val",
+            "read json_obj failed: offset_out3.val", "read json_obj failed: offset_out2.val",
+            "read json_obj failed: offset_out1.val", "read json_obj failed: offset_out0.val"}));
+    EXPECT_EQ(setup.affine_k, 2048);
+    EXPECT_EQ(setup.lut_inv_mode, 0);
+    EXPECT_EQ(setup.offset_out[0], 0u);
+}
+
+TEST(hidrc_curve, stores_one_raw_entry_per_word) {
+    picojson::object root = fixture();
+    _isp_hidrc_user_hidrc_lut_t lut;
+    std::memset(&lut, 0xAB, sizeof lut);
+    EXPECT_EQ(rtl_to_drv_hidrc_user_hidrc_lut(root, &lut, 0), 0);
+    const uint32_t head[] = {0, 380, 761, 1145};
+    for (size_t i = 0; i < 4; ++i) EXPECT_EQ(lut.hidrc_lut[i], head[i]) << i;
+    EXPECT_EQ(lut.hidrc_lut[256], 209715u);
+    EXPECT_EQ(lut.hidrc_lut[511], 1042535u);
+    EXPECT_EQ(lut.hidrc_lut[512], 1048575u);
+}
+
+TEST(hidrc_curve, entries_truncate_and_saturate_into_32_bits) {
+    picojson::object root  = fixture();
+    picojson::array &curve = curve_of(root);
+    curve[0]               = picojson::value(-5.0);
+    curve[1]               = picojson::value(70000.7);
+    curve[2]               = picojson::value(1e12);
+    curve[3]               = picojson::value(4294967295.0);
+    _isp_hidrc_user_hidrc_lut_t lut{};
+    rtl_to_drv_hidrc_user_hidrc_lut(root, &lut, 0);
+    EXPECT_EQ(lut.hidrc_lut[0], 0u);
+    EXPECT_EQ(lut.hidrc_lut[1], 70000u);
+    EXPECT_EQ(lut.hidrc_lut[2], 0xFFFFFFFFu);
+    EXPECT_EQ(lut.hidrc_lut[3], 0xFFFFFFFFu);
+}
+
+TEST(hidrc_curve, short_curve_raises_and_keeps_the_words_before_it) {
+    picojson::object root = fixture();
+    curve_of(root).pop_back();
+    _isp_hidrc_user_hidrc_lut_t lut;
+    std::memset(&lut, 0xAB, sizeof lut);
+    CaptureStderr();
+    EXPECT_EQ(curve_error(root, &lut), std::string(type_error_prefix) + "is<double>()");
+    EXPECT_EQ(GetCapturedStderr(), "");
+    EXPECT_EQ(lut.hidrc_lut[511], 1042535u);
+    EXPECT_EQ(lut.hidrc_lut[512], 0xABABABABu);
+}
+
+TEST(hidrc_curve, missing_block_or_curve_raises_the_type_error_of_its_level) {
+    picojson::object no_block;
+    picojson::object no_array = parse_object(R"({"isp_hidrc": {"hidrc_lut": {"0": 1}}})");
+    _isp_hidrc_user_hidrc_lut_t lut{};
+    EXPECT_EQ(curve_error(no_block, &lut), std::string(type_error_prefix) + "is<object>()");
+    EXPECT_EQ(curve_error(no_array, &lut), std::string(type_error_prefix) + "is<array>()");
+}
+
+TEST(hidrc_export, setup_exports_real_values) {
+    picojson::object root = fixture();
+    _isp_hidrc_user_setup_t setup{};
+    rtl_to_drv_hidrc_user_setup(root, &setup, 0);
+    picojson::object out;
+    EXPECT_EQ(drv_to_cmodel_hidrc_user_setup(&setup, out, 0), 0);
+    EXPECT_EQ(picojson::value(out).serialize(),
+              R"({"affine_k":0.75,"lut_inv_mode":1,"offset_in":16,)"
+              R"("offset_out":[64,64.5,65,65.5]})");
+}
+
+}  // namespace
