@@ -1,10 +1,13 @@
 /* Demosaic block: register files to driver structures and back to C-model values. */
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "blocks/dem.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -12,9 +15,12 @@ namespace {
 using isp_test::parse_object;
 using isp_test::split_lines;
 
+std::string fixture_path(int partition) {
+    return std::string(ISP_TEST_DATA_DIR) + "/dem/rtl_dem_p" + std::to_string(partition) + ".json";
+}
+
 picojson::object fixture(int partition) {
-    return parse_object(isp_test::read_file(std::string(ISP_TEST_DATA_DIR) + "/dem/rtl_dem_p" +
-                                            std::to_string(partition) + ".json"));
+    return parse_object(isp_test::read_file(fixture_path(partition)));
 }
 
 std::string serialized(const picojson::value &value) {
@@ -362,6 +368,136 @@ TEST(DemExport, WbcTablesAreSixteenRowsOfFour) {
               "[1.40625,1.3984375,1.390625,1.3828125]");
     EXPECT_EQ(serialized(out["wbc_gain_lut_b"].get<picojson::array>()[15]),
               "[1.4375,1.453125,1.46875,1.484375]");
+}
+
+/* A structure cleared byte for byte, padding included, as the module clears its buffer. */
+template <typename T>
+T cleared() {
+    T value;
+    std::memset(&value, 0, sizeof value);
+    return value;
+}
+
+/* The setup group after partitions 0 and 1 of the fixtures. */
+_isp_dem_user_setup_t two_partition_setup() {
+    _isp_dem_user_setup_t s          = cleared<_isp_dem_user_setup_t>();
+    s.wb_stat_enable                 = 1;
+    s.wb_stat_roi[0]                 = {0, 1079, 0, 959};
+    s.wb_stat_roi[1]                 = {0, 1079, 960, 1919};
+    s.wb_stat_mesh_block_start[1][0] = 7;
+    s.wb_stat_mesh_pos_start[1][0]   = 120;
+    s.wb_stat_slice_level            = 3968;
+    s.wb_stat_slice_sat_tp           = 1;
+    s.wb_stat_mesh_shape[0]          = 64;
+    s.wb_stat_mesh_shape[1]          = 68;
+    s.wbc_enable                     = 1;
+    s.wbc_mesh_block_start[1][0]     = 10;
+    s.wbc_mesh_phase_start[1][0]     = 21845;
+    s.wbc_mesh_pos_start[1][0]       = 40;
+    s.wbc_mesh_step[0]               = 1365;
+    s.wbc_mesh_step[1]               = 1024;
+    s.gic_enable                     = 1;
+    s.grad_h_enable                  = 1;
+    s.gclip_level                    = 8;
+    s.edge_enhance_enable            = 1;
+    s.edge_enhance_ghv_level         = 24;
+    s.edge_enhance_gpn_level         = 20;
+    s.edge_enhance_ghv_corner_min    = 32;
+    s.edge_enhance_ghv_corner_slope  = 40;
+    s.edge_enhance_ghv_corner_offset = 0x1FF;
+    s.fc_cor0_enable                 = 1;
+    s.offset_in                      = 1024;
+    s.offset_out                     = 1024;
+    s.bayer_pattern                  = 1;
+    s.img_size_hsize[0] = s.img_size_hsize[1] = 960;
+    s.img_size_vsize[0] = s.img_size_vsize[1] = 1080;
+    return s;
+}
+
+/* One pushed group: its command and the bytes of the structure, compared whole. */
+template <typename T>
+void expect_push(const isp_sim::call &push, uint32_t cmd, const T &expected) {
+    EXPECT_EQ(push.cmd, cmd);
+    ASSERT_EQ(push.payload.size(), sizeof(T)) << "command " << cmd;
+    EXPECT_EQ(std::memcmp(push.payload.data(), &expected, sizeof(T)), 0) << "command " << cmd;
+}
+
+TEST(DemReplay, FourModulesShareOneWrapperAndPushTheirGroups) {
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::temp_dir dir;
+    dir.write("cfgs/f0/rtl_dem_p0.json", isp_test::read_file(fixture_path(0)));
+    dir.write("cfgs/f0/rtl_dem_p1.json", isp_test::read_file(fixture_path(1)));
+    isp_test::pipe pipe(2, 1, dir.path());
+    JsonModuleOps *ops[4] = {};
+    ASSERT_EQ(qv_isp_module_demosaic_json_register(&ops[0]), 0);
+    ASSERT_EQ(qv_isp_module_fcc_json_register(&ops[1]), 0);
+    ASSERT_EQ(qv_isp_module_gic_json_register(&ops[2]), 0);
+    ASSERT_EQ(qv_isp_module_edge_enhance_json_register(&ops[3]), 0);
+    JsonModuleHandle handles[4] = {pipe.handle(), pipe.handle(), pipe.handle(), pipe.handle()};
+    for (int m = 0; m < 4; ++m) {
+        ASSERT_EQ(ops[m]->create(&handles[m]), 0) << m;
+        ASSERT_EQ(ops[m]->init(&handles[m]), 0) << m;
+    }
+
+    _isp_dem_user_init_t init           = cleared<_isp_dem_user_init_t>();
+    init.clkgt_enable                   = 65535;
+    const _isp_dem_user_dem_mode_t mode = {1, 3, 1};
+    _isp_dem_user_dem_core_t core       = cleared<_isp_dem_user_dem_core_t>();
+    core.gradf_ratio                    = 12;
+    core.grad_hh_level                  = 6;
+    const uint16_t inv_noise[9]         = {3840, 1920, 1280, 960, 768, 640, 548, 480, 426};
+    std::memcpy(core.inv_noise_lut, inv_noise, sizeof inv_noise);
+    core.ginterp_hf_ratio_x  = 16;
+    core.ginterp_hf_ratio_pn = 24;
+    core.ginterp_hf_ratio_hv = 32;
+    _isp_dem_user_wbc_t wbc;
+    for (unsigned n = 0; n < ISP_DEM_WBC_LUT_SIZE; ++n) {
+        wbc.wbc_gain_lut_r[n] = static_cast<uint8_t>(128 + n);
+        wbc.wbc_gain_lut_g[n] = static_cast<uint8_t>(200 - n);
+        wbc.wbc_gain_lut_b[n] = static_cast<uint8_t>(64 + 2 * n);
+    }
+    _isp_dem_user_fcc_t fcc        = cleared<_isp_dem_user_fcc_t>();
+    fcc.fc_cor1_limit              = 1600;
+    fcc.fc_cor1_gain_safe          = 6;
+    fcc.fc_cor1_gain               = 40;
+    fcc.fc_cor1_th                 = 20;
+    fcc.fc_cor2_inv_base_sat_level = 51;
+    fcc.fc_cor2_ratio_limit[0]     = 384;
+    fcc.fc_cor2_ratio_limit[1]     = 128;
+    const uint16_t sat[9]          = {0, 160, 320, 480, 640, 800, 960, 1120, 1280};
+    std::memcpy(fcc.fc_cor_sat_lut, sat, sizeof sat);
+    _isp_dem_user_gic_t gic   = cleared<_isp_dem_user_gic_t>();
+    const uint8_t strength[9] = {128, 112, 96, 80, 64, 48, 32, 16, 0};
+    const uint16_t ct[18]     = {160,  320,  480,  640,  800,  960,  1120, 1280, 1440,
+                                 1600, 1760, 1920, 2080, 2240, 2400, 2560, 2720, 2880};
+    const uint16_t limit[9]   = {32, 48, 64, 80, 96, 112, 128, 144, 160};
+    std::memcpy(gic.gic_strength_lut, strength, sizeof strength);
+    std::memcpy(gic.gic_ct, ct, sizeof ct);
+    std::memcpy(gic.gic_limit, limit, sizeof limit);
+    const _isp_dem_user_sharpen_t sharpen = {
+        {16, 17, 18, 19, 20, 21, 22, 23, 24, 24, 23, 22, 21, 20, 19, 18, 17, 16}};
+
+    ASSERT_EQ(isp_sim::calls_of("vin_hal_wrapper_create").size(), 1u);
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 9u);
+    for (const isp_sim::call &push : pushes) EXPECT_EQ(push.handle, pushes[0].handle);
+    EXPECT_EQ(pushes[0].cmd, 0u);  // the default parameters, once for the shared wrapper
+    expect_push(pushes[1], 9, init);
+    expect_push(pushes[2], 2, two_partition_setup());
+    expect_push(pushes[3], 4, mode);
+    expect_push(pushes[4], 6, core);
+    expect_push(pushes[5], 3, wbc);
+    expect_push(pushes[6], 8, fcc);
+    expect_push(pushes[7], 5, gic);
+    expect_push(pushes[8], 7, sharpen);
+
+    for (int m = 0; m < 4; ++m) {
+        EXPECT_EQ(ops[m]->deinit(&handles[m]), 0) << m;
+        EXPECT_EQ(ops[m]->destroy(&handles[m]), 0) << m;
+    }
+    EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_destroy").size(), 1u);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 /* Lens shading block: register files to driver structures and back to C-model values. */
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -6,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "blocks/lsc.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -20,9 +23,12 @@ const char *const type_error_array =
 const char *const type_error_number =
     "\"type mismatch! call is<type>() before get<type>()\" && is<double>()";
 
+std::string fixture_path(int partition) {
+    return std::string(ISP_TEST_DATA_DIR) + "/lsc/rtl_lsc_p" + std::to_string(partition) + ".json";
+}
+
 picojson::object fixture(int partition) {
-    return parse_object(isp_test::read_file(std::string(ISP_TEST_DATA_DIR) + "/lsc/rtl_lsc_p" +
-                                            std::to_string(partition) + ".json"));
+    return parse_object(isp_test::read_file(fixture_path(partition)));
 }
 
 std::string serialized(const picojson::object &object) {
@@ -274,6 +280,67 @@ TEST(LscExport, ConvertedFilesExportEachFieldOverItsScale) {
               R"("inv_mesh_start":[0.014705896377563477,0.019999980926513672],)"
               R"("locat":[0,960],"mesh_end":[16,32],"mesh_length":[68,60],"mesh_start":[0,16],)"
               R"("offset_in":64,"offset_out":50})");
+}
+
+/* One pushed group: its command and the bytes of the structure, compared whole. */
+template <typename T>
+void expect_push(const isp_sim::call &push, uint32_t cmd, const T &expected) {
+    EXPECT_EQ(push.cmd, cmd);
+    ASSERT_EQ(push.payload.size(), sizeof(T)) << "command " << cmd;
+    EXPECT_EQ(std::memcmp(push.payload.data(), &expected, sizeof(T)), 0) << "command " << cmd;
+}
+
+TEST(LscReplay, ModulePushesTheGroupsOfBothPartitions) {
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::temp_dir dir;
+    dir.write("cfgs/f0/rtl_lsc_p0.json", isp_test::read_file(fixture_path(0)));
+    dir.write("cfgs/f0/rtl_lsc_p1.json", isp_test::read_file(fixture_path(1)));
+    isp_test::pipe pipe(2, 1, dir.path());
+    JsonModuleHandle handle = pipe.handle();
+    JsonModuleOps *ops      = nullptr;
+    ASSERT_EQ(qv_isp_module_lsc_json_register(&ops), 0);
+    ASSERT_EQ(ops->create(&handle), 0);
+    ASSERT_EQ(ops->init(&handle), 0);
+
+    _isp_lsc_user_setup_t setup;
+    std::memset(&setup, 0, sizeof setup);
+    setup.offset_in     = 4096;
+    setup.offset_out    = 3264;
+    setup.bayer_pattern = 2;
+    setup.img_size_v[0] = 1080;
+    setup.img_size_h[0] = 960;
+    setup.img_size_v[1] = 1080;
+    setup.img_size_h[1] = 944;
+    _isp_lsc_user_coord_t coord;
+    std::memset(&coord, 0, sizeof coord);
+    coord.mesh_length_h          = 68;
+    coord.mesh_length_w          = 60;
+    coord.inv_mesh_length_h      = 61681;
+    coord.inv_mesh_length_w      = 69905;
+    coord.inv_mesh_length_str[0] = {61681, 69905};
+    coord.inv_mesh_length_str[1] = {61681, 83886};
+    coord.locat[1]               = {0, 960};
+    coord.mesh_start[1]          = {0, 16};
+    coord.mesh_end[0]            = {16, 16};
+    coord.mesh_end[1]            = {16, 32};
+    _isp_lsc_user_mesh_t mesh;
+    for (uint32_t i = 0; i < ISP_LSC_MESH_SIZE; ++i) {
+        mesh.rr_mesh[i] = 4096 + 3 * i;
+        mesh.gr_mesh[i] = 4096 + 2 * i;
+        mesh.gb_mesh[i] = 4097 + 2 * i;
+        mesh.bb_mesh[i] = 4096 + 4 * i;
+    }
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 4u);
+    EXPECT_EQ(pushes[0].cmd, 0u);  // the default parameters
+    expect_push(pushes[1], 1, setup);
+    expect_push(pushes[2], 2, coord);
+    expect_push(pushes[3], 3, mesh);
+
+    EXPECT_EQ(ops->deinit(&handle), 0);
+    EXPECT_EQ(ops->destroy(&handle), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace
