@@ -1,6 +1,7 @@
 /* Black level and linearisation block: register files to driver structures and back to
  * C-model values. */
 #include <stddef.h>
+#include <string.h>
 
 #include <string>
 #include <vector>
@@ -8,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "blocks/blc.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -342,6 +345,135 @@ TEST(BlcExport, ConvertedFileExportsEachFieldOverItsScale) {
     ASSERT_EQ(slope.size(), 16u);
     EXPECT_EQ(serialized(slope[0]), "[1,1.00390625,1.0078125,1.01171875]");
     EXPECT_EQ(serialized(slope[15]), "[1.9375,1.94140625,1.9453125,1.94921875]");
+}
+
+/* The bytes the wrapper receives for a structure: zero padding, members as filled. */
+template <typename T>
+std::vector<uint8_t> bytes_of(const T &value) {
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
+    return std::vector<uint8_t>(bytes, bytes + sizeof value);
+}
+
+/* Clears a structure in place, padding included (a copy need not keep padding bytes). */
+template <typename T>
+void clear(T &value) {
+    memset(&value, 0, sizeof value);
+}
+
+template <typename T, size_t N>
+void fill(T (&member)[N], const std::vector<uint32_t> &values) {
+    ASSERT_EQ(values.size(), N);
+    for (size_t i = 0; i < N; ++i) member[i] = static_cast<T>(values[i]);
+}
+
+std::vector<uint8_t> fixture_lin_bytes() {
+    _isp_blc_user_lin_t lin;
+    clear(lin);
+    fill(lin.lin_lut_x, fixture_x);
+    fill(lin.lin_lut_y, fixture_y);
+    fill(lin.lin_lut_slope, fixture_slope);
+    return bytes_of(lin);
+}
+
+/* A module's operations on the simulated platform, over a case directory. */
+struct replay {
+    isp_test::temp_dir dir;
+    JsonModuleOps *ops = nullptr;
+
+    replay() {
+        isp_sim::reset();
+        isp_sim::set_log_echo(false);
+    }
+};
+
+TEST(BlcModule, LinReplaysTheTablesOfThePartitionFile) {
+    replay r;
+    r.dir.write("cfgs/f0/rtl_blc_p0.json",
+                isp_test::read_file(ISP_TEST_DATA_DIR "/blc/rtl_blc_p0_chn0.json"));
+    isp_test::pipe p(1, 1, r.dir.path());
+    JsonModuleHandle h = p.handle();
+    ASSERT_EQ(qv_isp_module_lin_json_register(&r.ops), 0);
+    ASSERT_EQ(r.ops->create(&h), 0);
+    ASSERT_EQ(r.ops->init(&h), 0);
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 2u);  // the default parameters, then the tables
+    EXPECT_EQ(pushes[0].cmd, 0u);
+    EXPECT_EQ(pushes[1].cmd, 3u);
+    EXPECT_EQ(pushes[1].payload, fixture_lin_bytes());
+
+    EXPECT_EQ(r.ops->deinit(&h), 0);
+    EXPECT_EQ(r.ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
+}
+
+TEST(BlcModule, BlcReplaysEveryGroupOfEachChannelToItsOwnWrapper) {
+    replay r;
+    const std::string chn0 = isp_test::read_file(ISP_TEST_DATA_DIR "/blc/rtl_blc_p0_chn0.json");
+    picojson::object chn1  = parse_object(chn0);
+    top_of(chn1)["dgain"]  = picojson::value(parse_object(R"({"val": 288})"));
+    top_of(chn1)["bayer"]  = picojson::value(parse_object(R"({"patten": 3})"));
+    r.dir.write("cfgs/f0/rtl_blc_p0_chn0.json", chn0);
+    r.dir.write("cfgs/f0/rtl_blc_p0_chn1.json", serialized(chn1));
+    isp_test::pipe p(1, 1, r.dir.path(), 2);
+    JsonModuleHandle h = p.handle();
+    ASSERT_EQ(qv_isp_module_blc_json_register(&r.ops), 0);
+    ASSERT_EQ(r.ops->create(&h), 0);
+    ASSERT_EQ(r.ops->init(&h), 0);
+
+    _isp_blc_user_common_t common;
+    clear(common);
+    common.dgain         = 320;
+    common.dither_enable = 1;
+    _isp_blc_user_dither_t dither;
+    clear(dither);
+    dither.dither_seed_enable = 1;
+    fill(dither.dither_seed, {52719, 4660});
+    _isp_blc_user_setup_t setup;
+    clear(setup);
+    fill(setup.dither_pmask, {43690, 21845});
+    _isp_blc_user_init_t init;
+    clear(init);
+    init.bayer_patten = 1;
+    _isp_blc_kernel_gbl_t gbl;
+    clear(gbl);
+    fill(gbl.gbl_val, {65536, 65792, 66048, 66304});
+    _isp_blc_kernel_sbl_t sbl;
+    clear(sbl);
+    fill(sbl.sbl_val, {1024, 1040, 1056, 1072});
+    _isp_blc_kernel_ctrl_t ctrl;
+    clear(ctrl);
+    ctrl.gbl_corr_enable = 1;
+    ctrl.lin_enable      = 1;
+    ctrl.offset_out      = 4096;
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 18u);  // a default push per channel, then 8 groups per channel
+    EXPECT_EQ(pushes[0].cmd, 0u);
+    EXPECT_EQ(pushes[1].cmd, 0u);
+    const uint32_t chn0_wrapper = pushes[0].handle;
+    const uint32_t chn1_wrapper = pushes[1].handle;
+    EXPECT_NE(chn0_wrapper, chn1_wrapper);
+    const std::vector<std::vector<uint8_t>> chn0_groups = {
+        fixture_lin_bytes(), bytes_of(common), bytes_of(dither), bytes_of(setup),
+        bytes_of(init),      bytes_of(gbl),    bytes_of(sbl),    bytes_of(ctrl)};
+    for (size_t g = 0; g < 8; ++g) {
+        SCOPED_TRACE(g);
+        EXPECT_EQ(pushes[2 + g].cmd, 3 + g);
+        EXPECT_EQ(pushes[2 + g].handle, chn0_wrapper);
+        EXPECT_EQ(pushes[2 + g].payload, chn0_groups[g]);
+        EXPECT_EQ(pushes[10 + g].cmd, 3 + g);
+        EXPECT_EQ(pushes[10 + g].handle, chn1_wrapper);
+    }
+    common.dgain      = 288;
+    init.bayer_patten = 3;
+    EXPECT_EQ(pushes[11].payload, bytes_of(common));
+    EXPECT_EQ(pushes[14].payload, bytes_of(init));
+    EXPECT_EQ(pushes[17].payload, bytes_of(ctrl));
+
+    EXPECT_EQ(r.ops->deinit(&h), 0);
+    EXPECT_EQ(r.ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace

@@ -31,11 +31,10 @@ std::vector<uint8_t> bytes_of(const T &value) {
     return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
+/* Clears a structure in place, padding included (a copy need not keep padding bytes). */
 template <typename T>
-T zeroed() {
-    T value;
+void clear(T &value) {
     memset(&value, 0, sizeof value);
-    return value;
 }
 
 TEST(WbcConvert, RegisterFileFillsEveryGroup) {
@@ -173,18 +172,21 @@ TEST(WbcModule, ReplaysTheLastPartitionsGroupsInCommandOrder) {
     ASSERT_EQ(ops->create(&h), 0);
     ASSERT_EQ(ops->init(&h), 0);
 
-    _isp_wbc_user_ctrl_t ctrl   = zeroed<_isp_wbc_user_ctrl_t>();
-    ctrl.d_gain                 = 512;
-    ctrl.wb_gain[0]             = 500;
-    ctrl.wb_gain[1]             = 260;
-    ctrl.wb_gain[2]             = 261;
-    ctrl.wb_gain[3]             = 390;
-    ctrl.clip_level             = 60000;
-    _isp_wbc_user_setup_t setup = zeroed<_isp_wbc_user_setup_t>();
-    setup.offset_in             = 64;
-    setup.offset_out            = 128;
-    _isp_wbc_user_init_t init   = zeroed<_isp_wbc_user_init_t>();
-    init.bayer_pattern          = 1;
+    _isp_wbc_user_ctrl_t ctrl;
+    clear(ctrl);
+    ctrl.d_gain     = 512;
+    ctrl.wb_gain[0] = 500;
+    ctrl.wb_gain[1] = 260;
+    ctrl.wb_gain[2] = 261;
+    ctrl.wb_gain[3] = 390;
+    ctrl.clip_level = 60000;
+    _isp_wbc_user_setup_t setup;
+    clear(setup);
+    setup.offset_in  = 64;
+    setup.offset_out = 128;
+    _isp_wbc_user_init_t init;
+    clear(init);
+    init.bayer_pattern = 1;
 
     const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
     ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then ctrl, setup, init
