@@ -11,6 +11,8 @@
 
 #include "blocks/csc.h"
 #include "isp_json_utils.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -22,6 +24,19 @@ using testing::internal::GetCapturedStderr;
 
 picojson::object fixture() {
     return read_json_file(ISP_TEST_DATA_DIR "/csc/rtl_csc_p0.json").get<picojson::object>();
+}
+
+template <typename T>
+T zeroed() {
+    T value;
+    std::memset(&value, 0, sizeof value);
+    return value;
+}
+
+template <typename T>
+std::vector<uint8_t> bytes_of(const T &value) {
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
+    return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
 TEST(csc_convert, bt601_matrix_is_stored_row_major_as_13_bit_codes) {
@@ -168,6 +183,52 @@ TEST(csc_export, identity_matrix_exports_ones_on_the_diagonal) {
     picojson::object out = parse_object(R"({"matrix": [], "kept": true})");
     drv_to_cmodel_csc_user_core(&core, out, 0);
     EXPECT_EQ(picojson::value(out).serialize(), R"({"kept":true,"matrix":[1,0,0,0,1,0,0,0,1]})");
+}
+
+TEST(csc_module, replays_core_setup_and_init_in_command_order) {
+    isp_test::temp_dir dir;
+    dir.write("cfgs/f0/rtl_csc_p0.json",
+              isp_test::read_file(ISP_TEST_DATA_DIR "/csc/rtl_csc_p0.json"));
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::pipe p(1, 1, dir.path());
+    JsonModuleHandle h = p.handle();
+    JsonModuleOps *ops = nullptr;
+    ASSERT_EQ(qv_isp_module_csc_json_register(&ops), 0);
+    ASSERT_EQ(ops->create(&h), 0);
+    ASSERT_EQ(ops->init(&h), 0);
+
+    _isp_csc_user_core_t core                = zeroed<_isp_csc_user_core_t>();
+    const uint16_t matrix[CSC_MATRIX_COEFFS] = {306, 601, 117, 8019, 7853, 512, 512, 7763, 8109};
+    std::memcpy(core.matrix, matrix, sizeof matrix);
+    _isp_csc_user_setup_t setup                 = zeroed<_isp_csc_user_setup_t>();
+    const uint8_t taps_h[CSC_DECIMATION_H_TAPS] = {126, 0, 10, 16, 10, 0, 126};
+    std::memcpy(setup.decimation_h, taps_h, sizeof taps_h);
+    setup.decimation_v[0]     = 1;
+    setup.decimation_v[1]     = 1;
+    setup.output_type         = 1;
+    setup.offset_out[0]       = 64;
+    setup.offset_out[1]       = 512;
+    setup.offset_out[2]       = 512;
+    setup.offset_in[0]        = 2032;
+    setup.offset_in[1]        = 2040;
+    setup.offset_in[2]        = 2044;
+    _isp_csc_user_init_t init = zeroed<_isp_csc_user_init_t>();
+    init.uv_seq_sel           = 1;
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then core, setup, init
+    EXPECT_EQ(pushes[0].cmd, 0u);
+    EXPECT_EQ(pushes[1].cmd, 1u);
+    EXPECT_EQ(pushes[1].payload, bytes_of(core));
+    EXPECT_EQ(pushes[2].cmd, 2u);
+    EXPECT_EQ(pushes[2].payload, bytes_of(setup));
+    EXPECT_EQ(pushes[3].cmd, 3u);
+    EXPECT_EQ(pushes[3].payload, bytes_of(init));
+
+    EXPECT_EQ(ops->deinit(&h), 0);
+    EXPECT_EQ(ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace

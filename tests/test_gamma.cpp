@@ -10,6 +10,8 @@
 
 #include "blocks/gamma.h"
 #include "isp_json_utils.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -39,6 +41,19 @@ std::vector<double> numbers(const picojson::value &array) {
     for (const picojson::value &item : array.get<picojson::array>())
         values.push_back(item.get<double>());
     return values;
+}
+
+template <typename T>
+T zeroed() {
+    T value;
+    std::memset(&value, 0, sizeof value);
+    return value;
+}
+
+template <typename T>
+std::vector<uint8_t> bytes_of(const T &value) {
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
+    return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
 TEST(gamma_convert, setup_holds_the_16_bit_dither_word_first) {
@@ -188,6 +203,48 @@ TEST(gamma_export, curve_is_decoded_in_element_order) {
     EXPECT_EQ(values[64], 186.75);
     EXPECT_EQ(values[127], 255.0);
     EXPECT_EQ(values[128], 255.9375);
+}
+
+TEST(gamma_module, replays_setup_dither_and_curve_in_command_order) {
+    isp_test::temp_dir dir;
+    dir.write("cfgs/f0/rtl_gamma_p0.json",
+              isp_test::read_file(ISP_TEST_DATA_DIR "/gamma/rtl_gamma_p0.json"));
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::pipe p(1, 1, dir.path());
+    JsonModuleHandle h = p.handle();
+    JsonModuleOps *ops = nullptr;
+    ASSERT_EQ(qv_isp_module_gamma_json_register(&ops), 0);
+    ASSERT_EQ(ops->create(&h), 0);
+    ASSERT_EQ(ops->init(&h), 0);
+
+    _isp_gamma_user_setup_t setup   = zeroed<_isp_gamma_user_setup_t>();
+    setup.range_adjust_enable       = 1;
+    setup.dither_enable             = 1;
+    setup.dither_pmask[0]           = 50115;
+    setup.dither_pmask[1]           = 23130;
+    setup.offset_out                = 6;
+    setup.offset_in                 = 40;
+    _isp_gamma_user_dither_t dither = zeroed<_isp_gamma_user_dither_t>();
+    dither.dither_seed_enable       = 1;
+    dither.dither_seed[0]           = 48879;
+    dither.dither_seed[1]           = 4660;
+    _isp_gamma_user_lut_t lut       = zeroed<_isp_gamma_user_lut_t>();
+    std::memcpy(lut.gam_lut, curve_2_2, sizeof curve_2_2);
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then setup, dither, curve
+    EXPECT_EQ(pushes[0].cmd, 0u);
+    EXPECT_EQ(pushes[1].cmd, 1u);
+    EXPECT_EQ(pushes[1].payload, bytes_of(setup));
+    EXPECT_EQ(pushes[2].cmd, 2u);
+    EXPECT_EQ(pushes[2].payload, bytes_of(dither));
+    EXPECT_EQ(pushes[3].cmd, 3u);
+    EXPECT_EQ(pushes[3].payload, bytes_of(lut));
+
+    EXPECT_EQ(ops->deinit(&h), 0);
+    EXPECT_EQ(ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace

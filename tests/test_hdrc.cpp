@@ -12,6 +12,8 @@
 
 #include "blocks/hdrc.h"
 #include "isp_json_utils.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -33,6 +35,19 @@ picojson::array &curve_of(picojson::object &root) {
 std::string type_error(const char *type) {
     return std::string("\"type mismatch! call is<type>() before get<type>()\" && is<") + type +
            ">()";
+}
+
+template <typename T>
+T zeroed() {
+    T value;
+    std::memset(&value, 0, sizeof value);
+    return value;
+}
+
+template <typename T>
+std::vector<uint8_t> bytes_of(const T &value) {
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
+    return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
 TEST(hdrc_convert, setup_reads_every_scalar_register) {
@@ -186,6 +201,74 @@ TEST(hdrc_export, input_offsets_keep_all_20_bits) {
     picojson::object out;
     drv_to_cmodel_hdrc_user_setup(&setup, out, 0);
     EXPECT_EQ(out["offset_in"].serialize(), "[0,0,16383.984375,0]");
+}
+
+/* A curve of `count` entries, zero but for the few given, as register-file text. */
+std::string curve_text(size_t count, const std::vector<std::pair<size_t, uint32_t>> &entries) {
+    std::vector<uint32_t> values(count, 0);
+    for (const auto &entry : entries) values[entry.first] = entry.second;
+    std::string text = "[";
+    for (size_t i = 0; i < count; ++i) text += (i ? "," : "") + std::to_string(values[i]);
+    return text + "]";
+}
+
+TEST(hdrc_module, replays_setup_curve_and_global_control_in_command_order) {
+    isp_test::temp_dir dir;
+    dir.write("cfgs/f0/rtl_hdrc_p0.json",
+              R"({"isp_hdrc": {"glb_ctrl": {"manual_clk_en": 1, "bayer_pat": 3},
+                  "hdrc_ctrl": {"dither_seed_en": 0, "dither_en": 1},
+                  "glb_val": {"affine_k": 512, "clip_level": 65472},
+                  "offset_in0": {"val": 1}, "offset_in1": {"val": 2}, "offset_in2": {"val": 3},
+                  "offset_in3": {"val": 1048575}, "offset_out": {"val": 64},
+                  "dither_seed": {"val0": 10, "val1": 11},
+                  "dither_pmask": {"val_16bit": 12, "val_15bit": 13}, "lut_max": {"val": 14},
+                  "hdrc_lut": )" +
+                  curve_text(HDRC_LUT_ENTRIES, {{0, 1}, {1, 2}, {200, 0x1FFFF}, {256, 65535}}) +
+                  "}}");
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::pipe p(1, 1, dir.path());
+    JsonModuleHandle h = p.handle();
+    JsonModuleOps *ops = nullptr;
+    ASSERT_EQ(qv_isp_module_hdrc_json_register(&ops), 0);
+    ASSERT_EQ(ops->create(&h), 0);
+    ASSERT_EQ(ops->init(&h), 0);
+
+    _isp_hdrc_user_setup_t setup  = zeroed<_isp_hdrc_user_setup_t>();
+    setup.dither_enable           = 1;
+    setup.affine_k                = 512;
+    setup.clip_level              = 65472;
+    setup.offset_in[0]            = 1;
+    setup.offset_in[1]            = 2;
+    setup.offset_in[2]            = 3;
+    setup.offset_in[3]            = 1048575;
+    setup.offset_out              = 64;
+    setup.dither_seed[0]          = 10;
+    setup.dither_seed[1]          = 11;
+    setup.dither_pmask_16bit      = 12;
+    setup.dither_pmask_15bit      = 13;
+    setup.lut_max                 = 14;
+    _isp_hdrc_user_hdrc_lut_t lut = zeroed<_isp_hdrc_user_hdrc_lut_t>();
+    lut.hdrc_lut[0]               = 0x00020001;
+    lut.hdrc_lut[100]             = 0x0001FFFF;
+    lut.hdrc_lut[128]             = 65535;
+    _isp_hdrc_user_glb_ctrl_t glb = zeroed<_isp_hdrc_user_glb_ctrl_t>();
+    glb.manual_clk_en             = 1;
+    glb.bayer_pat                 = 3;
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then setup, curve, global control
+    EXPECT_EQ(pushes[0].cmd, 0u);
+    EXPECT_EQ(pushes[1].cmd, 1u);
+    EXPECT_EQ(pushes[1].payload, bytes_of(setup));
+    EXPECT_EQ(pushes[2].cmd, 3u);
+    EXPECT_EQ(pushes[2].payload, bytes_of(lut));
+    EXPECT_EQ(pushes[3].cmd, 4u);
+    EXPECT_EQ(pushes[3].payload, bytes_of(glb));
+
+    EXPECT_EQ(ops->deinit(&h), 0);
+    EXPECT_EQ(ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace

@@ -12,6 +12,8 @@
 
 #include "blocks/hidrc.h"
 #include "isp_json_utils.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -27,6 +29,19 @@ picojson::object fixture() {
 
 picojson::array &curve_of(picojson::object &root) {
     return root["isp_hidrc"].get<picojson::object>()["hidrc_lut"].get<picojson::array>();
+}
+
+template <typename T>
+T zeroed() {
+    T value;
+    std::memset(&value, 0, sizeof value);
+    return value;
+}
+
+template <typename T>
+std::vector<uint8_t> bytes_of(const T &value) {
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
+    return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
 /* Runs the curve converter and returns the text of the error it raises, "" when none. */
@@ -130,6 +145,50 @@ TEST(hidrc_export, setup_exports_real_values) {
     EXPECT_EQ(picojson::value(out).serialize(),
               R"({"affine_k":0.75,"lut_inv_mode":1,"offset_in":16,)"
               R"("offset_out":[64,64.5,65,65.5]})");
+}
+
+TEST(hidrc_module, replays_setup_and_curve_in_command_order) {
+    std::string curve = "[";
+    for (size_t i = 0; i < HIDRC_LUT_ENTRIES; ++i) curve += i ? ",0" : "0";
+    curve.replace(curve.size() - 1, 1, "1048575]");  // the last entry
+    isp_test::temp_dir dir;
+    dir.write("cfgs/f0/rtl_hidrc_p0.json",
+              R"({"isp_hidrc": {"affine_k": {"val": 2048}, "lut_inv_mode": {"val": 1},
+                  "offset_in": {"val": 64}, "offset_out0": {"val": 1}, "offset_out1": {"val": 2},
+                  "offset_out2": {"val": 3}, "offset_out3": {"val": 1048575},
+                  "hidrc_lut": )" +
+                  curve + "}}");
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::pipe p(1, 1, dir.path());
+    JsonModuleHandle h = p.handle();
+    JsonModuleOps *ops = nullptr;
+    ASSERT_EQ(qv_isp_module_hidrc_json_register(&ops), 0);
+    ASSERT_EQ(ops->create(&h), 0);
+    ASSERT_EQ(ops->init(&h), 0);
+
+    _isp_hidrc_user_setup_t setup   = zeroed<_isp_hidrc_user_setup_t>();
+    setup.affine_k                  = 2048;
+    setup.lut_inv_mode              = 1;
+    setup.offset_in                 = 64;
+    setup.offset_out[0]             = 1;
+    setup.offset_out[1]             = 2;
+    setup.offset_out[2]             = 3;
+    setup.offset_out[3]             = 1048575;
+    _isp_hidrc_user_hidrc_lut_t lut = zeroed<_isp_hidrc_user_hidrc_lut_t>();
+    lut.hidrc_lut[512]              = 1048575;
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 3u);  // the default parameters, then setup, curve
+    EXPECT_EQ(pushes[0].cmd, 0u);
+    EXPECT_EQ(pushes[1].cmd, 1u);
+    EXPECT_EQ(pushes[1].payload, bytes_of(setup));
+    EXPECT_EQ(pushes[2].cmd, 2u);
+    EXPECT_EQ(pushes[2].payload, bytes_of(lut));
+
+    EXPECT_EQ(ops->deinit(&h), 0);
+    EXPECT_EQ(ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace
