@@ -1,7 +1,6 @@
 /* Black level and linearisation block: register files to driver structures and back to
  * C-model values. */
 #include <stddef.h>
-#include <string.h>
 
 #include <string>
 #include <vector>
@@ -15,6 +14,9 @@
 
 namespace {
 
+using isp_test::bytes_of;
+using isp_test::clear;
+using isp_test::fill;
 using isp_test::parse_object;
 using isp_test::split_lines;
 
@@ -345,25 +347,6 @@ TEST(BlcExport, ConvertedFileExportsEachFieldOverItsScale) {
     ASSERT_EQ(slope.size(), 16u);
     EXPECT_EQ(serialized(slope[0]), "[1,1.00390625,1.0078125,1.01171875]");
     EXPECT_EQ(serialized(slope[15]), "[1.9375,1.94140625,1.9453125,1.94921875]");
-}
-
-/* The bytes the wrapper receives for a structure: zero padding, members as filled. */
-template <typename T>
-std::vector<uint8_t> bytes_of(const T &value) {
-    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
-    return std::vector<uint8_t>(bytes, bytes + sizeof value);
-}
-
-/* Clears a structure in place, padding included (a copy need not keep padding bytes). */
-template <typename T>
-void clear(T &value) {
-    memset(&value, 0, sizeof value);
-}
-
-template <typename T, size_t N>
-void fill(T (&member)[N], const std::vector<uint32_t> &values) {
-    ASSERT_EQ(values.size(), N);
-    for (size_t i = 0; i < N; ++i) member[i] = static_cast<T>(values[i]);
 }
 
 std::vector<uint8_t> fixture_lin_bytes() {

@@ -8,10 +8,15 @@
 #include <gtest/gtest.h>
 
 #include "blocks/dpc.h"
+#include "isp_json_modules.h"
+#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
 
+using isp_test::bytes_of;
+using isp_test::clear;
+using isp_test::fill;
 using isp_test::parse_object;
 using isp_test::split_lines;
 
@@ -265,6 +270,96 @@ TEST(DpcExport, ConvertedFileExportsEachFieldOverItsScale) {
               R"("dp_cor_dir_wt_r2":1.5,"inv_wb_gain":[0.53125,0.6171875],"margin_l":[1,1.5,2],)"
               R"("margin_u":[4,5,6],"noise_lut":[1.5625,1.875,2.1875,2.5,2.8125,3.125,3.4375,)"
               R"(3.75,6.5625],"offset_in":65,"offset_out":64,"wb_gain":[1.875,1.625]})");
+}
+
+TEST(DpcModule, ReplaysEightGroupsAndKeepsTopControlToItself) {
+    isp_test::temp_dir dir;
+    for (const char *name : {"rtl_dpc_p0_chn0.json", "rtl_dpc_p1_chn0.json"})
+        dir.write(std::string("cfgs/f0/") + name,
+                  isp_test::read_file(std::string(ISP_TEST_DATA_DIR "/dpc/") + name));
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    isp_test::pipe p(2, 1, dir.path(), 1);
+    JsonModuleHandle h = p.handle();
+    JsonModuleOps *ops = nullptr;
+    ASSERT_EQ(qv_isp_module_dpc_json_register(&ops), 0);
+    ASSERT_EQ(ops->create(&h), 0);
+    ASSERT_EQ(ops->init(&h), 0);
+
+    _isp_dpc_user_calc_dp_strength_t strength;
+    clear(strength);
+    strength.calc_limit_enable = 1;
+    strength.static_enable     = 1;
+    strength.dp_det_th_ratio   = 40;
+    strength.dp_det_m2         = 384;
+    strength.dp_det_m1         = 24;
+    _isp_dpc_user_setup_t setup;
+    clear(setup);
+    setup.offset_in         = 4160;
+    setup.offset_out        = 4096;
+    setup.dp_cor_ch_mode    = 1;
+    setup.dp_cor_clip_ratio = 48;
+    setup.dp_cor_dir_wt_r2  = 24;
+    fill(setup.color_limit_ratio, {128, 112, 96});
+    _isp_dpc_user_calc_noise_t noise;
+    clear(noise);
+    fill(noise.noise_lut, {100, 120, 140, 160, 180, 200, 220, 240, 420});
+    _isp_dpc_user_calc_wb_gain_t wb;
+    clear(wb);
+    fill(wb.wb_gain, {30, 26});
+    fill(wb.inv_wb_gain, {68, 79});
+    _isp_dpc_user_calc_quick_det_t quick;
+    clear(quick);
+    quick.quick_det_th_offset = 640;
+    quick.quick_det_th_max    = 8192;
+    quick.quick_det_th_slope  = 6;
+    _isp_dpc_user_calc_dp_correct_t correct;
+    clear(correct);
+    correct.dp_cor_m5 = 20;
+    correct.dp_cor_m4 = 96;
+    correct.dp_cor_m3 = 112;
+    _isp_dpc_user_calc_color_limit_t limit;
+    clear(limit);
+    fill(limit.margin_u, {256, 320, 384});
+    fill(limit.margin_l, {64, 96, 128});
+    _isp_dpc_user_init_t init;
+    clear(init);
+    init.pic_size_h[0]    = 1920;
+    init.pic_size_v[0]    = 1080;
+    init.pic_size_h[1]    = 1280;
+    init.pic_size_v[1]    = 720;
+    init.pic_blank_h      = 160;
+    init.wdma_err_ctrl    = 1;
+    init.rdma_err_ctrl    = 1;
+    init.sbpc_table_type  = 1;
+    init.dma_burst_len_rd = 3;
+    init.sbpc_load        = 32;
+    init.dummy_wr_val     = 7;
+    init.sbpc_qos_thr     = 8;
+    init.sbpc_qos_low     = 4;
+    init.sbpc_qos_high    = 12;
+
+    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(pushes.size(), 9u);  // the default parameters, then eight groups
+    const std::vector<uint32_t> commands             = {0, 2, 4, 5, 6, 7, 8, 9, 10};
+    const std::vector<std::vector<uint8_t>> payloads = {{},
+                                                        bytes_of(strength),
+                                                        bytes_of(setup),
+                                                        bytes_of(noise),
+                                                        bytes_of(wb),
+                                                        bytes_of(quick),
+                                                        bytes_of(correct),
+                                                        bytes_of(limit),
+                                                        bytes_of(init)};
+    for (size_t i = 0; i < pushes.size(); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(pushes[i].cmd, commands[i]);
+        EXPECT_EQ(pushes[i].payload, payloads[i]);
+    }
+
+    EXPECT_EQ(ops->deinit(&h), 0);
+    EXPECT_EQ(ops->destroy(&h), 0);
+    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 /* White-balance gain block: register files to driver structures and back to C-model values. */
-#include <string.h>
 
 #include <string>
 #include <vector>
@@ -13,6 +12,8 @@
 
 namespace {
 
+using isp_test::bytes_of;
+using isp_test::clear;
 using isp_test::parse_object;
 using isp_test::split_lines;
 
@@ -22,19 +23,6 @@ picojson::object fixture() {
 
 std::string serialized(const picojson::object &object) {
     return picojson::value(object).serialize();
-}
-
-/* The bytes the wrapper receives for a structure: zero padding, members as filled. */
-template <typename T>
-std::vector<uint8_t> bytes_of(const T &value) {
-    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
-    return std::vector<uint8_t>(bytes, bytes + sizeof value);
-}
-
-/* Clears a structure in place, padding included (a copy need not keep padding bytes). */
-template <typename T>
-void clear(T &value) {
-    memset(&value, 0, sizeof value);
 }
 
 TEST(WbcConvert, RegisterFileFillsEveryGroup) {

@@ -3,7 +3,9 @@
 #ifndef ISP_TEST_SUPPORT_H
 #define ISP_TEST_SUPPORT_H
 
+#include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <string>
 #include <vector>
@@ -35,6 +37,26 @@ std::string read_file(const std::string &path);
 /* Parses text as JSON and returns its root object (fails the test on a parse error). */
 picojson::object parse_object(const std::string &text);
 std::vector<std::string> split_lines(const std::string &text);
+
+/* The bytes of a driver structure as the wrapper receives them. */
+template <typename T>
+std::vector<uint8_t> bytes_of(const T &value) {
+    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
+    return std::vector<uint8_t>(bytes, bytes + sizeof value);
+}
+
+/* Clears a structure in place, padding included: a copy need not keep padding bytes, so an
+ * expected structure is cleared where it lives and then filled member by member. */
+template <typename T>
+void clear(T &value) {
+    memset(&value, 0, sizeof value);
+}
+
+/* Stores codes into a member array in index order (at most its length). */
+template <typename T, size_t N>
+void fill(T (&member)[N], const std::vector<uint32_t> &codes) {
+    for (size_t i = 0; i < N && i < codes.size(); ++i) member[i] = static_cast<T>(codes[i]);
+}
 
 /* A pipeline context with a grid, a case path and its own register shadow. */
 struct pipe {
