@@ -129,17 +129,6 @@ TEST(BlcConvert, SmallGroupsFromRegisterFile) {
     EXPECT_EQ(ctrl.offset_out, 4096u);
 }
 
-TEST(BlcConvert, EachKnotRegisterCarriesKnotsSevenApart) {
-    picojson::object root = parse_object(R"({"isp_blc": {"lin_lut_x_14": {"low": 14}, "grp0": [
-        {"lin_lut_x": {"low": 0, "high": 7}}, {"lin_lut_x": {"low": 1, "high": 8}},
-        {"lin_lut_x": {"low": 2, "high": 9}}, {"lin_lut_x": {"low": 3, "high": 10}},
-        {"lin_lut_x": {"low": 4, "high": 11}}, {"lin_lut_x": {"low": 5, "high": 12}},
-        {"lin_lut_x": {"low": 6, "high": 13}}]}})");
-    const _isp_blc_user_lin_t lin = convert_lin(root);
-    EXPECT_EQ(codes(lin.lin_lut_x),
-              (std::vector<uint32_t>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}));
-}
-
 TEST(BlcConvert, MissingLastKnotOfOneChannelZeroesOnlyThatKnot) {
     picojson::object root = fixture();
     top_of(root).erase("lin_lut_y2_14");
@@ -224,17 +213,6 @@ TEST(BlcConvert, GroupThatIsNotAnArrayFailsEachOfItsFields) {
     EXPECT_EQ(codes(lin.lin_lut_y), fixture_y);
 }
 
-TEST(BlcConvert, ElementThatIsNotAnObjectFailsItsField) {
-    picojson::object root = fixture();
-
-    top_of(root)["grp9"].get<picojson::array>()[2] = picojson::value();
-    _isp_blc_kernel_sbl_t sbl{};
-    testing::internal::CaptureStderr();
-    rtl_to_drv_blc_kernel_sbl(root, &sbl, 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "read json_obj failed: sbl_val.value\n");
-    EXPECT_EQ(codes(sbl.sbl_val), (std::vector<uint32_t>{1024, 1040, 0, 1072}));
-}
-
 TEST(BlcConvert, ShortGroupTreatsMissingElementsAsMissingKeys) {
     picojson::object root = parse_object(R"({"isp_blc": {"grp10": [
         {"gbl_val": {"value": 100}}, {"gbl_val": {"value": 101}}, {"gbl_val": {"value": 102}}]}})");
@@ -292,16 +270,6 @@ TEST(BlcExport, LinTablesAreKnotAndSegmentRows) {
               "[18,18.5,19,19.5],[20,20.5,21,21.5],[22,22.5,23,23.5],[24,24.5,25,25.5],"
               "[26,26.5,27,27.5],[28,28.5,29,29.5],[30,30.5,31,31.5]]");
     EXPECT_EQ(out.size(), 3u);
-}
-
-TEST(BlcExport, ZeroFilledStructuresGiveZerosOfFullLength) {
-    _isp_blc_kernel_ctrl_t ctrl{};
-    _isp_blc_kernel_gbl_t gbl{};
-    picojson::object out;
-    drv_to_cmodel_blc_kernel_ctrl(&ctrl, out, 0);
-    drv_to_cmodel_blc_kernel_gbl(&gbl, out, 0);
-    EXPECT_EQ(serialized(out), R"({"gbl_corr_enable":0,"gbl_val":[0,0,0,0],"lin_enable":0,)"
-                               R"("offset_out":0,"sbl_corr_enable":0})");
 }
 
 TEST(BlcExport, ConvertedFileExportsEachFieldOverItsScale) {

@@ -154,18 +154,6 @@ TEST(DpcConvert, NoiseGroupThatIsNotAnArrayFailsItsEightEntries) {
     EXPECT_EQ(codes(noise.noise_lut), (std::vector<uint32_t>{0, 0, 0, 0, 0, 0, 0, 0, 420}));
 }
 
-TEST(DpcConvert, ShortNoiseGroupZeroesTheMissingPair) {
-    picojson::object root = parse_object(R"({"isp_dpc": {"noise_lut_lst": {"val": 9},
-        "noise_lut_grp": [{"noise_lut_even": {"val": 1}, "noise_lut_odd": {"val": 2}},
-                          {"noise_lut_even": {"val": 3}, "noise_lut_odd": {"val": 4}},
-                          {"noise_lut_even": {"val": 5}, "noise_lut_odd": {"val": 6}}]}})");
-    _isp_dpc_user_calc_noise_t noise{};
-    EXPECT_EQ(
-        stderr_of([&] { rtl_to_drv_dpc_user_calc_noise(root, &noise, 0); }),
-        "read json_obj failed: noise_lut_odd.val\nread json_obj failed: noise_lut_even.val\n");
-    EXPECT_EQ(codes(noise.noise_lut), (std::vector<uint32_t>{1, 2, 3, 4, 5, 6, 0, 0, 9}));
-}
-
 TEST(DpcConvert, MissingTopKeyReportsFieldsInConversionOrder) {
     picojson::object root;
     _isp_dpc_user_setup_t setup{};
@@ -213,21 +201,6 @@ TEST(DpcConvert, RegistersSpelledWithDpPrefixAreNotRead) {
     EXPECT_EQ(strength.dp_det_mode, 0u);
     EXPECT_EQ(strength.dp_det_th_ratio, 41u);
     EXPECT_EQ(strength.dp_det_m2, 0u);
-}
-
-TEST(DpcExport, HandFilledGroupsGiveRealValues) {
-    _isp_dpc_user_calc_top_control_t top{1};
-    _isp_dpc_user_calc_wb_gain_t wb{{16, 40}, {128, 64}};
-    _isp_dpc_user_setup_t setup{64, 128, 0, 32, 8, {128, 64, 32}};
-    picojson::object out;
-    EXPECT_EQ(drv_to_cmodel_dpc_top_control(&top, out, 0), 0);
-    EXPECT_EQ(drv_to_cmodel_dpc_user_calc_wb_gain(&wb, out, 0), 0);
-    EXPECT_EQ(serialized(out), R"({"inv_wb_gain":[1,0.5],"quick_det_enable":1,"wb_gain":[1,2.5]})");
-    picojson::object setup_out;
-    EXPECT_EQ(drv_to_cmodel_dpc_user_setup(&setup, setup_out, 0), 0);
-    EXPECT_EQ(serialized(setup_out),
-              R"({"color_limit_ratio":[1,0.5,0.25],"dp_cor_ch_mode":0,"dp_cor_clip_ratio":0.5,)"
-              R"("dp_cor_dir_wt_r2":0.5,"offset_in":1,"offset_out":2})");
 }
 
 TEST(DpcExport, ConvertedFileExportsEachFieldOverItsScale) {

@@ -98,18 +98,6 @@ TEST(WbcConvert, FractionalValuesAreTruncatedBeforeEncoding) {
     EXPECT_EQ(ctrl.clip_level, 64u);
 }
 
-TEST(WbcConvert, MistypedFieldIsReportedAndZeroed) {
-    picojson::object root = parse_object(R"({"isp_wbc": {
-        "offset_in": {"val": "4096"}, "offset_out": {"val": 2112}}})");
-    _isp_wbc_user_setup_t setup;
-    setup.offset_in = setup.offset_out = 7;
-    testing::internal::CaptureStderr();
-    rtl_to_drv_wbc_user_setup(root, &setup, 3);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "read json_obj failed: offset_in.val\n");
-    EXPECT_EQ(setup.offset_in, 0u);
-    EXPECT_EQ(setup.offset_out, 2112u);
-}
-
 TEST(WbcExport, CtrlAndSetupGiveRealValues) {
     _isp_wbc_user_ctrl_t ctrl   = {256, {256, 384, 512, 256}, 65472};
     _isp_wbc_user_setup_t setup = {4096, 32};
@@ -119,13 +107,6 @@ TEST(WbcExport, CtrlAndSetupGiveRealValues) {
     picojson::object setup_out;
     EXPECT_EQ(drv_to_cmodel_wbc_user_setup(&setup, setup_out, 0), 0);
     EXPECT_EQ(serialized(setup_out), R"({"offset_in":64,"offset_out":0.5})");
-}
-
-TEST(WbcExport, ReplacesItsKeysAndKeepsOthers) {
-    _isp_wbc_user_setup_t setup = {64, 128};
-    picojson::object out = parse_object(R"({"offset_in": [9, 9], "offset_out": 7, "gamma": 2.5})");
-    drv_to_cmodel_wbc_user_setup(&setup, out, 0);
-    EXPECT_EQ(serialized(out), R"({"gamma":2.5,"offset_in":1,"offset_out":2})");
 }
 
 TEST(WbcExport, ConvertedFileExportsEachFieldOverItsScale) {
