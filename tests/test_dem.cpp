@@ -12,6 +12,7 @@
 
 namespace {
 
+using isp_test::clear;  // in place: a copy need not keep padding bytes
 using isp_test::parse_object;
 using isp_test::split_lines;
 
@@ -41,133 +42,167 @@ void expect_fields(std::vector<std::string> &lines, const std::string &reg,
         lines.push_back("read json_obj failed: " + reg + "." + field);
 }
 
-TEST(DemConvert, SetupKeepsEachPartitionsWindowsMeshStartsAndSizes) {
-    picojson::object p0 = fixture(0), p1 = fixture(1);
-    _isp_dem_user_setup_t setup{};
-    setup.img_size_hsize[2] = 77;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_dem_user_setup(p0, &setup, 0), 0);
-    EXPECT_EQ(rtl_to_drv_dem_user_setup(p1, &setup, 1), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-
-    EXPECT_EQ(setup.wb_stat_roi[0].top, 0u);
-    EXPECT_EQ(setup.wb_stat_roi[0].bottom, 1079u);
-    EXPECT_EQ(setup.wb_stat_roi[0].left, 0u);
-    EXPECT_EQ(setup.wb_stat_roi[0].right, 959u);
-    EXPECT_EQ(setup.wb_stat_roi[1].bottom, 1079u);
-    EXPECT_EQ(setup.wb_stat_roi[1].left, 960u);
-    EXPECT_EQ(setup.wb_stat_roi[1].right, 1919u);
-    EXPECT_EQ(setup.wb_stat_mesh_block_start[0][0], 0u);
-    EXPECT_EQ(setup.wb_stat_mesh_block_start[1][0], 7u);
-    EXPECT_EQ(setup.wb_stat_mesh_pos_start[1][0], 120u);
-    EXPECT_EQ(setup.wbc_mesh_block_start[1][0], 10u);
-    EXPECT_EQ(setup.wbc_mesh_phase_start[0][0], 0u);
-    EXPECT_EQ(setup.wbc_mesh_phase_start[1][0], 21845u);
-    EXPECT_EQ(setup.wbc_mesh_pos_start[1][0], 40u);
-    EXPECT_EQ(setup.wbc_mesh_pos_start[1][1], 0u);
-    EXPECT_EQ(setup.img_size_hsize[0], 960u);
-    EXPECT_EQ(setup.img_size_vsize[0], 1080u);
-    EXPECT_EQ(setup.img_size_hsize[1], 960u);
-    EXPECT_EQ(setup.img_size_vsize[1], 1080u);
-    EXPECT_EQ(setup.img_size_hsize[2], 77u);
-
-    // single values hold the last partition's
-    EXPECT_EQ(setup.wb_stat_slice_level, 3968u);
-    EXPECT_EQ(setup.edge_enhance_ghv_corner_offset, 0x1FFu);  // -1 in s0.8
-    EXPECT_EQ(setup.wb_stat_enable, 1u);
-    EXPECT_EQ(setup.wb_stat_slice_sat_tp, 1u);
-    EXPECT_EQ(setup.wb_stat_mesh_shape[0], 64u);
-    EXPECT_EQ(setup.wb_stat_mesh_shape[1], 68u);
-    EXPECT_EQ(setup.wbc_enable, 1u);
-    EXPECT_EQ(setup.wbc_mesh_step[0], 1365u);
-    EXPECT_EQ(setup.wbc_mesh_step[1], 1024u);
-    EXPECT_EQ(setup.gic_enable, 1u);
-    EXPECT_EQ(setup.grad_h_enable, 1u);
-    EXPECT_EQ(setup.gclip_level, 8u);
-    EXPECT_EQ(setup.edge_enhance_enable, 1u);
-    EXPECT_EQ(setup.edge_enhance_ghv_level, 24u);
-    EXPECT_EQ(setup.edge_enhance_gpn_level, 20u);
-    EXPECT_EQ(setup.edge_enhance_ghv_corner_min, 32u);
-    EXPECT_EQ(setup.edge_enhance_ghv_corner_slope, 40u);
-    EXPECT_EQ(setup.fc_cor0_enable, 1u);
-    EXPECT_EQ(setup.offset_in, 1024u);
-    EXPECT_EQ(setup.offset_out, 1024u);
-    EXPECT_EQ(setup.bayer_pattern, 1u);
+/* What the fixtures hold, written out by hand; the setup group after partitions 0 and 1. */
+void fill_expected(_isp_dem_user_init_t &init) {
+    clear(init);
+    init.clkgt_enable = 65535;
 }
 
-TEST(DemConvert, CornerOffsetIsEncodedInNineBits) {
-    picojson::object p0 = fixture(0);
-    _isp_dem_user_setup_t setup{};
-    rtl_to_drv_dem_user_setup(p0, &setup, 0);
-    EXPECT_EQ(setup.edge_enhance_ghv_corner_offset, 0x1F0u);  // -16
+void fill_expected(_isp_dem_user_setup_t &s) {
+    clear(s);
+    s.wb_stat_enable                 = 1;
+    s.wb_stat_roi[0]                 = {0, 1079, 0, 959};
+    s.wb_stat_roi[1]                 = {0, 1079, 960, 1919};
+    s.wb_stat_mesh_block_start[1][0] = 7;
+    s.wb_stat_mesh_pos_start[1][0]   = 120;
+    s.wb_stat_slice_level            = 3968;  // partition 1's; partition 0 has 4000
+    s.wb_stat_slice_sat_tp           = 1;
+    s.wb_stat_mesh_shape[0]          = 64;
+    s.wb_stat_mesh_shape[1]          = 68;
+    s.wbc_enable                     = 1;
+    s.wbc_mesh_block_start[1][0]     = 10;
+    s.wbc_mesh_phase_start[1][0]     = 21845;
+    s.wbc_mesh_pos_start[1][0]       = 40;
+    s.wbc_mesh_step[0]               = 1365;
+    s.wbc_mesh_step[1]               = 1024;
+    s.gic_enable                     = 1;
+    s.grad_h_enable                  = 1;
+    s.gclip_level                    = 8;
+    s.edge_enhance_enable            = 1;
+    s.edge_enhance_ghv_level         = 24;
+    s.edge_enhance_gpn_level         = 20;
+    s.edge_enhance_ghv_corner_min    = 32;
+    s.edge_enhance_ghv_corner_slope  = 40;
+    s.edge_enhance_ghv_corner_offset = 0x1FF;  // -1 in s0.8, partition 1's
+    s.fc_cor0_enable                 = 1;
+    s.offset_in                      = 1024;
+    s.offset_out                     = 1024;
+    s.bayer_pattern                  = 1;
+    s.img_size_hsize[0] = s.img_size_hsize[1] = 960;
+    s.img_size_vsize[0] = s.img_size_vsize[1] = 1080;
 }
 
-TEST(DemConvert, SmallGroupsFromTheRegisterFile) {
-    picojson::object root = fixture(0);
-    _isp_dem_user_init_t init{};
-    _isp_dem_user_dem_mode_t mode{};
-    _isp_dem_user_dem_core_t core{};
-    _isp_dem_user_fcc_t fcc{};
-    _isp_dem_user_gic_t gic{};
-    _isp_dem_user_sharpen_t sharpen{};
-    _isp_dem_kernel_mem_ctrl_t mem{};
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_dem_user_init(root, &init, 0), 0);
-    EXPECT_EQ(rtl_to_drv_dem_user_dem_mode(root, &mode, 0), 0);
-    EXPECT_EQ(rtl_to_drv_dem_user_dem_core(root, &core, 0), 0);
-    EXPECT_EQ(rtl_to_drv_dem_user_fcc(root, &fcc, 0), 0);
-    EXPECT_EQ(rtl_to_drv_dem_user_gic(root, &gic, 0), 0);
-    EXPECT_EQ(rtl_to_drv_dem_user_sharpen(root, &sharpen, 0), 0);
-    EXPECT_EQ(rtl_to_drv_dem_kernel_mem_ctrl(root, &mem, 0), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+void fill_expected(_isp_dem_user_dem_mode_t &mode) {
+    clear(mode);
+    mode.pre_gamma_enable  = 1;
+    mode.mode              = 3;
+    mode.post_gamma_enable = 1;
+}
 
-    EXPECT_EQ(init.clkgt_enable, 65535u);
-    EXPECT_EQ(init.debug_en, 0u);
-    EXPECT_EQ(mode.pre_gamma_enable, 1u);
-    EXPECT_EQ(mode.mode, 3u);
-    EXPECT_EQ(mode.post_gamma_enable, 1u);
-    EXPECT_EQ(core.gradf_ratio, 12u);
-    EXPECT_EQ(core.grad_hh_level, 6u);
+void fill_expected(_isp_dem_user_dem_core_t &core) {
     const uint16_t inv_noise[9] = {3840, 1920, 1280, 960, 768, 640, 548, 480, 426};
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(core.inv_noise_lut[i], inv_noise[i]) << i;
-    EXPECT_EQ(core.ginterp_hf_ratio_x, 16u);
-    EXPECT_EQ(core.ginterp_hf_ratio_pn, 24u);
-    EXPECT_EQ(core.ginterp_hf_ratio_hv, 32u);
-    EXPECT_EQ(fcc.fc_cor1_limit, 1600u);
-    EXPECT_EQ(fcc.fc_cor1_gain_safe, 6u);
-    EXPECT_EQ(fcc.fc_cor1_gain, 40u);
-    EXPECT_EQ(fcc.fc_cor1_th, 20u);
-    EXPECT_EQ(fcc.fc_cor2_inv_base_sat_level, 51u);
-    EXPECT_EQ(fcc.fc_cor2_ratio_limit[0], 384u);
-    EXPECT_EQ(fcc.fc_cor2_ratio_limit[1], 128u);
+    clear(core);
+    core.gradf_ratio   = 12;
+    core.grad_hh_level = 6;
+    std::memcpy(core.inv_noise_lut, inv_noise, sizeof inv_noise);
+    core.ginterp_hf_ratio_x  = 16;
+    core.ginterp_hf_ratio_pn = 24;
+    core.ginterp_hf_ratio_hv = 32;
+}
+
+/* Red 128 + n, green 200 - n, blue 64 + 2n for entry n = 4k + j. */
+void fill_expected(_isp_dem_user_wbc_t &wbc) {
+    for (unsigned n = 0; n < ISP_DEM_WBC_LUT_SIZE; ++n) {
+        wbc.wbc_gain_lut_r[n] = static_cast<uint8_t>(128 + n);
+        wbc.wbc_gain_lut_g[n] = static_cast<uint8_t>(200 - n);
+        wbc.wbc_gain_lut_b[n] = static_cast<uint8_t>(64 + 2 * n);
+    }
+}
+
+void fill_expected(_isp_dem_user_fcc_t &fcc) {
     const uint16_t sat[9] = {0, 160, 320, 480, 640, 800, 960, 1120, 1280};
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(fcc.fc_cor_sat_lut[i], sat[i]) << i;
+    clear(fcc);
+    fcc.fc_cor1_limit              = 1600;
+    fcc.fc_cor1_gain_safe          = 6;
+    fcc.fc_cor1_gain               = 40;
+    fcc.fc_cor1_th                 = 20;
+    fcc.fc_cor2_inv_base_sat_level = 51;
+    fcc.fc_cor2_ratio_limit[0]     = 384;
+    fcc.fc_cor2_ratio_limit[1]     = 128;
+    std::memcpy(fcc.fc_cor_sat_lut, sat, sizeof sat);
+}
+
+void fill_expected(_isp_dem_user_gic_t &gic) {
     const uint8_t strength[9] = {128, 112, 96, 80, 64, 48, 32, 16, 0};
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(gic.gic_strength_lut[i], strength[i]) << i;
-    const uint16_t ct[18] = {160,  320,  480,  640,  800,  960,  1120, 1280, 1440,
-                             1600, 1760, 1920, 2080, 2240, 2400, 2560, 2720, 2880};
-    for (int i = 0; i < 18; ++i) EXPECT_EQ(gic.gic_ct[i], ct[i]) << i;
-    const uint16_t limit[9] = {32, 48, 64, 80, 96, 112, 128, 144, 160};
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(gic.gic_limit[i], limit[i]) << i;
+    const uint16_t ct[18]     = {160,  320,  480,  640,  800,  960,  1120, 1280, 1440,
+                                 1600, 1760, 1920, 2080, 2240, 2400, 2560, 2720, 2880};
+    const uint16_t limit[9]   = {32, 48, 64, 80, 96, 112, 128, 144, 160};
+    clear(gic);
+    std::memcpy(gic.gic_strength_lut, strength, sizeof strength);
+    std::memcpy(gic.gic_ct, ct, sizeof ct);
+    std::memcpy(gic.gic_limit, limit, sizeof limit);
+}
+
+void fill_expected(_isp_dem_user_sharpen_t &sharpen) {
     const uint8_t level[18] = {16, 17, 18, 19, 20, 21, 22, 23, 24,
                                24, 23, 22, 21, 20, 19, 18, 17, 16};
-    for (int i = 0; i < 18; ++i) EXPECT_EQ(sharpen.edge_enhance_level_lut[i], level[i]) << i;
+    std::memcpy(sharpen.edge_enhance_level_lut, level, sizeof level);
+}
+
+/* Compares bytes with the hand-filled expected structure of type T, padding included. */
+template <typename T>
+void expect_bytes(const void *actual, size_t size, const std::string &what) {
+    T expected;
+    fill_expected(expected);
+    ASSERT_EQ(size, sizeof(T)) << what;
+    EXPECT_EQ(std::memcmp(actual, &expected, sizeof(T)), 0) << what;
+}
+
+template <typename T>
+void expect_filled(const T &actual, const std::string &what) {
+    expect_bytes<T>(&actual, sizeof actual, what);
+}
+
+TEST(DemConvert, RegisterFilesFillEveryGroup) {
+    picojson::object files[2] = {fixture(0), fixture(1)};
+    _isp_dem_user_init_t init;
+    _isp_dem_user_setup_t setup;
+    _isp_dem_user_dem_mode_t mode;
+    _isp_dem_user_dem_core_t core;
+    _isp_dem_user_wbc_t wbc;
+    _isp_dem_user_fcc_t fcc;
+    _isp_dem_user_gic_t gic;
+    _isp_dem_user_sharpen_t sharpen;
+    _isp_dem_kernel_mem_ctrl_t mem = {0, 1};
+    clear(init), clear(setup), clear(mode), clear(core);
+    clear(wbc), clear(fcc), clear(gic), clear(sharpen);
+    testing::internal::CaptureStderr();
+    for (uint8_t p = 0; p < 2; ++p) {
+        EXPECT_EQ(rtl_to_drv_dem_user_init(files[p], &init, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_user_setup(files[p], &setup, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_user_dem_mode(files[p], &mode, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_user_dem_core(files[p], &core, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_user_wbc(files[p], &wbc, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_user_fcc(files[p], &fcc, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_user_gic(files[p], &gic, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_user_sharpen(files[p], &sharpen, p), 0);
+        EXPECT_EQ(rtl_to_drv_dem_kernel_mem_ctrl(files[p], &mem, p), 0);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    expect_filled(init, "init");
+    expect_filled(setup, "setup");
+    expect_filled(mode, "dem_mode");
+    expect_filled(core, "dem_core");
+    expect_filled(wbc, "wbc");
+    expect_filled(fcc, "fcc");
+    expect_filled(gic, "gic");
+    expect_filled(sharpen, "sharpen");
     EXPECT_EQ(mem.sw_rd, 1u);
     EXPECT_EQ(mem.sw_clr, 0u);
 }
 
-TEST(DemConvert, WbcTablesTakeFourGainsFromEachGroupElement) {
-    picojson::object root = fixture(0);
-    _isp_dem_user_wbc_t wbc{};
-    testing::internal::CaptureStderr();
-    rtl_to_drv_dem_user_wbc(root, &wbc, 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    // the file holds red 128 + n, green 200 - n, blue 64 + 2n for entry n = 4k + j
-    for (unsigned n = 0; n < ISP_DEM_WBC_LUT_SIZE; ++n) {
-        ASSERT_EQ(wbc.wbc_gain_lut_r[n], 128 + n) << n;
-        ASSERT_EQ(wbc.wbc_gain_lut_g[n], 200 - n) << n;
-        ASSERT_EQ(wbc.wbc_gain_lut_b[n], 64 + 2 * n) << n;
-    }
+TEST(DemConvert, SetupWritesOnlyTheGivenPartitionsElements) {
+    picojson::object p0 = fixture(0);
+    _isp_dem_user_setup_t setup{};
+    setup.wb_stat_roi[1].left = setup.wbc_mesh_phase_start[1][0] = setup.img_size_vsize[1] = 77;
+    rtl_to_drv_dem_user_setup(p0, &setup, 0);
+    EXPECT_EQ(setup.wb_stat_roi[0].right, 959u);
+    EXPECT_EQ(setup.img_size_vsize[0], 1080u);
+    EXPECT_EQ(setup.wb_stat_roi[1].left, 77u);
+    EXPECT_EQ(setup.wbc_mesh_phase_start[1][0], 77u);
+    EXPECT_EQ(setup.img_size_vsize[1], 77u);
+    EXPECT_EQ(setup.wb_stat_slice_level, 4000u);
+    EXPECT_EQ(setup.edge_enhance_ghv_corner_offset, 0x1F0u);  // -16 in s0.8
 }
 
 TEST(DemConvert, WbcMissingFieldNamesOnlyRegisterAndField) {
@@ -370,56 +405,11 @@ TEST(DemExport, WbcTablesAreSixteenRowsOfFour) {
               "[1.4375,1.453125,1.46875,1.484375]");
 }
 
-/* A structure cleared byte for byte, padding included, as the module clears its buffer. */
-template <typename T>
-T cleared() {
-    T value;
-    std::memset(&value, 0, sizeof value);
-    return value;
-}
-
-/* The setup group after partitions 0 and 1 of the fixtures. */
-_isp_dem_user_setup_t two_partition_setup() {
-    _isp_dem_user_setup_t s          = cleared<_isp_dem_user_setup_t>();
-    s.wb_stat_enable                 = 1;
-    s.wb_stat_roi[0]                 = {0, 1079, 0, 959};
-    s.wb_stat_roi[1]                 = {0, 1079, 960, 1919};
-    s.wb_stat_mesh_block_start[1][0] = 7;
-    s.wb_stat_mesh_pos_start[1][0]   = 120;
-    s.wb_stat_slice_level            = 3968;
-    s.wb_stat_slice_sat_tp           = 1;
-    s.wb_stat_mesh_shape[0]          = 64;
-    s.wb_stat_mesh_shape[1]          = 68;
-    s.wbc_enable                     = 1;
-    s.wbc_mesh_block_start[1][0]     = 10;
-    s.wbc_mesh_phase_start[1][0]     = 21845;
-    s.wbc_mesh_pos_start[1][0]       = 40;
-    s.wbc_mesh_step[0]               = 1365;
-    s.wbc_mesh_step[1]               = 1024;
-    s.gic_enable                     = 1;
-    s.grad_h_enable                  = 1;
-    s.gclip_level                    = 8;
-    s.edge_enhance_enable            = 1;
-    s.edge_enhance_ghv_level         = 24;
-    s.edge_enhance_gpn_level         = 20;
-    s.edge_enhance_ghv_corner_min    = 32;
-    s.edge_enhance_ghv_corner_slope  = 40;
-    s.edge_enhance_ghv_corner_offset = 0x1FF;
-    s.fc_cor0_enable                 = 1;
-    s.offset_in                      = 1024;
-    s.offset_out                     = 1024;
-    s.bayer_pattern                  = 1;
-    s.img_size_hsize[0] = s.img_size_hsize[1] = 960;
-    s.img_size_vsize[0] = s.img_size_vsize[1] = 1080;
-    return s;
-}
-
 /* One pushed group: its command and the bytes of the structure, compared whole. */
 template <typename T>
-void expect_push(const isp_sim::call &push, uint32_t cmd, const T &expected) {
+void expect_push(const isp_sim::call &push, uint32_t cmd) {
     EXPECT_EQ(push.cmd, cmd);
-    ASSERT_EQ(push.payload.size(), sizeof(T)) << "command " << cmd;
-    EXPECT_EQ(std::memcmp(push.payload.data(), &expected, sizeof(T)), 0) << "command " << cmd;
+    expect_bytes<T>(push.payload.data(), push.payload.size(), "command " + std::to_string(cmd));
 }
 
 TEST(DemReplay, FourModulesShareOneWrapperAndPushTheirGroups) {
@@ -440,57 +430,19 @@ TEST(DemReplay, FourModulesShareOneWrapperAndPushTheirGroups) {
         ASSERT_EQ(ops[m]->init(&handles[m]), 0) << m;
     }
 
-    _isp_dem_user_init_t init           = cleared<_isp_dem_user_init_t>();
-    init.clkgt_enable                   = 65535;
-    const _isp_dem_user_dem_mode_t mode = {1, 3, 1};
-    _isp_dem_user_dem_core_t core       = cleared<_isp_dem_user_dem_core_t>();
-    core.gradf_ratio                    = 12;
-    core.grad_hh_level                  = 6;
-    const uint16_t inv_noise[9]         = {3840, 1920, 1280, 960, 768, 640, 548, 480, 426};
-    std::memcpy(core.inv_noise_lut, inv_noise, sizeof inv_noise);
-    core.ginterp_hf_ratio_x  = 16;
-    core.ginterp_hf_ratio_pn = 24;
-    core.ginterp_hf_ratio_hv = 32;
-    _isp_dem_user_wbc_t wbc;
-    for (unsigned n = 0; n < ISP_DEM_WBC_LUT_SIZE; ++n) {
-        wbc.wbc_gain_lut_r[n] = static_cast<uint8_t>(128 + n);
-        wbc.wbc_gain_lut_g[n] = static_cast<uint8_t>(200 - n);
-        wbc.wbc_gain_lut_b[n] = static_cast<uint8_t>(64 + 2 * n);
-    }
-    _isp_dem_user_fcc_t fcc        = cleared<_isp_dem_user_fcc_t>();
-    fcc.fc_cor1_limit              = 1600;
-    fcc.fc_cor1_gain_safe          = 6;
-    fcc.fc_cor1_gain               = 40;
-    fcc.fc_cor1_th                 = 20;
-    fcc.fc_cor2_inv_base_sat_level = 51;
-    fcc.fc_cor2_ratio_limit[0]     = 384;
-    fcc.fc_cor2_ratio_limit[1]     = 128;
-    const uint16_t sat[9]          = {0, 160, 320, 480, 640, 800, 960, 1120, 1280};
-    std::memcpy(fcc.fc_cor_sat_lut, sat, sizeof sat);
-    _isp_dem_user_gic_t gic   = cleared<_isp_dem_user_gic_t>();
-    const uint8_t strength[9] = {128, 112, 96, 80, 64, 48, 32, 16, 0};
-    const uint16_t ct[18]     = {160,  320,  480,  640,  800,  960,  1120, 1280, 1440,
-                                 1600, 1760, 1920, 2080, 2240, 2400, 2560, 2720, 2880};
-    const uint16_t limit[9]   = {32, 48, 64, 80, 96, 112, 128, 144, 160};
-    std::memcpy(gic.gic_strength_lut, strength, sizeof strength);
-    std::memcpy(gic.gic_ct, ct, sizeof ct);
-    std::memcpy(gic.gic_limit, limit, sizeof limit);
-    const _isp_dem_user_sharpen_t sharpen = {
-        {16, 17, 18, 19, 20, 21, 22, 23, 24, 24, 23, 22, 21, 20, 19, 18, 17, 16}};
-
     ASSERT_EQ(isp_sim::calls_of("vin_hal_wrapper_create").size(), 1u);
     const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
     ASSERT_EQ(pushes.size(), 9u);
     for (const isp_sim::call &push : pushes) EXPECT_EQ(push.handle, pushes[0].handle);
     EXPECT_EQ(pushes[0].cmd, 0u);  // the default parameters, once for the shared wrapper
-    expect_push(pushes[1], 9, init);
-    expect_push(pushes[2], 2, two_partition_setup());
-    expect_push(pushes[3], 4, mode);
-    expect_push(pushes[4], 6, core);
-    expect_push(pushes[5], 3, wbc);
-    expect_push(pushes[6], 8, fcc);
-    expect_push(pushes[7], 5, gic);
-    expect_push(pushes[8], 7, sharpen);
+    expect_push<_isp_dem_user_init_t>(pushes[1], 9);
+    expect_push<_isp_dem_user_setup_t>(pushes[2], 2);
+    expect_push<_isp_dem_user_dem_mode_t>(pushes[3], 4);
+    expect_push<_isp_dem_user_dem_core_t>(pushes[4], 6);
+    expect_push<_isp_dem_user_wbc_t>(pushes[5], 3);
+    expect_push<_isp_dem_user_fcc_t>(pushes[6], 8);
+    expect_push<_isp_dem_user_gic_t>(pushes[7], 5);
+    expect_push<_isp_dem_user_sharpen_t>(pushes[8], 7);
 
     for (int m = 0; m < 4; ++m) {
         EXPECT_EQ(ops[m]->deinit(&handles[m]), 0) << m;

@@ -13,6 +13,7 @@
 
 namespace {
 
+using isp_test::clear;  // in place: a copy need not keep padding bytes
 using isp_test::parse_object;
 using isp_test::split_lines;
 
@@ -60,24 +61,85 @@ std::string thrown_by(Call call) {
     return "(nothing thrown)";
 }
 
-TEST(LscConvert, SetupKeepsEachPartitionsImageSize) {
-    _isp_lsc_user_setup_t setup{};
-    setup.img_size_v[2] = setup.img_size_h[2] = 77;
-    picojson::object p0 = fixture(0), p1 = fixture(1);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_lsc_user_setup(p0, &setup, 0), 0);
-    EXPECT_EQ(rtl_to_drv_lsc_user_setup(p1, &setup, 1), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+/* What the fixtures hold, written out by hand, after partitions 0 and 1. */
+void fill_expected(_isp_lsc_user_setup_t &setup) {
+    clear(setup);
+    setup.offset_in     = 4096;
+    setup.offset_out    = 3264;  // partition 1's; partition 0 has 3200
+    setup.bayer_pattern = 2;
+    setup.img_size_v[0] = 1080;
+    setup.img_size_h[0] = 960;
+    setup.img_size_v[1] = 1080;
+    setup.img_size_h[1] = 944;
+}
 
-    EXPECT_EQ(setup.offset_in, 4096u);
-    EXPECT_EQ(setup.offset_out, 3264u);  // partition 1's value
-    EXPECT_EQ(setup.bayer_pattern, 2u);
-    EXPECT_EQ(setup.img_size_v[0], 1080u);
-    EXPECT_EQ(setup.img_size_h[0], 960u);
-    EXPECT_EQ(setup.img_size_v[1], 1080u);
+void fill_expected(_isp_lsc_user_coord_t &coord) {
+    clear(coord);
+    coord.mesh_length_h          = 68;
+    coord.mesh_length_w          = 60;
+    coord.inv_mesh_length_h      = 61681;
+    coord.inv_mesh_length_w      = 69905;
+    coord.inv_mesh_length_str[0] = {61681, 69905};
+    coord.inv_mesh_length_str[1] = {61681, 83886};
+    coord.locat[1]               = {0, 960};
+    coord.mesh_start[1]          = {0, 16};
+    coord.mesh_end[0]            = {16, 16};
+    coord.mesh_end[1]            = {16, 32};
+}
+
+void fill_expected(_isp_lsc_user_mesh_t &mesh) {
+    for (uint32_t i = 0; i < ISP_LSC_MESH_SIZE; ++i) {
+        mesh.rr_mesh[i] = 4096 + 3 * i;
+        mesh.gr_mesh[i] = 4096 + 2 * i;
+        mesh.gb_mesh[i] = 4097 + 2 * i;
+        mesh.bb_mesh[i] = 4096 + 4 * i;
+    }
+}
+
+/* Compares bytes with the hand-filled expected structure of type T, padding included. */
+template <typename T>
+void expect_bytes(const void *actual, size_t size, const std::string &what) {
+    T expected;
+    fill_expected(expected);
+    ASSERT_EQ(size, sizeof(T)) << what;
+    EXPECT_EQ(std::memcmp(actual, &expected, sizeof(T)), 0) << what;
+}
+
+template <typename T>
+void expect_filled(const T &actual, const std::string &what) {
+    expect_bytes<T>(&actual, sizeof actual, what);
+}
+
+TEST(LscConvert, RegisterFilesFillEveryGroup) {
+    picojson::object files[2] = {fixture(0), fixture(1)};
+    _isp_lsc_user_setup_t setup;
+    _isp_lsc_user_coord_t coord;
+    _isp_lsc_user_mesh_t mesh;
+    clear(setup), clear(coord), clear(mesh);
+    testing::internal::CaptureStderr();
+    for (uint8_t p = 0; p < 2; ++p) {
+        EXPECT_EQ(rtl_to_drv_lsc_user_setup(files[p], &setup, p), 0);
+        EXPECT_EQ(rtl_to_drv_lsc_user_coord(files[p], &coord, p), 0);
+        EXPECT_EQ(rtl_to_drv_lsc_user_mesh(files[p], &mesh, p), 0);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    expect_filled(setup, "setup");
+    expect_filled(coord, "coord");
+    expect_filled(mesh, "mesh");
+}
+
+TEST(LscConvert, OtherPartitionsElementsAreLeftAlone) {
+    picojson::object p1 = fixture(1);
+    _isp_lsc_user_setup_t setup{};
+    _isp_lsc_user_coord_t coord{};
+    setup.img_size_h[0] = coord.locat[0].x = coord.inv_mesh_length_str[2].w = 77;
+    rtl_to_drv_lsc_user_setup(p1, &setup, 1);
+    rtl_to_drv_lsc_user_coord(p1, &coord, 1);
     EXPECT_EQ(setup.img_size_h[1], 944u);
-    EXPECT_EQ(setup.img_size_v[2], 77u);
-    EXPECT_EQ(setup.img_size_h[2], 77u);
+    EXPECT_EQ(setup.img_size_h[0], 77u);
+    EXPECT_EQ(coord.locat[1].x, 960u);
+    EXPECT_EQ(coord.locat[0].x, 77u);
+    EXPECT_EQ(coord.inv_mesh_length_str[2].w, 77u);
 }
 
 TEST(LscConvert, BayerPatternFieldKeyEndsInABlank) {
@@ -97,34 +159,6 @@ TEST(LscConvert, BayerPatternFieldKeyEndsInABlank) {
     rtl_to_drv_lsc_user_setup(root, &setup, 0);
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(setup.bayer_pattern, 3u);
-}
-
-TEST(LscConvert, CoordFillsThePartitionsRecords) {
-    _isp_lsc_user_coord_t coord{};
-    picojson::object p0 = fixture(0), p1 = fixture(1);
-    testing::internal::CaptureStderr();
-    rtl_to_drv_lsc_user_coord(p0, &coord, 0);
-    rtl_to_drv_lsc_user_coord(p1, &coord, 1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-
-    EXPECT_EQ(coord.mesh_length_h, 68u);
-    EXPECT_EQ(coord.mesh_length_w, 60u);
-    EXPECT_EQ(coord.inv_mesh_length_h, 61681u);
-    EXPECT_EQ(coord.inv_mesh_length_w, 69905u);
-    EXPECT_EQ(coord.inv_mesh_length_str[0].h, 61681u);
-    EXPECT_EQ(coord.inv_mesh_length_str[0].w, 69905u);
-    EXPECT_EQ(coord.inv_mesh_length_str[1].h, 61681u);
-    EXPECT_EQ(coord.inv_mesh_length_str[1].w, 83886u);
-    EXPECT_EQ(coord.locat[0].y, 0u);
-    EXPECT_EQ(coord.locat[0].x, 0u);
-    EXPECT_EQ(coord.locat[1].y, 0u);
-    EXPECT_EQ(coord.locat[1].x, 960u);
-    EXPECT_EQ(coord.mesh_start[0].x, 0u);
-    EXPECT_EQ(coord.mesh_start[1].x, 16u);
-    EXPECT_EQ(coord.mesh_end[0].y, 16u);
-    EXPECT_EQ(coord.mesh_end[0].x, 16u);
-    EXPECT_EQ(coord.mesh_end[1].y, 16u);
-    EXPECT_EQ(coord.mesh_end[1].x, 32u);
 }
 
 TEST(LscConvert, MissingTopKeyReportsEveryCoordFieldInOrder) {
@@ -153,20 +187,6 @@ TEST(LscConvert, MissingTopKeyReportsEveryCoordFieldInOrder) {
     EXPECT_EQ(coord.mesh_end[5].y, 0u);
     ASSERT_EQ(root.count("isp_lsc"), 1u);
     EXPECT_TRUE(root["isp_lsc"].is<picojson::null>());
-}
-
-TEST(LscMesh, RegisterFileFillsFourRawTables) {
-    picojson::object root = fixture(0);
-    _isp_lsc_user_mesh_t mesh{};
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_lsc_user_mesh(root, &mesh, 0), 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    for (uint32_t i = 0; i < ISP_LSC_MESH_SIZE; ++i) {
-        ASSERT_EQ(mesh.rr_mesh[i], 4096 + 3 * i) << i;
-        ASSERT_EQ(mesh.gr_mesh[i], 4096 + 2 * i) << i;
-        ASSERT_EQ(mesh.gb_mesh[i], 4097 + 2 * i) << i;
-        ASSERT_EQ(mesh.bb_mesh[i], 4096 + 4 * i) << i;
-    }
 }
 
 TEST(LscMesh, NumbersAreTruncatedAndSaturatedWithoutEncoding) {
@@ -284,10 +304,9 @@ TEST(LscExport, ConvertedFilesExportEachFieldOverItsScale) {
 
 /* One pushed group: its command and the bytes of the structure, compared whole. */
 template <typename T>
-void expect_push(const isp_sim::call &push, uint32_t cmd, const T &expected) {
+void expect_push(const isp_sim::call &push, uint32_t cmd) {
     EXPECT_EQ(push.cmd, cmd);
-    ASSERT_EQ(push.payload.size(), sizeof(T)) << "command " << cmd;
-    EXPECT_EQ(std::memcmp(push.payload.data(), &expected, sizeof(T)), 0) << "command " << cmd;
+    expect_bytes<T>(push.payload.data(), push.payload.size(), "command " + std::to_string(cmd));
 }
 
 TEST(LscReplay, ModulePushesTheGroupsOfBothPartitions) {
@@ -303,40 +322,12 @@ TEST(LscReplay, ModulePushesTheGroupsOfBothPartitions) {
     ASSERT_EQ(ops->create(&handle), 0);
     ASSERT_EQ(ops->init(&handle), 0);
 
-    _isp_lsc_user_setup_t setup;
-    std::memset(&setup, 0, sizeof setup);
-    setup.offset_in     = 4096;
-    setup.offset_out    = 3264;
-    setup.bayer_pattern = 2;
-    setup.img_size_v[0] = 1080;
-    setup.img_size_h[0] = 960;
-    setup.img_size_v[1] = 1080;
-    setup.img_size_h[1] = 944;
-    _isp_lsc_user_coord_t coord;
-    std::memset(&coord, 0, sizeof coord);
-    coord.mesh_length_h          = 68;
-    coord.mesh_length_w          = 60;
-    coord.inv_mesh_length_h      = 61681;
-    coord.inv_mesh_length_w      = 69905;
-    coord.inv_mesh_length_str[0] = {61681, 69905};
-    coord.inv_mesh_length_str[1] = {61681, 83886};
-    coord.locat[1]               = {0, 960};
-    coord.mesh_start[1]          = {0, 16};
-    coord.mesh_end[0]            = {16, 16};
-    coord.mesh_end[1]            = {16, 32};
-    _isp_lsc_user_mesh_t mesh;
-    for (uint32_t i = 0; i < ISP_LSC_MESH_SIZE; ++i) {
-        mesh.rr_mesh[i] = 4096 + 3 * i;
-        mesh.gr_mesh[i] = 4096 + 2 * i;
-        mesh.gb_mesh[i] = 4097 + 2 * i;
-        mesh.bb_mesh[i] = 4096 + 4 * i;
-    }
     const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
     ASSERT_EQ(pushes.size(), 4u);
     EXPECT_EQ(pushes[0].cmd, 0u);  // the default parameters
-    expect_push(pushes[1], 1, setup);
-    expect_push(pushes[2], 2, coord);
-    expect_push(pushes[3], 3, mesh);
+    expect_push<_isp_lsc_user_setup_t>(pushes[1], 1);
+    expect_push<_isp_lsc_user_coord_t>(pushes[2], 2);
+    expect_push<_isp_lsc_user_mesh_t>(pushes[3], 3);
 
     EXPECT_EQ(ops->deinit(&handle), 0);
     EXPECT_EQ(ops->destroy(&handle), 0);

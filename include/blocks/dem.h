@@ -29,8 +29,8 @@ typedef struct _isp_dem_wb_stat_roi_t {
 /* Per-partition members are indexed by the partition; [p][0] and [p][1] are the register's
  * "start0" and "start1". */
 typedef struct _isp_dem_user_setup_t {
-    uint8_t wb_stat_enable; /* "wb_stat_ctrl"."enable", u1.0 */
-    _isp_dem_wb_stat_roi_t wb_stat_roi[ISP_MAX_PARTITIONS];
+    uint8_t wb_stat_enable;                                  /* "wb_stat_ctrl"."enable", u1.0 */
+    _isp_dem_wb_stat_roi_t wb_stat_roi[ISP_MAX_PARTITIONS];  /* per partition */
     uint8_t wb_stat_mesh_block_start[ISP_MAX_PARTITIONS][2]; /* "wb_stat_mesh_block", u3 */
     uint16_t wb_stat_mesh_pos_start[ISP_MAX_PARTITIONS][2];  /* "wb_stat_mesh_pos", u14 */
     uint16_t wb_stat_slice_level;                            /* "wb_stat_slice"."level", u8.4 */
