@@ -1,1 +1,435 @@
+/* The simulated platform as module tests rely on it: exact record copies, handle and address
+ * sequences, injected failures, problem detection, tag accounting and log capture. */
+#include <stddef.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
+
+#include "blocks/wbc.h"
+#include "isp_platform.h"
+#include "isp_sim.h"
+
+namespace {
+
+const uint32_t tag_wbc = 0x17010101;
+const uint32_t tag_cc  = 0x1B010101;
+
+class sim_platform : public testing::Test {
+  protected:
+    void SetUp() override {
+        isp_sim::reset();
+        isp_sim::set_log_echo(false);
+        isp_sim::set_log_level(7);
+    }
+    void TearDown() override {
+        isp_sim::set_log_echo(true);
+        isp_sim::reset();
+    }
+
+    /* A wrapper with a register I/O named "mod_<block>", as a module's init leaves it. */
+    static uint32_t wrapper_for(const char *block, uint8_t channel = 0) {
+        VinHalWrapperAttr attr{};
+        uint32_t handle = 0;
+        EXPECT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
+        VinHalRegioAttr regio{};
+        regio.channel = channel;
+        snprintf(regio.name, sizeof regio.name, "mod_%s", block);
+        EXPECT_EQ(vin_hal_wrapper_regio_create(handle, &regio), 0);
+        return handle;
+    }
+
+    template <typename Record>
+    static std::vector<uint8_t> bytes(const Record &record) {
+        const uint8_t *first = reinterpret_cast<const uint8_t *>(&record);
+        return std::vector<uint8_t>(first, first + sizeof record);
+    }
+
+    template <typename Record>
+    static void fill_pattern(Record &record, uint8_t seed) {
+        uint8_t *first = reinterpret_cast<uint8_t *>(&record);
+        for (size_t i = 0; i < sizeof record; ++i) first[i] = static_cast<uint8_t>(seed + i * 7);
+    }
+
+    static std::vector<std::string> problems() { return isp_sim::problems(); }
+};
+
+TEST_F(sim_platform, creation_and_register_io_records_are_copied_byte_for_byte) {
+    const IspPipeAttr grid{2, 3};
+    VinHalWrapperAttr attr;
+    fill_pattern(attr, 1);
+    attr.type          = 17;
+    attr.register_func = isp_plat_hal_register_func;
+    attr.pipe_attr     = &grid;
+    uint32_t handle    = 0;
+    ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
+
+    VinHalRegioAttr regio;
+    fill_pattern(regio, 9);  // reserved bytes too: the copy must not be member by member
+    memcpy(regio.name, "mod_wbc\0garbage", 15);
+    regio.channel                   = 4;
+    const std::vector<uint8_t> sent = bytes(regio);
+    ASSERT_EQ(vin_hal_wrapper_regio_create(handle, &regio), 0);
+    fill_pattern(regio, 0);  // the copy was taken during the call
+
+    const std::vector<isp_sim::call> &calls = isp_sim::calls();
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_EQ(calls[0].function, "vin_hal_wrapper_create");
+    EXPECT_EQ(calls[0].handle, 0x100u);
+    EXPECT_EQ(calls[0].record, bytes(attr));
+    EXPECT_EQ(calls[1].function, "vin_hal_wrapper_regio_create");
+    EXPECT_EQ(calls[1].handle, 0x100u);
+    EXPECT_EQ(calls[1].record, sent);
+
+    const isp_sim::wrapper_state state = isp_sim::wrapper(handle);
+    EXPECT_TRUE(state.exists);
+    EXPECT_TRUE(state.regio);
+    EXPECT_EQ(state.type, 17u);
+    EXPECT_EQ(state.block, "wbc");
+    EXPECT_EQ(state.channel, 4u);
+}
+
+TEST_F(sim_platform, handles_start_at_0x100_and_count_up_again_after_reset) {
+    const VinHalWrapperAttr attr{};
+    uint32_t handles[3] = {};
+    for (uint32_t &handle : handles) ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
+    EXPECT_EQ(handles[0], 0x100u);
+    EXPECT_EQ(handles[1], 0x101u);
+    EXPECT_EQ(handles[2], 0x102u);
+    /* A destroyed handle is never issued again. */
+    ASSERT_EQ(vin_hal_wrapper_destroy(handles[2]), 0);
+    uint32_t next = 0;
+    ASSERT_EQ(vin_hal_wrapper_create(&next, &attr), 0);
+    EXPECT_EQ(next, 0x103u);
+    EXPECT_EQ(isp_sim::live_wrappers(), 3u);
+
+    isp_sim::reset();
+    ASSERT_EQ(vin_hal_wrapper_create(&next, &attr), 0);
+    EXPECT_EQ(next, 0x100u);
+    EXPECT_EQ(isp_sim::live_wrappers(), 1u);
+}
+
+TEST_F(sim_platform, setup_copies_the_pushed_structure_with_the_size_of_its_command) {
+    const uint32_t handle = wrapper_for("wbc");
+    _isp_wbc_user_ctrl_t ctrl;
+    fill_pattern(ctrl, 3);
+    const std::vector<uint8_t> pushed = bytes(ctrl);
+    const VinHalSetupCmd known{1, &ctrl}, unknown{99, &ctrl}, no_data{1, nullptr};
+    EXPECT_EQ(vin_hal_wrapper_setup(handle, &known), 0);
+    EXPECT_EQ(vin_hal_wrapper_setup(handle, &unknown), 0);
+    EXPECT_EQ(vin_hal_wrapper_setup(handle, &no_data), 0);
+
+    const std::vector<isp_sim::call> setups = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(setups.size(), 3u);
+    EXPECT_EQ(setups[0].handle, handle);
+    EXPECT_EQ(setups[0].cmd, 1u);
+    EXPECT_TRUE(setups[0].has_data);
+    EXPECT_EQ(setups[0].payload, pushed);
+    EXPECT_EQ(setups[1].cmd, 99u);
+    EXPECT_TRUE(setups[1].has_data);
+    EXPECT_TRUE(setups[1].payload.empty());
+    EXPECT_FALSE(setups[2].has_data);
+    EXPECT_TRUE(setups[2].payload.empty());
+    EXPECT_TRUE(problems().empty());
+}
+
+TEST_F(sim_platform, the_setup_hook_runs_before_the_copy_is_taken) {
+    const uint32_t handle = wrapper_for("wbc");
+    _isp_wbc_user_ctrl_t ctrl{};
+    std::vector<uint32_t> seen;
+    isp_sim::on_setup([&](uint32_t h, const VinHalSetupCmd *cmd) {
+        seen.push_back(h);
+        static_cast<uint8_t *>(cmd->data)[0] = 0x5A;
+    });
+    const VinHalSetupCmd cmd{1, &ctrl};
+    ASSERT_EQ(vin_hal_wrapper_setup(handle, &cmd), 0);
+    EXPECT_EQ(seen, std::vector<uint32_t>{handle});
+    EXPECT_EQ(isp_sim::calls().back().payload.at(0), 0x5Au);
+}
+
+TEST_F(sim_platform, an_injected_failure_hits_exactly_the_nth_following_call) {
+    const uint32_t handle = wrapper_for("wbc");
+    const VinHalSetupCmd cmd{99, nullptr};
+    ASSERT_EQ(vin_hal_wrapper_setup(handle, &cmd), 0);  // calls before fail_call do not count
+    isp_sim::fail_call("vin_hal_wrapper_setup", 3, 0x1234);
+    isp_sim::fail_call("vin_hal_wrapper_setup", 1);
+    const int32_t expected[] = {-1, 0, 0x1234, 0, 0};
+    for (int32_t result : expected) EXPECT_EQ(vin_hal_wrapper_setup(handle, &cmd), result);
+    /* Other functions are not affected, and failing calls are recorded with their result. */
+    EXPECT_EQ(vin_hal_wrapper_trigger(handle, 0, 0, 0), 0);
+    const std::vector<isp_sim::call> setups = isp_sim::calls_of("vin_hal_wrapper_setup");
+    ASSERT_EQ(setups.size(), 6u);
+    EXPECT_EQ(setups[1].result, -1);
+    EXPECT_EQ(setups[3].result, 0x1234);
+    EXPECT_EQ(setups[5].result, 0);
+    EXPECT_TRUE(problems().empty());
+}
+
+TEST_F(sim_platform, failing_creation_or_allocation_hands_nothing_out) {
+    isp_sim::fail_call("vin_hal_wrapper_create", 1, 7);
+    isp_sim::fail_call("QV_OS_MEM_Calloc", 1);
+    isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, -3);
+
+    const VinHalWrapperAttr attr{};
+    uint32_t handle = 0;
+    EXPECT_EQ(vin_hal_wrapper_create(&handle, &attr), 7);
+    EXPECT_EQ(handle, 0u);
+    EXPECT_EQ(isp_sim::live_wrappers(), 0u);
+    ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
+    EXPECT_EQ(handle, 0x100u);  // the failed call used no handle
+
+    EXPECT_EQ(QV_OS_MEM_Calloc(tag_wbc, 1, 12), nullptr);
+    EXPECT_TRUE(isp_sim::live_allocations().empty());
+
+    uint64_t phys = 0;
+    void *virt    = nullptr;
+    EXPECT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 256, 128, "ae_stat"), -3);
+    EXPECT_EQ(phys, 0u);
+    EXPECT_EQ(virt, nullptr);
+    ASSERT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 256, 128, "ae_stat"), 0);
+    EXPECT_EQ(phys, 0x10000000u);  // the failed call used no address
+    EXPECT_EQ(QV_SYS_MemFree(phys, virt), 0);
+
+    EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Calloc").at(0).result, -1);
+    EXPECT_EQ(isp_sim::calls_of("qv_hal_sys_mem_alloc_cached").at(0).result, -3);
+}
+
+TEST_F(sim_platform, dma_buffers_get_page_aligned_bus_addresses_and_real_zeroed_memory) {
+    struct request {
+        uint32_t size, align;
+        uint64_t phys;
+    };
+    const request requests[] = {
+        {100, 128, 0x10000000},
+        {0x1001, 128, 0x10001000},
+        {1, 64, 0x10003000},
+        {16, 0x8000, 0x10008000},  // the bus address honours an alignment above a page
+    };
+    std::vector<void *> buffers;
+    for (const request &r : requests) {
+        uint64_t phys = 0;
+        void *virt    = nullptr;
+        ASSERT_EQ(qv_hal_sys_mem_alloc_cached(1, &phys, &virt, r.size, r.align, "awb_stat"), 0);
+        EXPECT_EQ(phys, r.phys);
+        ASSERT_NE(virt, nullptr);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(virt) % r.align, 0u);
+        const std::vector<uint8_t> zeros(r.size, 0);
+        EXPECT_EQ(memcmp(virt, zeros.data(), r.size), 0);
+        memset(virt, 0xEE, r.size);  // modules write to the buffer
+        buffers.push_back(virt);
+    }
+    const isp_sim::call alloc = isp_sim::calls_of("qv_hal_sys_mem_alloc_cached").at(1);
+    EXPECT_EQ(alloc.pipe_id, 1u);
+    EXPECT_EQ(alloc.size, 0x1001u);
+    EXPECT_EQ(alloc.align, 128u);
+    EXPECT_EQ(alloc.name, "awb_stat");
+    EXPECT_EQ(alloc.phys, 0x10001000u);
+    EXPECT_EQ(isp_sim::live_dma_buffers(), 4u);
+
+    EXPECT_EQ(QV_SYS_MemFree(0x10001000, buffers[1]), 0);
+    EXPECT_EQ(isp_sim::live_dma_buffers(), 3u);
+    EXPECT_EQ(isp_sim::calls().back().phys, 0x10001000u);
+    EXPECT_TRUE(problems().empty());
+
+    isp_sim::reset();
+    uint64_t phys = 0;
+    void *virt    = nullptr;
+    ASSERT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 8, 8, "again"), 0);
+    EXPECT_EQ(phys, 0x10000000u);
+    /* Buffers handed out before the reset can still be given back without complaint. */
+    EXPECT_EQ(QV_SYS_MemFree(0x10000000, buffers[0]), 0);
+    EXPECT_EQ(QV_SYS_MemFree(0x10008000, buffers[3]), 0);
+    EXPECT_EQ(QV_SYS_MemFree(0x10003000, buffers[2]), 0);
+    EXPECT_EQ(isp_sim::live_dma_buffers(), 1u);
+    EXPECT_EQ(QV_SYS_MemFree(phys, virt), 0);
+    EXPECT_TRUE(problems().empty());
+}
+
+TEST_F(sim_platform, dma_double_and_unknown_frees_are_problems) {
+    uint64_t phys = 0;
+    void *virt    = nullptr;
+    ASSERT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 64, 128, "ae_stat"), 0);
+    EXPECT_EQ(QV_SYS_MemFree(phys, virt), 0);
+    EXPECT_EQ(QV_SYS_MemFree(phys, virt), -1);
+    EXPECT_EQ(QV_SYS_MemFree(0x20000000, nullptr), -1);
+    EXPECT_EQ(problems(), (std::vector<std::string>{
+                              "QV_SYS_MemFree: buffer at 0x10000000 freed twice",
+                              "QV_SYS_MemFree: unknown buffer at 0x20000000",
+                          }));
+}
+
+TEST_F(sim_platform, tagged_allocations_are_counted_per_tag_and_zeroed) {
+    auto *a = static_cast<uint32_t *>(QV_OS_MEM_Calloc(tag_wbc, 1, 12));
+    void *b = QV_OS_MEM_Calloc(tag_wbc, 4, 8);
+    void *c = QV_OS_MEM_Calloc(tag_cc, 1, 40);
+    ASSERT_TRUE(a && b && c);
+    EXPECT_EQ(a[0] | a[1] | a[2], 0u);
+    EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>{{tag_wbc, 2}, {tag_cc, 1}}));
+    EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Calloc").at(1).size, 32u);
+    EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Calloc").at(2).tag, tag_cc);
+
+    QV_OS_MEM_Free(tag_wbc, a);
+    QV_OS_MEM_Free(tag_wbc, b);
+    EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>{{tag_cc, 1}}));
+    EXPECT_TRUE(problems().empty());
+    QV_OS_MEM_Free(tag_cc, nullptr);  // nothing to free, nothing wrong
+    EXPECT_TRUE(problems().empty());
+    QV_OS_MEM_Free(tag_cc, c);
+    EXPECT_TRUE(isp_sim::live_allocations().empty());
+    EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Free").size(), 4u);
+}
+
+TEST_F(sim_platform, a_free_under_another_tag_is_a_problem_but_still_frees_the_block) {
+    void *ctx  = QV_OS_MEM_Calloc(tag_wbc, 1, 12);
+    void *keep = QV_OS_MEM_Calloc(tag_cc, 1, 12);
+    QV_OS_MEM_Free(tag_cc, ctx);
+    EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>{{tag_cc, 1}}));
+    EXPECT_EQ(problems(), std::vector<std::string>{"QV_OS_MEM_Free: block allocated under tag "
+                                                   "0x17010101 freed under tag 0x1b010101"});
+    QV_OS_MEM_Free(tag_cc, keep);
+}
+
+TEST_F(sim_platform, frees_of_unknown_or_freed_pointers_are_problems_and_harmless) {
+    void *ctx = QV_OS_MEM_Calloc(tag_wbc, 1, 12);
+    QV_OS_MEM_Free(tag_wbc, ctx);
+    QV_OS_MEM_Free(tag_wbc, ctx);
+    int on_stack = 0;
+    QV_OS_MEM_Free(tag_wbc, &on_stack);
+    ASSERT_EQ(problems().size(), 2u);
+    EXPECT_EQ(problems()[0].rfind("QV_OS_MEM_Free: unknown or already freed pointer 0x", 0), 0u);
+    EXPECT_NE(problems()[1].find(" under tag 0x17010101"), std::string::npos);
+}
+
+TEST_F(sim_platform, memory_from_before_a_reset_is_forgotten_but_can_be_freed) {
+    void *ctx = QV_OS_MEM_Calloc(tag_wbc, 1, 12);
+    isp_sim::reset();
+    EXPECT_TRUE(isp_sim::live_allocations().empty());
+    QV_OS_MEM_Free(tag_wbc, ctx);
+    EXPECT_TRUE(problems().empty());
+}
+
+TEST_F(sim_platform, wrapper_discipline_violations_are_problems) {
+    const uint32_t first = wrapper_for("clc");
+    const VinHalWrapperAttr attr{};
+    uint32_t bare = 0;
+    ASSERT_EQ(vin_hal_wrapper_create(&bare, &attr), 0);
+    const VinHalSetupCmd cmd{1, nullptr};
+    VinHalRegioAttr regio{};
+
+    EXPECT_EQ(vin_hal_wrapper_setup(bare, &cmd), -1);
+    EXPECT_EQ(vin_hal_wrapper_trigger(bare, 0, 0, 0), -1);
+    EXPECT_EQ(vin_hal_wrapper_regio_destroy(bare), -1);
+    EXPECT_EQ(vin_hal_wrapper_regio_destroy(first), 0);
+    EXPECT_EQ(vin_hal_wrapper_destroy(first), 0);
+    EXPECT_EQ(vin_hal_wrapper_destroy(first), -1);
+    EXPECT_EQ(vin_hal_wrapper_setup(first, &cmd), -1);
+    EXPECT_EQ(vin_hal_wrapper_regio_create(first, &regio), -1);
+    EXPECT_EQ(vin_hal_wrapper_trigger(0x999, 0, 0, 0), -1);
+    EXPECT_EQ(vin_hal_wrapper_destroy(0), -1);
+    EXPECT_EQ(problems(), (std::vector<std::string>{
+                              "vin_hal_wrapper_setup: handle 0x101 has no register I/O",
+                              "vin_hal_wrapper_trigger: handle 0x101 has no register I/O",
+                              "vin_hal_wrapper_regio_destroy: handle 0x101 has no register I/O",
+                              "vin_hal_wrapper_destroy: handle 0x100 destroyed twice",
+                              "vin_hal_wrapper_setup: handle 0x100 used after destroy",
+                              "vin_hal_wrapper_regio_create: handle 0x100 used after destroy",
+                              "vin_hal_wrapper_trigger: unknown handle 0x999",
+                              "vin_hal_wrapper_destroy: unknown handle 0x0",
+                          }));
+    const isp_sim::wrapper_state gone = isp_sim::wrapper(first);
+    EXPECT_FALSE(gone.exists);
+    EXPECT_FALSE(gone.regio);
+    EXPECT_EQ(gone.block, "clc");
+    EXPECT_FALSE(isp_sim::wrapper(0x999).exists);
+}
+
+TEST_F(sim_platform, trigger_records_its_arguments) {
+    const uint32_t handle = wrapper_for("blc", 2);
+    EXPECT_EQ(vin_hal_wrapper_trigger(handle, 1, 0xCAFE, 2), 0);
+    const isp_sim::call trigger = isp_sim::calls().back();
+    EXPECT_EQ(trigger.function, "vin_hal_wrapper_trigger");
+    EXPECT_EQ(trigger.handle, handle);
+    EXPECT_EQ(trigger.mode, 1u);
+    EXPECT_EQ(trigger.arg, 0xCAFEu);
+    EXPECT_EQ(trigger.channel, 2u);
+}
+
+TEST_F(sim_platform, calls_are_recorded_in_order_across_functions) {
+    void *ctx             = QV_OS_MEM_Calloc(tag_wbc, 1, 12);
+    const uint32_t handle = wrapper_for("wbc");
+    vin_hal_wrapper_trigger(handle, 0, 0, 0);
+    vin_hal_wrapper_regio_destroy(handle);
+    vin_hal_wrapper_destroy(handle);
+    QV_OS_MEM_Free(tag_wbc, ctx);
+    std::vector<std::string> order;
+    for (const isp_sim::call &c : isp_sim::calls()) order.push_back(c.function);
+    EXPECT_EQ(order,
+              (std::vector<std::string>{"QV_OS_MEM_Calloc", "vin_hal_wrapper_create",
+                                        "vin_hal_wrapper_regio_create", "vin_hal_wrapper_trigger",
+                                        "vin_hal_wrapper_regio_destroy", "vin_hal_wrapper_destroy",
+                                        "QV_OS_MEM_Free"}));
+    EXPECT_EQ(isp_plat_hal_register_func(), 0);
+    EXPECT_EQ(qv_regio_regdesc_get_plat(), 0);
+    EXPECT_EQ(isp_sim::calls().size(), order.size());  // the two callbacks are not recorded
+}
+
+TEST_F(sim_platform, log_lines_are_formatted_and_recorded_in_full) {
+    EXPECT_EQ(
+        QV_SYS_LogPrint(3, "ISP", 1, "[E][%32s][%4d]: Error [%x]: %s\n", "isp_cc_json_mod_init",
+                        123, 0x80011980u, "Isp clc hal create failed."),
+        0);
+    const std::string long_text(3000, 'x');
+    QV_SYS_LogPrint(7, "ISP", 1, "[D][%32s][%4d]: %s\n", "f", 400, long_text.c_str());
+
+    const std::vector<isp_sim::log_line> &lines = isp_sim::log_lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].level, 3);
+    EXPECT_EQ(lines[0].tag, "ISP");
+    EXPECT_EQ(lines[0].flag, 1);
+    EXPECT_EQ(lines[0].text,
+              "[E][            isp_cc_json_mod_init][ 123]: Error [80011980]: Isp clc hal create "
+              "failed.\n");
+    EXPECT_EQ(lines[1].text, "[D][" + std::string(31, ' ') + "f][ 400]: " + long_text + "\n");
+    EXPECT_TRUE(isp_sim::calls().empty());
+}
+
+TEST_F(sim_platform, log_echo_follows_the_switch_and_the_level_threshold) {
+    testing::internal::CaptureStderr();
+    QV_SYS_LogPrint(3, "ISP", 1, "off %d\n", 1);
+    isp_sim::set_log_echo(true);
+    QV_SYS_LogPrint(3, "ISP", 1, "on %d\n", 2);
+    isp_sim::set_log_level(4);
+    QV_SYS_LogPrint(7, "ISP", 1, "debug %d\n", 3);
+    QV_SYS_LogPrint(4, "ISP", 1, "warning %d\n", 4);
+    isp_sim::set_log_echo(false);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "on 2\nwarning 4\n");
+    EXPECT_EQ(isp_sim::log_lines().size(), 4u);
+}
+
+TEST_F(sim_platform, reset_forgets_records_failures_and_hooks) {
+    const uint32_t handle = wrapper_for("wbc");
+    QV_SYS_LogPrint(3, "ISP", 1, "x\n");
+    vin_hal_wrapper_destroy(handle);
+    vin_hal_wrapper_destroy(handle);
+    isp_sim::fail_call("vin_hal_wrapper_create", 1);
+    int hook_calls = 0;
+    isp_sim::on_setup([&](uint32_t, const VinHalSetupCmd *) { ++hook_calls; });
+    ASSERT_FALSE(problems().empty());
+
+    isp_sim::reset();
+    EXPECT_TRUE(isp_sim::calls().empty());
+    EXPECT_TRUE(isp_sim::log_lines().empty());
+    EXPECT_TRUE(problems().empty());
+    EXPECT_FALSE(isp_sim::wrapper(handle).exists);
+    const uint32_t again = wrapper_for("wbc");  // the injected failure is gone
+    EXPECT_EQ(again, 0x100u);
+    const VinHalSetupCmd cmd{99, nullptr};
+    EXPECT_EQ(vin_hal_wrapper_setup(again, &cmd), 0);
+    EXPECT_EQ(hook_calls, 0);
+}
+
+}  // namespace

@@ -1,1 +1,137 @@
-/* placeholder */
+/* What the simulated platform remembers: the calls in order, the log lines, the problems it
+ * found, the failures it was asked to inject; and the log sink itself. */
+#include <stdarg.h>
+#include <stdio.h>
+
+#include <utility>
+
+#include "sim_state.h"
+
+namespace isp_sim {
+namespace internal {
+
+namespace {
+
+bool log_echo         = true;
+int32_t log_max_level = 7;
+
+/* One formatting pass into a stack buffer, a second one only for lines that do not fit. */
+std::string format_line(const char *format, va_list args) {
+    char small[512];
+    va_list again;
+    va_copy(again, args);
+    const int length = vsnprintf(small, sizeof small, format, args);
+    std::string text;
+    if (length < 0) {
+        text = "";
+    } else if (static_cast<size_t>(length) < sizeof small) {
+        text.assign(small, static_cast<size_t>(length));
+    } else {
+        text.resize(static_cast<size_t>(length) + 1);
+        vsnprintf(&text[0], text.size(), format, again);
+        text.resize(static_cast<size_t>(length));
+    }
+    va_end(again);
+    return text;
+}
+
+}  // namespace
+
+state &sim() {
+    static state instance;
+    return instance;
+}
+
+call &record(const char *function) {
+    std::vector<call> &calls = sim().calls;
+    calls.emplace_back();
+    calls.back().function = function;
+    return calls.back();
+}
+
+bool failing_now(const char *function, call &record) {
+    state &s             = sim();
+    const unsigned count = ++s.call_counts[function];
+    auto range           = s.failures.equal_range(function);
+    for (auto it = range.first; it != range.second; ++it) {
+        if (it->second.at_call != count) continue;
+        record.result = it->second.result;
+        s.failures.erase(it);
+        return true;
+    }
+    return false;
+}
+
+void problem(const std::string &text) {
+    sim().problems.push_back(text);
+}
+
+std::string hex(uint64_t value) {
+    char text[24];
+    snprintf(text, sizeof text, "0x%llx", static_cast<unsigned long long>(value));
+    return text;
+}
+
+}  // namespace internal
+
+using internal::sim;
+
+/* Echo settings are the caller's choice of output and survive a reset. */
+ISP_SIM_API void reset() {
+    internal::forget_memory();
+    sim() = internal::state();
+}
+
+ISP_SIM_API const std::vector<call> &calls() {
+    return sim().calls;
+}
+
+ISP_SIM_API std::vector<call> calls_of(const std::string &function) {
+    std::vector<call> selected;
+    for (const call &c : sim().calls)
+        if (c.function == function) selected.push_back(c);
+    return selected;
+}
+
+ISP_SIM_API const std::vector<log_line> &log_lines() {
+    return sim().log;
+}
+ISP_SIM_API void set_log_echo(bool echo) {
+    internal::log_echo = echo;
+}
+ISP_SIM_API void set_log_level(int32_t max_level) {
+    internal::log_max_level = max_level;
+}
+
+ISP_SIM_API void fail_call(const std::string &function, unsigned nth, int32_t result) {
+    internal::state &s = sim();
+    s.failures.emplace(function, internal::injected_failure{s.call_counts[function] + nth, result});
+}
+
+ISP_SIM_API void on_setup(std::function<void(uint32_t, const VinHalSetupCmd *)> hook) {
+    sim().setup_hook = std::move(hook);
+}
+
+ISP_SIM_API const std::vector<std::string> &problems() {
+    return sim().problems;
+}
+
+}  // namespace isp_sim
+
+ISP_SIM_EXPORT int32_t QV_SYS_LogPrint(int32_t level, const char *tag, int32_t flag,
+                                       const char *format, ...) {
+    va_list args;
+    va_start(args, format);
+    isp_sim::log_line line;
+    line.level = level;
+    line.tag   = tag ? tag : "";
+    line.flag  = flag;
+    line.text  = format ? isp_sim::internal::format_line(format, args) : "";
+    va_end(args);
+    if (isp_sim::internal::log_echo && level <= isp_sim::internal::log_max_level) {
+        fwrite(line.text.data(), 1, line.text.size(), stderr);
+        fflush(stderr);
+    }
+    isp_sim::sim().log.push_back(std::move(line));
+    return 0;
+}
