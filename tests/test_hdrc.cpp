@@ -31,17 +31,11 @@ picojson::array &curve_of(picojson::object &root) {
     return root["isp_hdrc"].get<picojson::object>()["hdrc_lut"].get<picojson::array>();
 }
 
-/* The text picojson raises when a checked access finds another type. */
-std::string type_error(const char *type) {
-    return std::string("\"type mismatch! call is<type>() before get<type>()\" && is<") + type +
-           ">()";
-}
-
+/* Structures are compared byte for byte, padding included, so each starts from zeros in place:
+ * a small one returned by value can come back through registers and lose its padding. */
 template <typename T>
-T zeroed() {
-    T value;
-    std::memset(&value, 0, sizeof value);
-    return value;
+void clear(T *value) {
+    std::memset(value, 0, sizeof *value);
 }
 
 template <typename T>
@@ -50,36 +44,66 @@ std::vector<uint8_t> bytes_of(const T &value) {
     return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
-TEST(hdrc_convert, setup_reads_every_scalar_register) {
-    picojson::object root = fixture();
+/* The bytes of the fixture's scalar groups as the converters must fill them. */
+std::vector<uint8_t> expected_setup_bytes() {
     _isp_hdrc_user_setup_t setup;
-    std::memset(&setup, 0xAB, sizeof setup);
-    CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_hdrc_user_setup(root, &setup, 0), 0);
-    EXPECT_EQ(GetCapturedStderr(), "");
-    EXPECT_EQ(setup.dither_seed_enable, 1);
-    EXPECT_EQ(setup.dither_enable, 1);
-    EXPECT_EQ(setup.affine_k, 640);
-    EXPECT_EQ(setup.clip_level, 65472);
-    EXPECT_EQ(setup.offset_in[0], 4096u);
-    EXPECT_EQ(setup.offset_in[1], 4160u);
-    EXPECT_EQ(setup.offset_in[2], 4224u);
-    EXPECT_EQ(setup.offset_in[3], 4288u);
-    EXPECT_EQ(setup.offset_out, 1024);
-    EXPECT_EQ(setup.dither_seed[0], 4951);
-    EXPECT_EQ(setup.dither_seed[1], 9320);
-    EXPECT_EQ(setup.dither_pmask_16bit, 46080);
-    EXPECT_EQ(setup.dither_pmask_15bit, 24576);
-    EXPECT_EQ(setup.lut_max, 65535);
+    clear(&setup);
+    setup.dither_seed_enable = 1;
+    setup.dither_enable      = 1;
+    setup.affine_k           = 640;
+    setup.clip_level         = 65472;
+    setup.offset_in[0]       = 262144;  // beyond 16 bits
+    setup.offset_in[1]       = 266240;
+    setup.offset_in[2]       = 270336;
+    setup.offset_in[3]       = 274432;
+    setup.offset_out         = 1024;
+    setup.dither_seed[0]     = 4951;
+    setup.dither_seed[1]     = 9320;
+    setup.dither_pmask_16bit = 46080;
+    setup.dither_pmask_15bit = 24576;
+    setup.lut_max            = 65535;
+    return bytes_of(setup);
 }
 
-TEST(hdrc_convert, global_control_reads_clock_and_bayer_pattern) {
-    picojson::object root = fixture();
+std::vector<uint8_t> expected_glb_ctrl_bytes() {
     _isp_hdrc_user_glb_ctrl_t glb;
-    std::memset(&glb, 0xAB, sizeof glb);
+    clear(&glb);
+    glb.manual_clk_en = 1;
+    glb.bayer_pat     = 2;
+    return bytes_of(glb);
+}
+
+/* Words of the fixture's curve: 65535 * log2(1 + 15 i / 256) / 4, two entries per word. */
+void expect_fixture_curve(const _isp_hdrc_user_hdrc_lut_t &lut) {
+    EXPECT_EQ(lut.hdrc_lut[0], 88211456u);      // 0 | 1346 << 16
+    EXPECT_EQ(lut.hdrc_lut[1], 250874427u);     // 2619 | 3828 << 16
+    EXPECT_EQ(lut.hdrc_lut[63], 3304440912u);   // 50256 | 50421 << 16
+    EXPECT_EQ(lut.hdrc_lut[127], 4289265489u);  // 65361 | 65448 << 16
+    EXPECT_EQ(lut.hdrc_lut[128], 65535u);       // entry 256 alone
+}
+
+/* The text picojson raises when a checked access finds another type. */
+std::string type_error(const char *type) {
+    return std::string("\"type mismatch! call is<type>() before get<type>()\" && is<") + type +
+           ">()";
+}
+
+TEST(hdrc_convert, register_file_fills_every_group) {
+    picojson::object root = fixture();
+    _isp_hdrc_user_setup_t setup;
+    clear(&setup);
+    _isp_hdrc_user_glb_ctrl_t glb;
+    clear(&glb);
+    _isp_hdrc_user_hdrc_lut_t lut;
+    clear(&lut);
+    CaptureStderr();
+    EXPECT_EQ(rtl_to_drv_hdrc_user_setup(root, &setup, 0), 0);
+    EXPECT_EQ(rtl_to_drv_hdrc_user_hdrc_lut(root, &lut, 0), 0);
     EXPECT_EQ(rtl_to_drv_hdrc_glb_ctl(root, &glb, 0), 0);
-    EXPECT_EQ(glb.manual_clk_en, 1);
-    EXPECT_EQ(glb.bayer_pat, 2);
+    EXPECT_EQ(GetCapturedStderr(), "");
+    EXPECT_EQ(bytes_of(setup), expected_setup_bytes());
+    EXPECT_EQ(bytes_of(glb), expected_glb_ctrl_bytes());
+    expect_fixture_curve(lut);
 }
 
 TEST(hdrc_convert, missing_block_reports_scalars_in_conversion_order) {
@@ -108,20 +132,6 @@ TEST(hdrc_convert, missing_block_reports_scalars_in_conversion_order) {
     EXPECT_EQ(setup.lut_max, 0);
     EXPECT_EQ(glb.bayer_pat, 0);
     EXPECT_TRUE(root["isp_hdrc"].is<picojson::null>());
-}
-
-TEST(hdrc_curve, packs_two_entries_per_word_and_the_last_alone) {
-    picojson::object root = fixture();
-    _isp_hdrc_user_hdrc_lut_t lut;
-    std::memset(&lut, 0xAB, sizeof lut);
-    CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_hdrc_user_hdrc_lut(root, &lut, 0), 0);
-    EXPECT_EQ(GetCapturedStderr(), "");
-    EXPECT_EQ(lut.hdrc_lut[0], 88211456u);      // 0 | 1346 << 16
-    EXPECT_EQ(lut.hdrc_lut[1], 250874427u);     // 2619 | 3828 << 16
-    EXPECT_EQ(lut.hdrc_lut[63], 3304440912u);   // 50256 | 50421 << 16
-    EXPECT_EQ(lut.hdrc_lut[127], 4289265489u);  // 65361 | 65448 << 16
-    EXPECT_EQ(lut.hdrc_lut[128], 65535u);
 }
 
 TEST(hdrc_curve, entries_are_raw_saturated_and_not_masked) {
@@ -188,43 +198,13 @@ TEST(hdrc_export, setup_writes_no_lut_max_and_a_zero_curve) {
     EXPECT_EQ(picojson::value(out).serialize(),
               R"({"affine_k":1.25,"clip_level":1023,"dither_enable":1,"dither_pmask_15bit":24576,)"
               R"("dither_pmask_16bit":46080,"dither_seed":[4951,9320],"dither_seed_enable":1,)"
-              R"("lut_max":7,"offset_in":[64,65,66,67],"offset_out":16})");
-}
-
-TEST(hdrc_export, input_offsets_keep_all_20_bits) {
-    picojson::object root = parse_object(R"({"isp_hdrc": {"offset_in2": {"val": 1048575}}})");
-    _isp_hdrc_user_setup_t setup{};
-    CaptureStderr();
-    rtl_to_drv_hdrc_user_setup(root, &setup, 0);
-    GetCapturedStderr();
-    EXPECT_EQ(setup.offset_in[2], 0xFFFFFu);
-    picojson::object out;
-    drv_to_cmodel_hdrc_user_setup(&setup, out, 0);
-    EXPECT_EQ(out["offset_in"].serialize(), "[0,0,16383.984375,0]");
-}
-
-/* A curve of `count` entries, zero but for the few given, as register-file text. */
-std::string curve_text(size_t count, const std::vector<std::pair<size_t, uint32_t>> &entries) {
-    std::vector<uint32_t> values(count, 0);
-    for (const auto &entry : entries) values[entry.first] = entry.second;
-    std::string text = "[";
-    for (size_t i = 0; i < count; ++i) text += (i ? "," : "") + std::to_string(values[i]);
-    return text + "]";
+              R"("lut_max":7,"offset_in":[4096,4160,4224,4288],"offset_out":16})");
 }
 
 TEST(hdrc_module, replays_setup_curve_and_global_control_in_command_order) {
     isp_test::temp_dir dir;
     dir.write("cfgs/f0/rtl_hdrc_p0.json",
-              R"({"isp_hdrc": {"glb_ctrl": {"manual_clk_en": 1, "bayer_pat": 3},
-                  "hdrc_ctrl": {"dither_seed_en": 0, "dither_en": 1},
-                  "glb_val": {"affine_k": 512, "clip_level": 65472},
-                  "offset_in0": {"val": 1}, "offset_in1": {"val": 2}, "offset_in2": {"val": 3},
-                  "offset_in3": {"val": 1048575}, "offset_out": {"val": 64},
-                  "dither_seed": {"val0": 10, "val1": 11},
-                  "dither_pmask": {"val_16bit": 12, "val_15bit": 13}, "lut_max": {"val": 14},
-                  "hdrc_lut": )" +
-                  curve_text(HDRC_LUT_ENTRIES, {{0, 1}, {1, 2}, {200, 0x1FFFF}, {256, 65535}}) +
-                  "}}");
+              isp_test::read_file(ISP_TEST_DATA_DIR "/hdrc/rtl_hdrc_p0.json"));
     isp_sim::reset();
     isp_sim::set_log_echo(false);
     isp_test::pipe p(1, 1, dir.path());
@@ -234,37 +214,18 @@ TEST(hdrc_module, replays_setup_curve_and_global_control_in_command_order) {
     ASSERT_EQ(ops->create(&h), 0);
     ASSERT_EQ(ops->init(&h), 0);
 
-    _isp_hdrc_user_setup_t setup  = zeroed<_isp_hdrc_user_setup_t>();
-    setup.dither_enable           = 1;
-    setup.affine_k                = 512;
-    setup.clip_level              = 65472;
-    setup.offset_in[0]            = 1;
-    setup.offset_in[1]            = 2;
-    setup.offset_in[2]            = 3;
-    setup.offset_in[3]            = 1048575;
-    setup.offset_out              = 64;
-    setup.dither_seed[0]          = 10;
-    setup.dither_seed[1]          = 11;
-    setup.dither_pmask_16bit      = 12;
-    setup.dither_pmask_15bit      = 13;
-    setup.lut_max                 = 14;
-    _isp_hdrc_user_hdrc_lut_t lut = zeroed<_isp_hdrc_user_hdrc_lut_t>();
-    lut.hdrc_lut[0]               = 0x00020001;
-    lut.hdrc_lut[100]             = 0x0001FFFF;
-    lut.hdrc_lut[128]             = 65535;
-    _isp_hdrc_user_glb_ctrl_t glb = zeroed<_isp_hdrc_user_glb_ctrl_t>();
-    glb.manual_clk_en             = 1;
-    glb.bayer_pat                 = 3;
-
     const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
     ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then setup, curve, global control
     EXPECT_EQ(pushes[0].cmd, 0u);
     EXPECT_EQ(pushes[1].cmd, 1u);
-    EXPECT_EQ(pushes[1].payload, bytes_of(setup));
+    EXPECT_EQ(pushes[1].payload, expected_setup_bytes());
     EXPECT_EQ(pushes[2].cmd, 3u);
-    EXPECT_EQ(pushes[2].payload, bytes_of(lut));
+    _isp_hdrc_user_hdrc_lut_t lut;
+    ASSERT_EQ(pushes[2].payload.size(), sizeof lut);
+    std::memcpy(&lut, pushes[2].payload.data(), sizeof lut);
+    expect_fixture_curve(lut);
     EXPECT_EQ(pushes[3].cmd, 4u);
-    EXPECT_EQ(pushes[3].payload, bytes_of(glb));
+    EXPECT_EQ(pushes[3].payload, expected_glb_ctrl_bytes());
 
     EXPECT_EQ(ops->deinit(&h), 0);
     EXPECT_EQ(ops->destroy(&h), 0);
