@@ -24,9 +24,9 @@ typedef struct _isp_hdrc_user_setup_t {
     /* [i] "dither_seed"."val<i>"; u16.0 */
     uint16_t dither_seed[HDRC_DITHER_WORDS];
     uint16_t dither_pmask_16bit; /* "dither_pmask"."val_16bit", u16.0 */
-    uint16_t dither_pmask_15bit; /* "dither_pmask"."val_15bit", u16.0: the 15-bit word in a 16-bit
-                                    format */
-    uint16_t lut_max;            /* "lut_max"."val", u10.6: 0x40 = 1.0 */
+    /* "dither_pmask"."val_15bit", u16.0: the 15-bit word takes the 16-bit format */
+    uint16_t dither_pmask_15bit;
+    uint16_t lut_max; /* "lut_max"."val", u10.6: 0x40 = 1.0 */
 } _isp_hdrc_user_setup_t;
 
 typedef struct _isp_hdrc_user_hdrc_lut_t {
