@@ -1,0 +1,35 @@
+/* Reading a register file without the library's abort: every way the library's file reader or
+ * loader would stop the process is reported instead, with picojson's own error text. */
+#ifndef ISP_CASE_FILE_PROBE_H
+#define ISP_CASE_FILE_PROBE_H
+
+#include <string>
+
+#include <picojson.h>
+
+namespace isp_case {
+
+enum class file_state {
+    ok,
+    missing,    /* no such file: the library aborts */
+    unreadable, /* exists but cannot be opened for reading (a directory, no permission) */
+    syntax,     /* picojson reports a syntax error: the library aborts */
+    non_finite, /* a number too large for a double: picojson raises overflow_error */
+    not_object, /* the root is not an object: the loader raises a type error */
+};
+
+struct probed_file {
+    file_state state = file_state::ok;
+    std::string detail; /* what is wrong, in picojson's words where it has some */
+    picojson::value root;
+};
+
+probed_file probe_file(const std::string &path);
+
+/* A one-line description of a probe that is not ok, e.g. "JSON does not parse: syntax error at
+ * line 3 near: ...". */
+std::string describe(const probed_file &probe);
+
+}  // namespace isp_case
+
+#endif
