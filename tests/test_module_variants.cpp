@@ -709,6 +709,35 @@ TEST_F(variants, lin_before_blc_lends_its_handle_and_its_frame_index) {
     EXPECT_EQ(blc_ops->destroy(&blc), 0);
 }
 
+/* lin's context holds three words: a channel beyond them gets no handle at all. */
+TEST_F(variants, blc_copies_no_more_than_the_words_of_lins_context) {
+    for (int f = 0; f < 2; ++f) {
+        frame_file(f, "rtl_blc_p0.json", blc_file(0));
+        for (int c = 0; c < 4; ++c) frame_file(f, format("rtl_blc_p0_chn%d.json", c), blc_file(0));
+    }
+    isp_test::pipe p(1, 1, case_dir.path(), 4);
+    JsonModuleHandle lin = p.handle(), blc = p.handle();
+    JsonModuleOps *lin_ops = ops_of(qv_isp_module_lin_json_register);
+    JsonModuleOps *blc_ops = ops_of(qv_isp_module_blc_json_register);
+    ASSERT_EQ(lin_ops->create(&lin), 0);
+    ASSERT_EQ(blc_ops->create(&blc), 0);
+    JsonModuleContext *owner = static_cast<JsonModuleContext *>(lin.priv);
+    ASSERT_EQ(lin_ops->init(&lin), 0);
+    owner->last_frame = 7;  // tells the third word apart from a zero
+
+    EXPECT_EQ(static_cast<uint32_t>(blc_ops->init(&blc)), blc_hw);
+    expected_problems         = {"vin_hal_wrapper_setup: unknown handle 0x1"};
+    const JsonChnContext *ctx = static_cast<const JsonChnContext *>(blc.priv);
+    EXPECT_EQ(ctx->wrapper[0], owner->wrapper);
+    EXPECT_EQ(ctx->wrapper[1], 1u);
+    EXPECT_EQ(ctx->wrapper[2], 7u);
+    EXPECT_EQ(ctx->wrapper[3], 0u);
+
+    ASSERT_EQ(lin_ops->deinit(&lin), 0);
+    EXPECT_EQ(lin_ops->destroy(&lin), 0);
+    EXPECT_EQ(blc_ops->destroy(&blc), 0);
+}
+
 TEST_F(variants, lin_after_blc_takes_the_first_channel_wrapper) {
     frame_file(0, "rtl_blc_p0.json", blc_file(0));
     for (int c = 0; c < 2; ++c) frame_file(0, format("rtl_blc_p0_chn%d.json", c), blc_file(0));
