@@ -388,6 +388,46 @@ TEST_F(variants, a_failed_statistics_allocation_is_only_logged) {
     }
 }
 
+/* A context can still hold a buffer when it creates the wrapper again: another instance tore
+ * the wrapper down first. A failed allocation then releases the old buffer. */
+TEST_F(variants, a_failed_allocation_releases_a_buffer_the_context_still_holds) {
+    frame_file(0, "rtl_ae_stat_p0.json", "{\"isp_ae_stat\": {}}");
+    isp_test::pipe p(1, 1, case_dir.path());
+    JsonModuleHandle owner = p.handle(), sharer = p.handle();
+    JsonModuleOps *table = ops_of(qv_isp_module_ae_stat_json_register);
+    ASSERT_EQ(table->create(&owner), 0);
+    ASSERT_EQ(table->create(&sharer), 0);
+    ASSERT_EQ(table->init(&owner), 0);
+    ASSERT_EQ(table->init(&sharer), 0);
+    ASSERT_EQ(table->deinit(&sharer), 0);
+    const JsonStatContext *ctx = static_cast<const JsonStatContext *>(owner.priv);
+    ASSERT_EQ(ctx->phys, 0x10000000u);
+
+    const size_t logs = isp_sim::log_lines().size();
+    isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, 0x21);
+    const size_t mark = isp_sim::calls().size();
+    EXPECT_EQ(table->init(&owner), 0);
+    std::vector<std::string> expected = {"vin_hal_wrapper_create", "vin_hal_wrapper_regio_create",
+                                         "vin_hal_wrapper_setup", "qv_hal_sys_mem_alloc_cached",
+                                         "QV_SYS_MemFree"};
+    expected.insert(expected.end(), 3, "vin_hal_wrapper_setup");
+    const std::vector<isp_sim::call> calls = since(mark);
+    ASSERT_EQ(names_of(calls), expected);
+    EXPECT_EQ(calls[4].phys, 0x10000000u);
+    ASSERT_EQ(isp_sim::log_lines().size(), logs + 1);
+    expect_log(logs, 3,
+               format("[E][%32s][%4d]: qv_hal_sys_mem_alloc_cached(%d) fail, retval=0x%x",
+                      "__ae_stat_json_alloc_buf", 72, 264336, 0x21));
+    EXPECT_EQ(ctx->phys, 0u);
+    EXPECT_EQ(ctx->virt, nullptr);
+    EXPECT_EQ(isp_sim::live_dma_buffers(), 0u);
+
+    ASSERT_EQ(table->deinit(&owner), 0);
+    EXPECT_EQ(isp_sim::calls_of("QV_SYS_MemFree").size(), 1u);
+    EXPECT_EQ(table->destroy(&sharer), 0);
+    EXPECT_EQ(table->destroy(&owner), 0);
+}
+
 TEST_F(variants, init_after_a_failed_allocation_returns_what_the_loader_returns) {
     frame_file(0, "rtl_ae_stat_p0.json", "{\"isp_ae_stat\": {}}");
     isp_test::pipe p(1, 1, case_dir.path());
