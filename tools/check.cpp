@@ -117,16 +117,28 @@ void check_file(const run_settings &settings, const planned_file &file, check_re
                                    describe(probe) + " (read by " + names_of(file.readers) + ")"});
         return;
     }
-    std::vector<std::string> messages, raised;
-    for (const module_info *module : file.readers)
+    /* each message once, with how often and which modules printed it */
+    struct field_report {
+        size_t count = 0;
+        std::vector<const module_info *> modules;
+    };
+    std::map<std::string, field_report> fields;
+    std::vector<std::string> order, raised;
+    for (const module_info *module : file.readers) {
+        std::vector<std::string> messages;
         convert_file(*module, probe.root.get<picojson::object>(),
                      static_cast<uint8_t>(file.partition), messages, raised);
-    std::map<std::string, size_t> counts;
-    std::vector<std::string> order;
-    for (const std::string &line : messages)
-        if (counts[line]++ == 0) order.push_back(line);
+        for (const std::string &line : messages) {
+            field_report &report = fields[line];
+            if (report.count++ == 0) order.push_back(line);
+            if (report.modules.empty() || report.modules.back() != module)
+                report.modules.push_back(module);
+        }
+    }
     for (const std::string &line : order)
-        result.problems.push_back({problem_kind::field, path, line, counts[line]});
+        result.problems.push_back({problem_kind::field, path,
+                                   line + " (" + names_of(fields[line].modules) + ")",
+                                   fields[line].count});
     for (const std::string &text : raised)
         result.problems.push_back({problem_kind::raises, path, text});
 }

@@ -169,8 +169,9 @@ void print_summary(std::FILE *out, const replay_settings &settings, const replay
     if (result.failed())
         fmt::print(out, "  result      FAILED\n");
     else
-        fmt::print(out, "  result      ok: {} modules, every operation returned 0 on {} frames\n",
-                   settings.run.modules.size(), settings.run.frames);
+        fmt::print(out, "  result      ok: {} modules, every operation returned 0 on {} frame{}\n",
+                   settings.run.modules.size(), settings.run.frames,
+                   settings.run.frames == 1 ? "" : "s");
 }
 
 }  // namespace
