@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -299,6 +300,34 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
     const tool_run missing = run_tool(dir, "replay " + dir.path() + "/nowhere");
     EXPECT_EQ(missing.status, 3);
     EXPECT_EQ(missing.err, "isp-case replay: " + dir.path() + "/nowhere: no such case directory\n");
+}
+
+/* Every file under root, relative to it, with its bytes. */
+std::map<std::string, std::string> tree(const std::string &root) {
+    std::map<std::string, std::string> files;
+    for (const fs::directory_entry &e : fs::recursive_directory_iterator(root))
+        if (e.is_regular_file())
+            files[fs::relative(e.path(), root).string()] = read_file(e.path().string());
+    return files;
+}
+
+TEST(IspCaseSample, GeneratorReproducesTheCommittedCase) {
+    if (std::system("python3 --version >/dev/null 2>&1") != 0) GTEST_SKIP() << "no python3";
+    temp_dir dir;
+    const std::string generated = dir.path() + "/case";
+    ASSERT_EQ(
+        std::system(("python3 '" ISP_SAMPLE_CASE_DIR "/../make_sample_case.py' '" + generated + "'")
+                        .c_str()),
+        0);
+    const std::map<std::string, std::string> expected = tree(ISP_SAMPLE_CASE_DIR);
+    const std::map<std::string, std::string> actual   = tree(generated);
+    EXPECT_EQ(expected.size(), 236u);  // 2 frames x (23 files + 3 x 2 channel files) x 4 + 4
+    ASSERT_EQ(actual.size(), expected.size());
+    for (const auto &[name, bytes] : expected) {
+        auto it = actual.find(name);
+        ASSERT_NE(it, actual.end()) << name;
+        EXPECT_EQ(it->second, bytes) << name;
+    }
 }
 
 /* The dump of a replay holds, push by push, the bytes the simulated wrapper copied. */

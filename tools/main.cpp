@@ -29,10 +29,11 @@ const char *const k_exit_statuses =
 /* only the progress of long replays is worth a line that keeps rewriting itself */
 const int k_progress_frames = 10;
 
-std::vector<std::string> module_names() {
+/* Accepts module names only; the names are listed by the error message, not by the help. */
+CLI::Validator module_name_check() {
     std::vector<std::string> names;
     for (const module_info &m : modules()) names.push_back(m.name);
-    return names;
+    return CLI::IsMember(names).description("");
 }
 
 /* Values of the options shared by replay and check, with whether each was given. */
@@ -59,27 +60,32 @@ void add_case_flags(CLI::App &command, case_flags &flags) {
             int h = 0, v = 0;
             return parse_grid(text, h, v) ? std::string() : "expected HxV with H, V from 0 to 255";
         },
-        "HxV");
+        "");
     command.add_option("CASE", flags.case_path, "Case directory: cfgs/f<frame>/ and pattern files")
-        ->required();
+        ->required()
+        ->type_name("DIR");
     flags.grid_option =
         command.add_option("--grid", flags.grid, "Partition grid (default: from the files of f0)")
+            ->type_name("HxV")
             ->check(grid_check);
     flags.channels_option =
         command
             .add_option("--channels", flags.channels,
                         "Channel count of the pipe (default: from the _chn files of f0)")
+            ->type_name("N")
             ->check(CLI::Range(0, 255));
     flags.frames_option =
         command
             .add_option("--frames", flags.frames,
                         "Frames to run after init (default: the frame directories found)")
+            ->type_name("N")
             ->check(CLI::Range(0, 1000000));
     command
         .add_option("--modules", flags.modules,
                     "Modules to run, in this order (default: all 34 in pipeline order)")
         ->delimiter(',')
-        ->check(CLI::IsMember(module_names()));
+        ->type_name("NAMES")
+        ->check(module_name_check());
 }
 
 bool settings_or_report(const case_flags &flags, const char *command, run_settings &settings,
@@ -140,77 +146,89 @@ int run_export(const export_settings &settings) {
     return result.errors.empty() ? exit_ok : exit_failed;
 }
 
+/* The values of every subcommand's options, filled by the parser. */
+struct command_line {
+    case_flags replay, check;
+    std::vector<std::string> bypass;
+    std::string dump_dir, log_level = "warning";
+    export_settings exports;
+    CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr;
+};
+
+void add_replay(CLI::App &app, command_line &cl) {
+    cl.replay_cmd = app.add_subcommand(
+        "replay",
+        "Drive every module through create, init, frames of process, trigger and sync, "
+        "deinit and destroy, and show what was programmed");
+    CLI::App &cmd = *cl.replay_cmd;
+    cmd.footer(k_exit_statuses);
+    add_case_flags(cmd, cl.replay);
+    cmd.add_option("--bypass", cl.bypass, "Modules whose bypass flag is set (enable bit cleared)")
+        ->delimiter(',')
+        ->type_name("NAMES")
+        ->check(module_name_check());
+    cmd.add_option("--dump", cl.dump_dir,
+                   "Write every pushed group, raw and as C-model JSON, under this directory")
+        ->type_name("DIR");
+    const CLI::Validator level_check(
+        [](std::string &text) {
+            return parse_log_level(text) < 0 ? std::string("expected error, warning, debug or 0-7")
+                                             : std::string();
+        },
+        "");
+    cmd.add_option("--log-level", cl.log_level,
+                   "Library log lines shown: error, warning, debug or 0-7 (default: warning)")
+        ->type_name("LEVEL")
+        ->check(level_check);
+}
+
+void add_check(CLI::App &app, command_line &cl) {
+    cl.check_cmd = app.add_subcommand(
+        "check",
+        "Find every problem of a case that would stop or spoil a replay, without aborting");
+    cl.check_cmd->footer(k_exit_statuses);
+    add_case_flags(*cl.check_cmd, cl.check);
+}
+
+void add_export(CLI::App &app, command_line &cl) {
+    cl.export_cmd = app.add_subcommand(
+        "export", "Convert one partition's register files into C-model parameter files");
+    CLI::App &cmd      = *cl.export_cmd;
+    export_settings &e = cl.exports;
+    e.out_dir          = "cmodel";
+    cmd.footer(k_exit_statuses);
+    cmd.add_option("CASE", e.case_path, "Case directory")->required()->type_name("DIR");
+    cmd.add_option("--frame", e.frame, "Frame directory f<F>")
+        ->required()
+        ->check(CLI::Range(0, 1000000));
+    cmd.add_option("--partition", e.partition, "Partition index")
+        ->required()
+        ->check(CLI::Range(0, 255));
+    cmd.add_option("--channel", e.channel, "Channel of the channelled blocks' files (default: 0)")
+        ->check(CLI::Range(0, 255));
+    cmd.add_option("--out", e.out_dir, "Output directory (default: cmodel)")->type_name("DIR");
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
     CLI::App app(
-        "Replays, checks and exports the register-file cases of the ISP JSON modules "
-        "with the library and a simulated platform.",
+        "Replays, checks and exports the register-file cases of the ISP JSON modules with the "
+        "library and a simulated platform.",
         "isp-case");
     app.footer(k_exit_statuses);
     app.set_version_flag("--version", "isp-case 2.0.0");
     app.require_subcommand(1, 1);
-
-    case_flags replay_flags;
-    std::vector<std::string> bypass;
-    std::string dump_dir, log_level = "warning";
-    CLI::App *replay_cmd = app.add_subcommand(
-        "replay",
-        "Drive every module through create, init, frames of process, trigger and sync, "
-        "deinit and destroy, and show what was programmed");
-    replay_cmd->footer(k_exit_statuses);
-    add_case_flags(*replay_cmd, replay_flags);
-    replay_cmd
-        ->add_option("--bypass", bypass,
-                     "Modules whose bypass flag is set (their enable bit is "
-                     "cleared)")
-        ->delimiter(',')
-        ->check(CLI::IsMember(module_names()));
-    replay_cmd->add_option(
-        "--dump", dump_dir,
-        "Write every pushed group, raw and as C-model JSON, under this directory");
-    replay_cmd
-        ->add_option("--log-level", log_level,
-                     "Library log lines shown: error, warning, debug or 0-7 (default: warning)")
-        ->check(CLI::Validator(
-            [](std::string &text) {
-                return parse_log_level(text) < 0
-                           ? std::string("expected error, warning, debug or 0-7")
-                           : std::string();
-            },
-            "LEVEL"));
-
-    case_flags check_flags;
-    CLI::App *check_cmd = app.add_subcommand(
-        "check",
-        "Find every problem of a case that would stop or spoil a replay, without aborting");
-    check_cmd->footer(k_exit_statuses);
-    add_case_flags(*check_cmd, check_flags);
-
-    export_settings export_opts;
-    export_opts.out_dir  = "cmodel";
-    CLI::App *export_cmd = app.add_subcommand(
-        "export", "Convert one partition's register files into C-model parameter files");
-    export_cmd->footer(k_exit_statuses);
-    export_cmd->add_option("CASE", export_opts.case_path, "Case directory")->required();
-    export_cmd->add_option("--frame", export_opts.frame, "Frame directory f<F>")
-        ->required()
-        ->check(CLI::Range(0, 1000000));
-    export_cmd->add_option("--partition", export_opts.partition, "Partition index")
-        ->required()
-        ->check(CLI::Range(0, 255));
-    export_cmd
-        ->add_option("--channel", export_opts.channel, "Channel of the channelled blocks' files")
-        ->check(CLI::Range(0, 255));
-    export_cmd->add_option("--out", export_opts.out_dir, "Output directory (default: cmodel)");
-
+    command_line cl;
+    add_replay(app, cl);
+    add_check(app, cl);
+    add_export(app, cl);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &e) {
-        const int status = app.exit(e);
-        return status == 0 ? exit_ok : exit_usage;
+        return app.exit(e) == 0 ? exit_ok : exit_usage;
     }
-    if (replay_cmd->parsed()) return run_replay(replay_flags, bypass, dump_dir, log_level);
-    if (check_cmd->parsed()) return run_check(check_flags);
-    return run_export(export_opts);
+    if (cl.replay_cmd->parsed()) return run_replay(cl.replay, cl.bypass, cl.dump_dir, cl.log_level);
+    if (cl.check_cmd->parsed()) return run_check(cl.check);
+    return run_export(cl.exports);
 }
