@@ -16,9 +16,13 @@
 #include "isp_json.h"
 #include "isp_sim.h"
 #include "tests/support/test_support.h"
+#include "tools/case_layout.h"
 #include "tools/dump.h"
+#include "tools/file_probe.h"
 #include "tools/module_table.h"
 #include "tools/replay.h"
+#include "tools/settings.h"
+#include "tools/text_table.h"
 
 namespace {
 
@@ -300,6 +304,134 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
     const tool_run missing = run_tool(dir, "replay " + dir.path() + "/nowhere");
     EXPECT_EQ(missing.status, 3);
     EXPECT_EQ(missing.err, "isp-case replay: " + dir.path() + "/nowhere: no such case directory\n");
+}
+
+TEST(IspCaseSettings, GridsLogLevelsAndDefaultsFromTheCase) {
+    int h = -1, v = -1;
+    const int squarest[][3] = {{0, 1, 1}, {1, 1, 1}, {4, 2, 2}, {6, 3, 2}, {7, 7, 1}, {12, 4, 3}};
+    for (const auto &row : squarest) {
+        isp_case::default_grid(row[0], h, v);
+        EXPECT_EQ(h, row[1]) << row[0];
+        EXPECT_EQ(v, row[2]) << row[0];
+    }
+    EXPECT_TRUE(isp_case::parse_grid("3x0", h, v));
+    EXPECT_EQ(h, 3);
+    EXPECT_EQ(v, 0);
+    EXPECT_TRUE(isp_case::parse_grid("255x1", h, v));
+    EXPECT_FALSE(isp_case::parse_grid("256x1", h, v));
+    EXPECT_FALSE(isp_case::parse_grid("2x", h, v));
+    EXPECT_FALSE(isp_case::parse_grid("2X2", h, v));
+    EXPECT_EQ(isp_case::parse_log_level("error"), 3);
+    EXPECT_EQ(isp_case::parse_log_level("warning"), 4);
+    EXPECT_EQ(isp_case::parse_log_level("debug"), 7);
+    EXPECT_EQ(isp_case::parse_log_level("0"), 0);
+    EXPECT_EQ(isp_case::parse_log_level("8"), -1);
+    EXPECT_EQ(isp_case::parse_log_level("info"), -1);
+
+    temp_dir dir;
+    dir.write("cfgs/f0/rtl_wbc_p5.json", "{}");
+    dir.write("cfgs/f0/rtl_bl_det_p1_chn2.json", "{}");
+    dir.write("cfgs/f1/rtl_wbc_p0.json", "{}");
+    dir.mkdir("cfgs/f4");
+    dir.mkdir("cfgs/f3");
+    dir.write("isp_nrlite_ptn_0.json", "{}");
+    dir.write("isp_nrlite_ptn_1.json", "{}");
+    isp_case::case_options options;
+    options.case_path = dir.path();
+    isp_case::run_settings settings;
+    isp_case::case_contents contents;
+    std::string error;
+    ASSERT_TRUE(isp_case::resolve_settings(options, settings, contents, error)) << error;
+    EXPECT_EQ(contents.frames, 2);
+    EXPECT_EQ(contents.unreached, (std::vector<int>{3, 4}));
+    EXPECT_EQ(contents.partitions, 6);
+    EXPECT_EQ(contents.channels, 3);
+    EXPECT_EQ(contents.pattern_files, 2);
+    EXPECT_EQ(settings.part_h, 3);
+    EXPECT_EQ(settings.part_v, 2);
+    EXPECT_EQ(settings.channels, 3);
+    EXPECT_EQ(settings.frames, 2);
+    ASSERT_EQ(settings.modules.size(), 34u);
+    EXPECT_STREQ(settings.modules.front()->name, "ifa");
+
+    options.modules = {"cc", "nosuch"};
+    EXPECT_FALSE(isp_case::resolve_settings(options, settings, contents, error));
+    EXPECT_EQ(error, "nosuch: no such module");
+}
+
+/* Channelled loads step the frame after every channel's pass; the plan lists each file once. */
+TEST(IspCaseSettings, ReadPlanStepsFramesLikeTheLibrary) {
+    temp_dir dir;
+    for (const char *frame : {"cfgs/f0", "cfgs/f1", "cfgs/f2"}) dir.mkdir(frame);
+    isp_case::run_settings settings;
+    settings.case_path = dir.path();
+    settings.part_h    = 2;
+    settings.part_v    = 1;
+    settings.channels  = 2;
+    settings.frames    = 1;
+    settings.modules   = {isp_case::find_module("dpc"), isp_case::find_module("wbc"),
+                          isp_case::find_module("ainr"), isp_case::find_module("demosaic"),
+                          isp_case::find_module("gic")};
+    EXPECT_EQ(isp_case::frames_stepped(dir.path(), 2, 2), (std::vector<int>{0, 1, 2, 2}));
+    EXPECT_EQ(isp_case::frames_stepped(dir.path(), 4, 1), (std::vector<int>{0, 1, 2, 2}));
+    std::vector<std::string> files;
+    for (const isp_case::planned_file &f : isp_case::plan_reads(settings)) {
+        std::string readers;
+        for (const isp_case::module_info *m : f.readers) readers += std::string(" ") + m->name;
+        files.push_back(f.relative + readers);
+    }
+    const std::vector<std::string> expected = {
+        "cfgs/f0/rtl_dpc_p0_chn0.json dpc",     "cfgs/f0/rtl_dpc_p1_chn0.json dpc",
+        "cfgs/f1/rtl_dpc_p0_chn1.json dpc",     "cfgs/f1/rtl_dpc_p1_chn1.json dpc",
+        "cfgs/f2/rtl_dpc_p0_chn0.json dpc",     "cfgs/f2/rtl_dpc_p1_chn0.json dpc",
+        "cfgs/f2/rtl_dpc_p0_chn1.json dpc",     "cfgs/f2/rtl_dpc_p1_chn1.json dpc",
+        "cfgs/f0/rtl_wbc_p0.json wbc",          "cfgs/f0/rtl_wbc_p1.json wbc",
+        "cfgs/f1/rtl_wbc_p0.json wbc",          "cfgs/f1/rtl_wbc_p1.json wbc",
+        "isp_nrlite_ptn_0.json ainr",           "isp_nrlite_ptn_1.json ainr",
+        "cfgs/f0/rtl_dem_p0.json demosaic gic", "cfgs/f0/rtl_dem_p1.json demosaic gic",
+        "cfgs/f1/rtl_dem_p0.json demosaic gic", "cfgs/f1/rtl_dem_p1.json demosaic gic",
+    };
+    EXPECT_EQ(files, expected);
+
+    settings.channels = 7;  // the channelled modules read nothing
+    EXPECT_EQ(isp_case::plan_reads(settings).size(), 10u);
+}
+
+TEST(IspCaseSettings, ProbesReportWhatTheLibraryWouldStopOn) {
+    temp_dir dir;
+    using isp_case::file_state;
+    struct row {
+        const char *text;
+        file_state state;
+        const char *description;
+    };
+    const row rows[] = {
+        {R"({"isp_wbc": {"d_gain": {"val": 1e400}}})", file_state::non_finite,
+         "number out of range (picojson raises overflow_error): line 1: 1e400"},
+        // a number in a string is text; the second line's number is the one out of range
+        {"{\"a\": \"1e999\",\n \"b\": [1, -2e308]}", file_state::non_finite,
+         "number out of range (picojson raises overflow_error): line 2: -2e308"},
+        {"", file_state::syntax, "JSON does not parse: syntax error at line 1 near: "},
+        {"{\"a\": 1}\n{", file_state::ok, "ok"},  // picojson stops after the first value
+        {"\"text\"", file_state::not_object, "root is not an object: the root is a string"},
+        {"null", file_state::not_object, "root is not an object: the root is null"},
+    };
+    for (const row &r : rows) {
+        const isp_case::probed_file probe = isp_case::probe_file(dir.write("file.json", r.text));
+        EXPECT_EQ(probe.state, r.state) << r.text;
+        EXPECT_EQ(isp_case::describe(probe), r.description) << r.text;
+    }
+    EXPECT_EQ(isp_case::probe_file(dir.path() + "/none.json").state, file_state::missing);
+    EXPECT_EQ(isp_case::probe_file(dir.path()).state, file_state::unreadable);
+    EXPECT_EQ(isp_case::describe(isp_case::probe_file(dir.path())),
+              "cannot read the file: a directory");
+}
+
+TEST(IspCaseSettings, WrapKeepsItemsWholeAndCommasAttached) {
+    EXPECT_EQ(isp_case::wrap({"ab", "cd", "ef"}, 7), (std::vector<std::string>{"ab, cd,", "ef"}));
+    EXPECT_EQ(isp_case::wrap({"abcdefghij", "k"}, 4),
+              (std::vector<std::string>{"abcdefghij,", "k"}));
+    EXPECT_TRUE(isp_case::wrap({}, 10).empty());
 }
 
 /* Every file under root, relative to it, with its bytes. */

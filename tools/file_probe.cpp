@@ -65,9 +65,10 @@ probed_file probe_file(const std::string &path) {
     probed_file probe;
     struct stat st;
     if (stat(path.c_str(), &st) != 0) {
-        probe.state =
-            errno == ENOENT || errno == ENOTDIR ? file_state::missing : file_state::unreadable;
-        probe.detail = errno == ENOENT || errno == ENOTDIR ? "no such file" : strerror(errno);
+        const int error   = errno;
+        const bool absent = error == ENOENT || error == ENOTDIR;
+        probe.state       = absent ? file_state::missing : file_state::unreadable;
+        probe.detail      = absent ? "no such file" : std::strerror(error);
         return probe;
     }
     std::ifstream in(path, std::ios::in);

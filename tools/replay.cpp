@@ -3,6 +3,7 @@
  * platform's records by position, since the operations run one after another. */
 #include "tools/replay.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <exception>
