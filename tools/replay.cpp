@@ -97,6 +97,8 @@ class runner {
     ~runner() {
         isp_sim::on_setup([](uint32_t, const VinHalSetupCmd *) {});
     }
+    runner(const runner &)            = delete; /* the platform's hook holds this */
+    runner &operator=(const runner &) = delete;
 
     replay_result run() {
         replay_result result;
