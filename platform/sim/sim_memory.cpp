@@ -32,7 +32,7 @@ namespace isp_sim {
 namespace internal {
 
 std::set<void *> &retired_memory() {
-    static std::set<void *> retired;
+    static std::set<void *> &retired = *new std::set<void *>();  // never destroyed, as sim()
     return retired;
 }
 
