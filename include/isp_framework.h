@@ -79,13 +79,24 @@ typedef struct JsonModuleOps {
 #define ISP_STATIC_ASSERT _Static_assert
 #endif
 ISP_STATIC_ASSERT(sizeof(JsonModuleContext) == 12, "JsonModuleContext is 12 bytes");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonModuleContext, frame) == 4, "frame index is word 1");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonModuleContext, last_frame) == 8, "last frame is word 2");
+/* The 64-bit physical address is 8-byte aligned under the ARM EABI; words 0-5 come before it,
+ * so it lands on words 6-7 without padding and the whole context stays ten words. */
 ISP_STATIC_ASSERT(sizeof(JsonStatContext) == 40, "statistics context is ten 32-bit words");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, frame) == 4, "frame index is word 1");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, last_frame) == 8, "last frame is word 2");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, reserved0) == 12, "reserved is word 3");
 ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, area_size) == 16, "area size is word 4");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, area_count) == 20, "area count is word 5");
 ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, phys) == 24, "physical address is words 6-7");
 ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, virt) == 32, "virtual address is word 8");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonStatContext, reserved1) == 36, "reserved is word 9");
 ISP_STATIC_ASSERT(sizeof(JsonChnContext) == 32, "channelled context is eight 32-bit words");
 ISP_STATIC_ASSERT(__builtin_offsetof(JsonChnContext, frame) == 24, "frame index is word 6");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonChnContext, last_frame) == 28, "last frame is word 7");
 ISP_STATIC_ASSERT(__builtin_offsetof(PipeContext, attr) == 1, "attribute block follows the pipe id");
+ISP_STATIC_ASSERT(__builtin_offsetof(JsonModuleHandle, priv) == 4, "private context is word 1");
 ISP_STATIC_ASSERT(__builtin_offsetof(JsonModuleHandle, trigger_arg) == 24, "trigger argument is word 6");
 ISP_STATIC_ASSERT(sizeof(JsonModuleOps) == 44, "eleven slots");
 #endif

@@ -62,12 +62,17 @@ int32_t qv_regio_regdesc_get_plat(void);
 
 #if defined(__SIZEOF_POINTER__) && __SIZEOF_POINTER__ == 4
 ISP_STATIC_ASSERT(sizeof(VinHalWrapperAttr) == 20, "wrapper creation record is 20 bytes");
+ISP_STATIC_ASSERT(__builtin_offsetof(VinHalWrapperAttr, type) == 0, "type at 0");
+ISP_STATIC_ASSERT(__builtin_offsetof(VinHalWrapperAttr, reserved) == 4, "zero word at 4");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalWrapperAttr, mode) == 8, "mode at 8");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalWrapperAttr, register_func) == 12, "callback at 12");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalWrapperAttr, pipe_attr) == 16, "pipe attributes at 16");
 ISP_STATIC_ASSERT(sizeof(VinHalRegioAttr) == 88, "register I/O record is 88 bytes");
+ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, pipe_id) == 0, "pipe id at 0");
+ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, mode) == 1, "mode at 1");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, channel) == 2, "channel at 2");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, reg_base) == 8, "register base at 8");
+ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, reserved1) == 12, "zero word at 12");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, block_code) == 16, "block codes at 16");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, regdesc_get) == 20, "descriptor at 20");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, part_num) == 24, "partition count at 24");
@@ -76,6 +81,7 @@ ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, flag) == 40, "flag at 40")
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, param) == 44, "words 2 and 4 at 44");
 ISP_STATIC_ASSERT(__builtin_offsetof(VinHalRegioAttr, name) == 52, "name at 52");
 ISP_STATIC_ASSERT(sizeof(VinHalSetupCmd) == 8, "setup record is command and pointer");
+ISP_STATIC_ASSERT(__builtin_offsetof(VinHalSetupCmd, data) == 4, "data pointer at 4");
 #endif
 
 #ifdef __cplusplus

@@ -33,12 +33,13 @@ std::string literal(const std::string &text) {
 }
 
 /* The whole standard error of an aborted read: this unit's report, then the C library's
- * assertion line naming the unit and the line of the check. */
+ * assertion line naming the unit and the line of the check. Run under qemu-user, the emulator
+ * itself reports the fatal signal in one more line on the same stream, after all of that. */
 std::string abort_report(const std::string &report, int line) {
     return "^" + literal("\n" + report + "\n") + "[^\n]*" +
            literal("convert/common/json_file.cpp:" + std::to_string(line) +
                    ": picojson::value read_json_file(const string&): Assertion `false' failed.\n") +
-           "$";
+           "(qemu: uncaught target signal 6 \\(Aborted\\) - core dumped\n)?$";
 }
 
 /* Everything written to file descriptor 1 while body runs. */
