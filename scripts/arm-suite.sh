@@ -1,0 +1,87 @@
+#!/usr/bin/env bash
+# Builds the library, the simulated platform, the tool and the tests for the 32-bit ARM target
+# (arm-linux-gnueabihf) into build-arm/ with warnings as errors, and runs the whole test suite
+# under qemu-arm. Installs the Debian packages it misses first.
+#
+#   scripts/arm-suite.sh [NATIVE_BUILD_DIR]
+#
+# Given the build directory of a native build whose suite has run, it then checks that the two
+# builds agree: the same exported symbols, and the same replay of the sample case (messages,
+# pushed structures byte for byte, C-model files).
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+native=${1:-}
+build="$root/build-arm"
+jobs=$(nproc)
+
+packages=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user cmake ninja-build
+          pkg-config picojson-dev googletest libcli11-dev libfmt-dev)
+missing=()
+for p in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+    echo "Installing: ${missing[*]}" >&2
+    sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo="sudo"
+    export DEBIAN_FRONTEND=noninteractive
+    $sudo apt-get update -qq
+    $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+cmake -S "$root" -B "$build" -G Ninja -DISP_JSON_WERROR=ON \
+    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/arm-linux-gnueabihf.cmake"
+cmake --build "$build" -j"$jobs"
+ctest --test-dir "$build" --output-on-failure -j"$jobs"
+
+[ -n "$native" ] || exit 0
+native=$(cd "$native" && pwd)
+echo "Comparing the ARM build with the native build in $native"
+
+if ! diff -u "$native/tests/exported_symbols.txt" "$build/tests/exported_symbols.txt"; then
+    echo "arm-suite: the two builds export different symbols" >&2
+    exit 1
+fi
+
+# The sample case replayed by both builds' isp-case: what the tool prints and everything it
+# dumps (raw pushed structures and their C-model JSON) must be identical, except where pointer
+# width shows: the colour-correction init structure holds two pointers to its size arrays (12
+# bytes on the target, 24 on a 64-bit workstation), so its raw file, its size and the byte total
+# are left out; the size arrays themselves are dumped beside it and compared.
+if [ -x "$native/tools/isp-case" ] && [ -x "$build/tools/isp-case" ]; then
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
+    replay() { # $1 = name, then the command running isp-case
+        local name=$1
+        shift
+        local status=0
+        (cd "$root" && "$@" replay examples/sample_case --dump "$work/dump" \
+            >"$work/$name.out" 2>"$work/$name.err") || status=$?
+        echo "$status" >"$work/$name.status"
+        mv "$work/dump" "$work/$name-dump"
+        sed -E -i -e '/^  cc /s/init#3 [0-9]+B/init#3 (pointers)B/' \
+            -e 's/^(  pushed +[0-9]+ groups, )[0-9]+ bytes/\1(pointers) bytes/' "$work/$name.out"
+    }
+    replay native "$native/tools/isp-case"
+    replay arm /bin/sh "$root/cmake/qemu-arm.sh" "$build/tools/isp-case"
+    for f in status out err; do
+        if ! diff -u "$work/native.$f" "$work/arm.$f"; then
+            echo "arm-suite: the two builds' replays differ ($f)" >&2
+            exit 1
+        fi
+    done
+    (cd "$work/native-dump" && find . -type f | sort) >"$work/native.files"
+    (cd "$work/arm-dump" && find . -type f | sort) >"$work/arm.files"
+    diff -u "$work/native.files" "$work/arm.files" || { echo "arm-suite: the dumps hold different files" >&2; exit 1; }
+    differ=0
+    while read -r f; do
+        case "$f" in */cc/cmd03_init.bin) continue ;; esac
+        cmp -s "$work/native-dump/$f" "$work/arm-dump/$f" || { echo "differs: $f" >&2; differ=1; }
+    done <"$work/native.files"
+    if [ "$differ" -ne 0 ]; then
+        echo "arm-suite: the two builds pushed or exported different data" >&2
+        exit 1
+    fi
+    echo "Both builds export the same symbols and replay the sample case identically" \
+         "($(wc -l <"$work/native.files") dumped files, exit status $(cat "$work/arm.status"))."
+fi
