@@ -31,6 +31,17 @@ void format_path(path_buffer &path, const char *format, ...) {
     va_end(args);
 }
 
+/* The case path as a terminated string. The framework's field need not hold a terminator when a
+ * path fills it; formatting the field itself would then read past the record. A formatted path is
+ * cut long before the field's end anyway. */
+struct case_dir {
+    explicit case_dir(const PipeContext *pipe) {
+        memcpy(text, pipe->case_path, sizeof pipe->case_path);
+        text[sizeof pipe->case_path] = '\0';
+    }
+    char text[sizeof(PipeContext::case_path) + 1];
+};
+
 /* One buffer per load holding every group's structure, plus whatever the module provides beside
  * it for this grid; cleared before the module's pointers are attached. */
 class frame_buffer {
@@ -95,7 +106,8 @@ void convert_grid(const module_desc &m, const JsonModuleHandle *handle, frame_bu
 void advance_frame(const PipeContext *pipe, frame_cursor cursor) {
     if (*cursor.last_frame == 1) return;
     path_buffer path;
-    format_path(path, "%s/cfgs/f%d", pipe->case_path, *cursor.frame + 1);
+    const case_dir dir(pipe);
+    format_path(path, "%s/cfgs/f%d", dir.text, *cursor.frame + 1);
     struct stat st;
     if (stat(path, &st) != 0 || !S_ISDIR(st.st_mode))
         *cursor.last_frame = 1;
@@ -121,10 +133,11 @@ int32_t push_groups(const module_desc &m, uint32_t wrapper, frame_buffer &buffer
 int32_t load_frame(const module_desc &m, JsonModuleHandle *handle) {
     const PipeContext *pipe   = handle->pipe;
     const frame_cursor cursor = cursor_of(m, handle->priv);
+    const case_dir dir(pipe);
     frame_buffer buffer(*m.layout, pipe);
     buffer.clear(pipe);
     convert_grid(m, handle, buffer, [&](path_buffer &path, uint8_t partition) {
-        format_path(path, m.file_pattern, pipe->case_path, *cursor.frame, partition);
+        format_path(path, m.file_pattern, dir.text, *cursor.frame, partition);
     });
     advance_frame(pipe, cursor);
     return push_groups(m, *static_cast<const uint32_t *>(handle->priv), buffer);
@@ -140,13 +153,14 @@ int32_t load_channels(const module_desc &m, JsonModuleHandle *handle) {
         return m.code_arg;
     }
     if (pipe->channel_count < 1) return 0;
+    const case_dir dir(pipe);
     frame_buffer buffer(*m.layout, pipe);
     const uint32_t *wrappers = static_cast<const uint32_t *>(handle->priv);
     for (int32_t channel = 0; channel < pipe->channel_count && channel < ISP_MAX_CHANNELS;
          ++channel) {
         buffer.clear(pipe);
         convert_grid(m, handle, buffer, [&](path_buffer &path, uint8_t partition) {
-            format_path(path, m.file_pattern, pipe->case_path, *cursor.frame, partition, channel);
+            format_path(path, m.file_pattern, dir.text, *cursor.frame, partition, channel);
         });
         advance_frame(pipe, cursor);
         const int32_t status = push_groups(m, wrappers[channel], buffer);
@@ -158,10 +172,11 @@ int32_t load_channels(const module_desc &m, JsonModuleHandle *handle) {
 /* Pattern files lie in the case directory itself and do not change from frame to frame. */
 int32_t load_patterns(const module_desc &m, JsonModuleHandle *handle) {
     const PipeContext *pipe = handle->pipe;
+    const case_dir dir(pipe);
     frame_buffer buffer(*m.layout, pipe);
     buffer.clear(pipe);
     convert_grid(m, handle, buffer, [&](path_buffer &path, uint8_t partition) {
-        format_path(path, m.file_pattern, pipe->case_path, partition);
+        format_path(path, m.file_pattern, dir.text, partition);
     });
     return push_groups(m, *static_cast<const uint32_t *>(handle->priv), buffer);
 }
