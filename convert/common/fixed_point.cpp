@@ -18,10 +18,40 @@ int32_t token_value(const char *token) {
     return token ? static_cast<int32_t>(strtol(token, nullptr, 10)) : 0;
 }
 
+/* The digits of [first, last) as a number, when there are one to nine of them and nothing
+ * else; -1 otherwise. */
+int32_t plain_digits(const char *first, const char *last) {
+    if (first == last || last - first > 9) return -1;
+    int32_t value = 0;
+    for (; first != last; ++first) {
+        if (*first < '0' || *first > '9') return -1;
+        value = value * 10 + (*first - '0');
+    }
+    return value;
+}
+
+/* The formats the converters use ("u10.8", "s3", "u14.6"): sign letter, digits, optionally a
+ * full stop and digits. Parsed directly, they give what the tokenising below gives, without
+ * its cost on every field of every register file. False for anything else. */
+bool parse_plain(const char *format, int32_t *integer_bits, int32_t *fraction_bits) {
+    if (format[0] == '\0') return false;
+    const char *end        = format + 1 + strnlen(format + 1, 14);
+    const char *stop       = static_cast<const char *>(memchr(format + 1, '.', end - (format + 1)));
+    const int32_t integer  = plain_digits(format + 1, stop ? stop : end);
+    const int32_t fraction = stop ? plain_digits(stop + 1, end) : 0;
+    if (integer < 0 || fraction < 0) return false;
+    *integer_bits  = integer;
+    *fraction_bits = fraction;
+    return true;
+}
+
 /* The first character is the sign letter and is never part of a number, whatever it is, so
  * "3.8" reads as 8 integer bits. Only 15 characters of the format count. */
 int parse_format(const char *format, int32_t *is_signed, int32_t *integer_bits,
                  int32_t *fraction_bits) {
+    /* Clearing the case bit lets "S3.8" count as signed too. */
+    *is_signed = (format[0] & ~0x20) == 'S' ? 1 : 0;
+    if (parse_plain(format, integer_bits, fraction_bits)) return 0;
     char copy[16] = {};
     strncpy(copy, format, sizeof copy - 1);
     char *rest           = nullptr;
@@ -29,8 +59,6 @@ int parse_format(const char *format, int32_t *is_signed, int32_t *integer_bits,
     const char *fraction = integer ? strtok_r(nullptr, ".", &rest) : nullptr;
     *integer_bits        = token_value(integer);
     *fraction_bits       = token_value(fraction);
-    /* Clearing the case bit lets "S3.8" count as signed too. */
-    *is_signed = (format[0] & ~0x20) == 'S' ? 1 : 0;
     return 0;
 }
 
