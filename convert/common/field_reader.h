@@ -6,6 +6,7 @@
 #include <stdint.h>
 
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <stdexcept>
 #include <string>
@@ -24,7 +25,7 @@ namespace isp {
  * "read json_obj failed: <register>.<field>" on standard error and yields the encoding of 0;
  * the next field is read as if nothing happened. */
 class field_reader {
-public:
+  public:
     field_reader(picojson::object &root, const char *top_key) : root_(root), top_(top_key) {}
 
     /* top / reg / field */
@@ -60,16 +61,44 @@ public:
     /* top / key [index] as a raw number, saturated into an unsigned code. Not caught: a
      * missing key, a short array or a non-number raises picojson's type error to the caller. */
     uint32_t raw_number(const char *key, size_t index) const {
-        return saturate_to_uint32(number_of(element(top(), key, index)));
+        return saturate_to_uint32(number_of(item(raw_array(nullptr, key), index)));
     }
 
     /* top / reg / key [index] as a raw number, saturated into an unsigned code; not caught. */
     uint32_t raw_number(const char *reg, const char *key, size_t index) const {
-        return saturate_to_uint32(number_of(element(object_of(top()[reg]), key, index)));
+        return saturate_to_uint32(number_of(item(raw_array(reg, key), index)));
     }
 
-private:
-    picojson::object &top() const { return object_of(root_[top_]); }
+  private:
+    /* Objects and arrays found once are kept for the reader's later look-ups. Looking up a key
+     * that exists changes nothing, and nothing is ever removed from or replaced in the tree, so
+     * a kept reference stays what a fresh look-up would find; a look-up that fails (inserting
+     * its null entry and raising) is never kept and is repeated by the next field. This saves
+     * the key strings and the map searches of the top key on every field and of a table on
+     * every one of its elements. */
+    picojson::object &top() const {
+        if (!top_object_) top_object_ = &object_of(root_[top_]);
+        return *top_object_;
+    }
+
+    picojson::array &raw_array(const char *reg, const char *key) const {
+        if (raw_items_ && same(raw_reg_, reg) && same(raw_key_, key)) return *raw_items_;
+        picojson::object &parent = reg ? object_of(top()[reg]) : top();
+        raw_items_               = &parent[key].get<picojson::array>();
+        raw_reg_                 = reg;
+        raw_key_                 = key;
+        return *raw_items_;
+    }
+
+    static bool same(const char *a, const char *b) {
+        return a == b || (a && b && std::strcmp(a, b) == 0);
+    }
+
+    /* An index past the end counts as a missing key. */
+    static picojson::value &item(picojson::array &items, size_t index) {
+        static picojson::value missing;  // null: fails every checked access like a missing key
+        return index < items.size() ? items[index] : missing;
+    }
 
     static picojson::object &object_of(picojson::value &value) {
         return value.get<picojson::object>();
@@ -81,9 +110,7 @@ private:
 
     /* parent [key] must be an array; an index past its end counts as a missing key. */
     static picojson::value &element(picojson::object &parent, const char *key, size_t index) {
-        picojson::array &items = parent[key].get<picojson::array>();
-        static picojson::value missing;  // null: fails every checked access like a missing key
-        return index < items.size() ? items[index] : missing;
+        return item(parent[key].get<picojson::array>(), index);
     }
 
     static double number_of(picojson::value &value) { return value.get<double>(); }
@@ -105,6 +132,10 @@ private:
 
     picojson::object &root_;
     const char *top_;
+    mutable picojson::object *top_object_ = nullptr;
+    mutable picojson::array *raw_items_   = nullptr;
+    mutable const char *raw_reg_          = nullptr;
+    mutable const char *raw_key_          = nullptr;
 };
 
 }  // namespace isp
