@@ -6,6 +6,11 @@
 #undef NDEBUG
 #include <assert.h>
 
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -24,24 +29,38 @@ const char read_function[] = "picojson::value read_json_file(const string&)";
     __assert_fail("false", "convert/common/json_file.cpp", line, read_function);
 }
 
-/* The whole file in one read. Files that do not know their size (pipes, /proc) are copied
- * through the stream buffer instead. */
+/* Whatever is not a regular file with contents (a pipe, a file under /proc that does not know
+ * its size, a directory) is copied through the stream buffer as it comes. A directory gives no
+ * text: its position at the end is no size to read. */
 string read_all(std::ifstream &in) {
-    string text;
-    in.seekg(0, std::ios::end);
-    const std::streamoff size = in.tellg();
-    in.seekg(0, std::ios::beg);
-    if (size > 0) {
-        text.resize(static_cast<size_t>(size));
-        in.read(&text[0], size);
-        text.resize(static_cast<size_t>(in.gcount()));
-    } else {
-        in.clear();
-        std::ostringstream copy;
-        copy << in.rdbuf();
-        text = copy.str();
+    std::ostringstream copy;
+    copy << in.rdbuf();
+    return copy.str();
+}
+
+/* A regular file straight into the text with one read: no stream buffer to allocate and copy
+ * through, which costs as much as the rest of the read. False, with nothing reported, for
+ * anything else (a file that does not open, a directory, a pipe, an empty file): the file stream
+ * then deals with it. */
+bool read_regular_file(const string &path, string &text) {
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    struct stat st;
+    const bool regular = fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0;
+    if (regular) {
+        const size_t size = static_cast<size_t>(st.st_size);
+        text.resize(size);
+        size_t got = 0;
+        while (got < size) {
+            const ssize_t n = read(fd, &text[got], size - got);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) break;
+            got += static_cast<size_t>(n);
+        }
+        text.resize(got);
     }
-    return text;
+    close(fd);
+    return regular;
 }
 
 /* Gives standard output its own buffer back on every way out, also when the stream was set to
@@ -60,13 +79,16 @@ class stdout_redirect {
 }  // namespace
 
 ISP_JSON_API picojson::value read_json_file(const string &path) {
-    std::ifstream in(path, std::ios::in | std::ios::binary);
-    if (!in) {
-        std::cerr << std::endl << "[error] failed to read json file: " << path << std::endl;
-        read_failed(12);
+    string text;
+    if (!read_regular_file(path, text)) {
+        std::ifstream in(path, std::ios::in | std::ios::binary);
+        if (!in) {
+            std::cerr << std::endl << "[error] failed to read json file: " << path << std::endl;
+            read_failed(12);
+        }
+        text = read_all(in);
+        in.close();
     }
-    const string text = read_all(in);
-    in.close();
 
     picojson::value value;
     const string error = picojson::parse(value, text);
