@@ -310,6 +310,13 @@ TEST_F(BadInput, PercentSignsInTheCasePathAreNotFormatDirectives) {
     EXPECT_EQ(ops->destroy(&h), 0);
 }
 
+TEST_F(BadInput, RegisterFileThatIsADirectoryHasNoTextAndEndsTheProcess) {
+    dir.mkdir("cfgs/f0/rtl_wbc_p0.json");
+    isp_test::pipe pipe(1, 1, dir.path());
+    EXPECT_DEATH(load_wbc(pipe.ctx),
+                 "\\[error\\] readFile cannot parse jsonsyntax error at line 1 near: \n");
+}
+
 /* ---- numbers ---------------------------------------------------------------------------- */
 
 TEST_F(BadInput, HugeNumbersSaturateBeforeEncodingAndInRawCurves) {
