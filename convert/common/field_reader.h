@@ -41,7 +41,8 @@ class field_reader {
     uint32_t read(const char *group, size_t index, const char *reg, const char *field,
                   const char *format) const {
         try {
-            return encode(field_of(object_of(element(top(), group, index)), reg, field), format);
+            return encode(field_of(object_of(item(array_of(nullptr, group), index)), reg, field),
+                          format);
         } catch (const std::exception &) {
             return fail(reg, field, format);
         }
@@ -52,7 +53,7 @@ class field_reader {
     uint32_t read_element(const char *array, size_t index, const char *field,
                           const char *format) const {
         try {
-            return encode(object_of(element(top(), array, index))[field], format);
+            return encode(object_of(item(array_of(nullptr, array), index))[field], format);
         } catch (const std::exception &) {
             return fail(array, field, format);
         }
@@ -61,12 +62,12 @@ class field_reader {
     /* top / key [index] as a raw number, saturated into an unsigned code. Not caught: a
      * missing key, a short array or a non-number raises picojson's type error to the caller. */
     uint32_t raw_number(const char *key, size_t index) const {
-        return saturate_to_uint32(number_of(item(raw_array(nullptr, key), index)));
+        return saturate_to_uint32(number_of(item(array_of(nullptr, key), index)));
     }
 
     /* top / reg / key [index] as a raw number, saturated into an unsigned code; not caught. */
     uint32_t raw_number(const char *reg, const char *key, size_t index) const {
-        return saturate_to_uint32(number_of(item(raw_array(reg, key), index)));
+        return saturate_to_uint32(number_of(item(array_of(reg, key), index)));
     }
 
   private:
@@ -74,20 +75,21 @@ class field_reader {
      * that exists changes nothing, and nothing is ever removed from or replaced in the tree, so
      * a kept reference stays what a fresh look-up would find; a look-up that fails (inserting
      * its null entry and raising) is never kept and is repeated by the next field. This saves
-     * the key strings and the map searches of the top key on every field and of a table on
-     * every one of its elements. */
+     * the key strings and the map searches of the top key on every field, and of an array on
+     * every one of its elements (register groups, tables). */
     picojson::object &top() const {
         if (!top_object_) top_object_ = &object_of(root_[top_]);
         return *top_object_;
     }
 
-    picojson::array &raw_array(const char *reg, const char *key) const {
-        if (raw_items_ && same(raw_reg_, reg) && same(raw_key_, key)) return *raw_items_;
+    /* top / key, or top / reg / key, which must be an array. */
+    picojson::array &array_of(const char *reg, const char *key) const {
+        if (array_ && same(array_reg_, reg) && same(array_key_, key)) return *array_;
         picojson::object &parent = reg ? object_of(top()[reg]) : top();
-        raw_items_               = &parent[key].get<picojson::array>();
-        raw_reg_                 = reg;
-        raw_key_                 = key;
-        return *raw_items_;
+        array_                   = &parent[key].get<picojson::array>();
+        array_reg_               = reg;
+        array_key_               = key;
+        return *array_;
     }
 
     static bool same(const char *a, const char *b) {
@@ -106,11 +108,6 @@ class field_reader {
 
     static picojson::value &field_of(picojson::object &parent, const char *reg, const char *field) {
         return object_of(parent[reg])[field];
-    }
-
-    /* parent [key] must be an array; an index past its end counts as a missing key. */
-    static picojson::value &element(picojson::object &parent, const char *key, size_t index) {
-        return item(parent[key].get<picojson::array>(), index);
     }
 
     static double number_of(picojson::value &value) { return value.get<double>(); }
@@ -133,9 +130,9 @@ class field_reader {
     picojson::object &root_;
     const char *top_;
     mutable picojson::object *top_object_ = nullptr;
-    mutable picojson::array *raw_items_   = nullptr;
-    mutable const char *raw_reg_          = nullptr;
-    mutable const char *raw_key_          = nullptr;
+    mutable picojson::array *array_       = nullptr;
+    mutable const char *array_reg_        = nullptr;
+    mutable const char *array_key_        = nullptr;
 };
 
 }  // namespace isp
