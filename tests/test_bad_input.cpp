@@ -83,7 +83,8 @@ TEST_F(BadInput, StatisticsAddressesOfMoreThan256PartitionsStayInTheirTables) {
 
     const auto regio = isp_sim::calls_of("vin_hal_wrapper_regio_create");
     ASSERT_EQ(regio.size(), 1u);
-    EXPECT_EQ(regio[0].record[24], 16);  // 272 partitions, low 8 bits
+    EXPECT_EQ(regio[0].record[offsetof(VinHalRegioAttr, part_num)],
+              16);  // 272 partitions, low 8 bits
     ASSERT_EQ(isp_sim::calls_of("qv_hal_sys_mem_alloc_cached")[0].phys, 0x10000000u);
     const auto init = pushed<_isp_ae_stat_user_init_t>(1);
     EXPECT_EQ(init.wr_addr0[0], 0x2000000u);
@@ -115,7 +116,9 @@ TEST_F(BadInput, PerPartitionSizesOfMoreThan256PartitionsFillEveryElementOnce) {
     testing::internal::GetCapturedStderr();
     ASSERT_EQ(status, 0);
 
-    EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_regio_create")[0].record[24], 16);
+    EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_regio_create")[0]
+                  .record[offsetof(VinHalRegioAttr, part_num)],
+              16);
     const auto setup = pushed<_isp_dem_user_setup_t>(2);
     for (int p = 0; p < 256; ++p) {
         EXPECT_EQ(setup.img_size_hsize[p], 1000 + p) << p;
