@@ -13,7 +13,6 @@
 
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 
 #include "isp_json_utils.h"
@@ -29,38 +28,31 @@ const char read_function[] = "picojson::value read_json_file(const string&)";
     __assert_fail("false", "convert/common/json_file.cpp", line, read_function);
 }
 
-/* Whatever is not a regular file with contents (a pipe, a file under /proc that does not know
- * its size, a directory) is copied through the stream buffer as it comes. A directory gives no
- * text: its position at the end is no size to read. */
-string read_all(std::ifstream &in) {
-    std::ostringstream copy;
-    copy << in.rdbuf();
-    return copy.str();
-}
-
-/* A regular file straight into the text with one read: no stream buffer to allocate and copy
- * through, which costs as much as the rest of the read. False, with nothing reported, for
- * anything else (a file that does not open, a directory, a pipe, an empty file): the file stream
- * then deals with it. */
-bool read_regular_file(const string &path, string &text) {
+/* The whole file straight into the text, without a stream buffer to allocate and copy through
+ * (for a frame of register files that cost as much as the rest of reading them): a regular file
+ * with one read of the size it has when opened, anything else (a pipe, a file under /proc) read
+ * to its end. A read that fails ends the text where it is, so a directory gives no text. False
+ * when the file cannot be opened. */
+bool read_file(const string &path, string &text) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
     struct stat st;
-    const bool regular = fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0;
-    if (regular) {
-        const size_t size = static_cast<size_t>(st.st_size);
-        text.resize(size);
-        size_t got = 0;
-        while (got < size) {
-            const ssize_t n = read(fd, &text[got], size - got);
-            if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) break;
-            got += static_cast<size_t>(n);
+    const bool sized = fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0;
+    size_t got       = 0;
+    text.resize(sized ? static_cast<size_t>(st.st_size) : 4096);
+    for (;;) {
+        if (got == text.size()) {
+            if (sized) break;
+            text.resize(2 * text.size());
         }
-        text.resize(got);
+        const ssize_t n = read(fd, &text[got], text.size() - got);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        got += static_cast<size_t>(n);
     }
+    text.resize(got);
     close(fd);
-    return regular;
+    return true;
 }
 
 /* Gives standard output its own buffer back on every way out, also when the stream was set to
@@ -80,14 +72,9 @@ class stdout_redirect {
 
 ISP_JSON_API picojson::value read_json_file(const string &path) {
     string text;
-    if (!read_regular_file(path, text)) {
-        std::ifstream in(path, std::ios::in | std::ios::binary);
-        if (!in) {
-            std::cerr << std::endl << "[error] failed to read json file: " << path << std::endl;
-            read_failed(12);
-        }
-        text = read_all(in);
-        in.close();
+    if (!read_file(path, text)) {
+        std::cerr << std::endl << "[error] failed to read json file: " << path << std::endl;
+        read_failed(12);
     }
 
     picojson::value value;
