@@ -41,7 +41,7 @@ class field_reader {
     uint32_t read(const char *group, size_t index, const char *reg, const char *field,
                   const char *format) const {
         try {
-            return encode(field_of(object_of(item(array_of(nullptr, group), index)), reg, field),
+            return encode(field_of(object_of(item(array_in(top(), group), index)), reg, field),
                           format);
         } catch (const std::exception &) {
             return fail(reg, field, format);
@@ -53,43 +53,41 @@ class field_reader {
     uint32_t read_element(const char *array, size_t index, const char *field,
                           const char *format) const {
         try {
-            return encode(object_of(item(array_of(nullptr, array), index))[field], format);
+            return encode(object_of(item(array_in(top(), array), index))[field], format);
         } catch (const std::exception &) {
             return fail(array, field, format);
         }
     }
 
-    /* top / key [index] as a raw number, saturated into an unsigned code. Not caught: a
-     * missing key, a short array or a non-number raises picojson's type error to the caller. */
+    /* top / key [index] as a raw number of a table, saturated into an unsigned code. Not
+     * caught: a missing key, a short array or a non-number raises picojson's type error to the
+     * caller. */
     uint32_t raw_number(const char *key, size_t index) const {
-        return saturate_to_uint32(number_of(item(array_of(nullptr, key), index)));
+        return saturate_to_uint32(number_of(item(table(nullptr, key), index)));
     }
 
     /* top / reg / key [index] as a raw number, saturated into an unsigned code; not caught. */
     uint32_t raw_number(const char *reg, const char *key, size_t index) const {
-        return saturate_to_uint32(number_of(item(array_of(reg, key), index)));
+        return saturate_to_uint32(number_of(item(table(reg, key), index)));
     }
 
   private:
-    /* Objects and arrays found once are kept for the reader's later look-ups. Looking up a key
-     * that exists changes nothing, and nothing is ever removed from or replaced in the tree, so
-     * a kept reference stays what a fresh look-up would find; a look-up that fails (inserting
-     * its null entry and raising) is never kept and is repeated by the next field. This saves
-     * the key strings and the map searches of the top key on every field, and of an array on
-     * every one of its elements (register groups, tables). */
-    picojson::object &top() const {
-        if (!top_object_) top_object_ = &object_of(root_[top_]);
-        return *top_object_;
+    picojson::object &top() const { return object_of(root_[top_]); }
+
+    static picojson::array &array_in(picojson::object &parent, const char *key) {
+        return parent[key].get<picojson::array>();
     }
 
-    /* top / key, or top / reg / key, which must be an array. */
-    picojson::array &array_of(const char *reg, const char *key) const {
-        if (array_ && same(array_reg_, reg) && same(array_key_, key)) return *array_;
-        picojson::object &parent = reg ? object_of(top()[reg]) : top();
-        array_                   = &parent[key].get<picojson::array>();
-        array_reg_               = reg;
-        array_key_               = key;
-        return *array_;
+    /* A table of raw numbers (curve, mesh) is looked up once and then read element by element;
+     * a look-up that fails raises and is not kept. Fields, by contrast, are looked up afresh
+     * from the root every time. */
+    picojson::array &table(const char *reg, const char *key) const {
+        if (table_ && same(table_reg_, reg) && same(table_key_, key)) return *table_;
+        picojson::array &items = array_in(reg ? object_of(top()[reg]) : top(), key);
+        table_                 = &items;
+        table_reg_             = reg;
+        table_key_             = key;
+        return items;
     }
 
     static bool same(const char *a, const char *b) {
@@ -129,10 +127,9 @@ class field_reader {
 
     picojson::object &root_;
     const char *top_;
-    mutable picojson::object *top_object_ = nullptr;
-    mutable picojson::array *array_       = nullptr;
-    mutable const char *array_reg_        = nullptr;
-    mutable const char *array_key_        = nullptr;
+    mutable picojson::array *table_ = nullptr;
+    mutable const char *table_reg_  = nullptr;
+    mutable const char *table_key_  = nullptr;
 };
 
 }  // namespace isp
