@@ -1,11 +1,34 @@
 #!/usr/bin/env bash
-# Builds the library, the simulated platform, the tool and the tests with warnings as errors,
-# then runs the whole test suite. Installs missing Debian packages first.
+# Builds everything with warnings as errors and runs every test the project has, installing the
+# Debian packages it misses first:
+#   1. the native suite (build/);
+#   2. the same suite under AddressSanitizer and UndefinedBehaviorSanitizer (build-asan/);
+#   3. the 32-bit ARM build, its suite under qemu-arm, and a comparison with the native build
+#      (build-arm/);
+#   4. a short run of every fuzz harness (build-fuzz/);
+#   5. a replay of the sample case under valgrind memcheck.
+# "scripts/test.sh --quick" runs the native suite only.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 jobs=$(nproc)
 
+stage() { printf '\n=== %s\n' "$*"; }
+
+stage "native build and test suite"
 "$root/scripts/deps.sh" build
 cmake -S "$root" -B "$root/build" -G Ninja -DISP_JSON_WERROR=ON
 cmake --build "$root/build" -j"$jobs"
 ctest --test-dir "$root/build" --output-on-failure -j"$jobs"
+[ "${1:-}" = "--quick" ] && exit 0
+
+stage "test suite under AddressSanitizer and UndefinedBehaviorSanitizer"
+"$root/scripts/sanitize.sh"
+
+stage "32-bit ARM build, test suite under qemu-arm, comparison with the native build"
+"$root/scripts/arm-suite.sh" "$root/build"
+
+stage "fuzz harnesses, briefly"
+"$root/scripts/fuzz-smoke.sh" 10
+
+stage "sample case replay under valgrind memcheck"
+"$root/scripts/valgrind-replay.sh"
