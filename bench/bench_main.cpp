@@ -1,9 +1,10 @@
 /* isp_json_bench: Google Benchmark's command line, and after the runs a table of each library
  * measurement over its floor.
  *   isp_json_bench --profile library|floor [FRAMES]
- * runs frames of the sample case (or their floor) and nothing else instead, for callgrind or
- * perf; FRAMES is 100 by default. The case is examples/sample_case unless ISP_BENCH_CASE names
- * another. */
+ *   isp_json_bench --profile-partition BLOCK library|floor [LOADS]
+ * run frames of the sample case, or loads of one block's partition file (or their floors), and
+ * nothing else instead, for callgrind or perf; FRAMES and LOADS are 100 by default. The case is
+ * examples/sample_case unless ISP_BENCH_CASE names another. */
 #include <benchmark/benchmark.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -66,6 +67,9 @@ int main(int argc, char **argv) {
     const std::string case_dir = isp_bench::sample_case_dir();
     if (argc >= 3 && strcmp(argv[1], "--profile") == 0)
         return isp_bench::run_frames(case_dir, argv[2], argc >= 4 ? atoi(argv[3]) : 100);
+    if (argc >= 4 && strcmp(argv[1], "--profile-partition") == 0)
+        return isp_bench::run_partition(case_dir, argv[2], argv[3],
+                                        argc >= 5 ? atoi(argv[4]) : 100);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     isp_bench::register_partition_benchmarks(case_dir);

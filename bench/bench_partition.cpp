@@ -2,6 +2,7 @@
  * convert with the module's converters in its order) against the floor: the same file opened,
  * read and parsed with picojson, nothing else. */
 #include <benchmark/benchmark.h>
+#include <stdio.h>
 
 #include <string>
 #include <vector>
@@ -121,6 +122,28 @@ void floor_load(benchmark::State &state, const std::string &path) {
 }
 
 }  // namespace
+
+int run_partition(const std::string &case_dir, const std::string &block, const std::string &what,
+                  int loads) {
+    for (const partition_load &load : k_loads) {
+        if (block != load.block) continue;
+        const std::string path = case_dir + "/cfgs/f0/" + load.file;
+        for (int i = 0; i < loads; ++i) {
+            if (what == "library") {
+                picojson::value document = read_json_file(path);
+                picojson::object &root   = document.get<picojson::object>();
+                for (step convert : load.steps) convert(root, 0);
+                benchmark::DoNotOptimize(root);
+            } else {
+                picojson::value document = parse_file(path);
+                benchmark::DoNotOptimize(document);
+            }
+        }
+        return 0;
+    }
+    fprintf(stderr, "--profile: no block %s\n", block.c_str());
+    return 2;
+}
 
 void register_partition_benchmarks(const std::string &case_dir) {
     for (const partition_load &load : k_loads) {

@@ -17,6 +17,11 @@ void register_frame_benchmarks(const std::string &case_dir);
  * profiler; returns the process status. */
 int run_frames(const std::string &case_dir, const std::string &what, int frames);
 
+/* Loads one block's partition file ("library") or parses it bare ("floor") so many times and
+ * nothing else, for a profiler; returns the process status. */
+int run_partition(const std::string &case_dir, const std::string &block, const std::string &what,
+                  int loads);
+
 size_t file_size(const std::string &path);
 
 }  // namespace isp_bench
