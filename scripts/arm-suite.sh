@@ -14,20 +14,7 @@ native=${1:-}
 build="$root/build-arm"
 jobs=$(nproc)
 
-packages=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user cmake ninja-build
-          pkg-config picojson-dev googletest libcli11-dev libfmt-dev)
-missing=()
-for p in "${packages[@]}"; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-    echo "Installing: ${missing[*]}" >&2
-    sudo=""
-    [ "$(id -u)" -eq 0 ] || sudo="sudo"
-    export DEBIAN_FRONTEND=noninteractive
-    $sudo apt-get update -qq
-    $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
-fi
+"$root/scripts/deps.sh" build arm
 
 cmake -S "$root" -B "$build" -G Ninja -DISP_JSON_WERROR=ON \
     -DCMAKE_TOOLCHAIN_FILE="$root/cmake/arm-linux-gnueabihf.cmake"

@@ -11,7 +11,7 @@ for task in "$@"; do
     case "$task" in
         build) packages+=(g++ cmake ninja-build pkg-config picojson-dev libgtest-dev libgmock-dev
                           libcli11-dev libfmt-dev python3) ;;
-        arm) packages+=(g++-arm-linux-gnueabihf qemu-user binutils-arm-linux-gnueabihf) ;;
+        arm) packages+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user googletest) ;;
         bench) packages+=(libbenchmark-dev) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         valgrind) packages+=(valgrind) ;;
