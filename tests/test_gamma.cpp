@@ -1,24 +1,23 @@
 /* Gamma block: a real 2.2 curve and dither settings converted and exported, the crossed dither
  * words, the split curve keys and the module replaying a case. */
 #include <stdint.h>
+#include <string.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "blocks/gamma.h"
-#include "isp_json_utils.h"
 #include "isp_json_modules.h"
-#include "isp_sim.h"
 #include "tests/support/test_support.h"
 
 namespace {
 
-using isp_test::split_lines;
-using testing::internal::CaptureStderr;
-using testing::internal::GetCapturedStderr;
+using isp_test::bytes_of;
+using isp_test::clear;
+using isp_test::stderr_lines_of;
+using isp_test::stderr_of;
 
 /* 4095 * (i / 128)^(1 / 2.2), as written into the fixture. */
 const uint16_t curve_2_2[GAMMA_LUT_POINTS] = {
@@ -33,26 +32,13 @@ const uint16_t curve_2_2[GAMMA_LUT_POINTS] = {
     3977, 3992, 4007, 4021, 4036, 4051, 4066, 4080, 4095};
 
 picojson::object fixture() {
-    return read_json_file(ISP_TEST_DATA_DIR "/gamma/rtl_gamma_p0.json").get<picojson::object>();
+    return isp_test::data_object("gamma/rtl_gamma_p0.json");
 }
 
-/* Structures are compared byte for byte, padding included, so each starts from zeros in place:
- * a small one returned by value can come back through registers and lose its padding. */
-template <typename T>
-void clear(T *value) {
-    std::memset(value, 0, sizeof *value);
-}
-
-template <typename T>
-std::vector<uint8_t> bytes_of(const T &value) {
-    const uint8_t *bytes = reinterpret_cast<const uint8_t *>(&value);
-    return std::vector<uint8_t>(bytes, bytes + sizeof value);
-}
-
-/* The bytes of the fixture's groups as the converters must fill them. */
+/* The bytes of the fixture's groups as the converters must fill them, cleared in place first. */
 std::vector<uint8_t> expected_setup_bytes() {
     _isp_gamma_user_setup_t setup;
-    clear(&setup);
+    clear(setup);
     setup.range_adjust_enable = 1;
     setup.dither_enable       = 1;
     setup.dither_pmask[0]     = 50115;  // "val16" first in memory
@@ -64,7 +50,7 @@ std::vector<uint8_t> expected_setup_bytes() {
 
 std::vector<uint8_t> expected_dither_bytes() {
     _isp_gamma_user_dither_t dither;
-    clear(&dither);
+    clear(dither);
     dither.dither_seed_enable = 1;
     dither.dither_seed[0]     = 48879;
     dither.dither_seed[1]     = 4660;
@@ -73,89 +59,27 @@ std::vector<uint8_t> expected_dither_bytes() {
 
 std::vector<uint8_t> expected_lut_bytes() {
     _isp_gamma_user_lut_t lut;
-    clear(&lut);
-    std::memcpy(lut.gam_lut, curve_2_2, sizeof curve_2_2);
+    clear(lut);
+    memcpy(lut.gam_lut, curve_2_2, sizeof curve_2_2);
     return bytes_of(lut);
 }
 
-TEST(gamma_convert, register_file_fills_every_group_with_exact_encodings) {
+TEST(gamma_convert, register_file_fills_every_group_and_exports_file_values_over_their_scale) {
     picojson::object root = fixture();
     _isp_gamma_user_setup_t setup;
-    clear(&setup);
     _isp_gamma_user_dither_t dither;
-    clear(&dither);
     _isp_gamma_user_lut_t lut;
-    clear(&lut);
-    CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_gamma_user_setup(root, &setup, 0), 0);
-    EXPECT_EQ(rtl_to_drv_gamma_user_dither(root, &dither, 0), 0);
-    EXPECT_EQ(rtl_to_drv_gamma_user_lut(root, &lut, 3), 0);
-    EXPECT_EQ(GetCapturedStderr(), "");
+    clear(setup), clear(dither), clear(lut);
+    EXPECT_EQ(stderr_of([&] {
+                  EXPECT_EQ(rtl_to_drv_gamma_user_setup(root, &setup, 0), 0);
+                  EXPECT_EQ(rtl_to_drv_gamma_user_dither(root, &dither, 0), 0);
+                  EXPECT_EQ(rtl_to_drv_gamma_user_lut(root, &lut, 3), 0);
+              }),
+              "");
     EXPECT_EQ(bytes_of(setup), expected_setup_bytes());
     EXPECT_EQ(bytes_of(dither), expected_dither_bytes());
-    for (size_t i = 0; i < GAMMA_LUT_POINTS; ++i) EXPECT_EQ(lut.gam_lut[i], curve_2_2[i]) << i;
-}
+    EXPECT_EQ(bytes_of(lut), expected_lut_bytes());
 
-TEST(gamma_convert, short_grp0_zeroes_its_missing_pair_and_reports_high_before_low) {
-    picojson::object root = fixture();
-    root["isp_gamma"].get<picojson::object>()["grp0"].get<picojson::array>().pop_back();
-    _isp_gamma_user_lut_t lut;
-    std::memset(&lut, 0xAB, sizeof lut);
-    CaptureStderr();
-    rtl_to_drv_gamma_user_lut(root, &lut, 0);
-    EXPECT_EQ(split_lines(GetCapturedStderr()),
-              (std::vector<std::string>{"read json_obj failed: gam_lut.high",
-                                        "read json_obj failed: gam_lut.low"}));
-    EXPECT_EQ(lut.gam_lut[125], 4051);
-    EXPECT_EQ(lut.gam_lut[126], 0);
-    EXPECT_EQ(lut.gam_lut[127], 0);
-    EXPECT_EQ(lut.gam_lut[128], 4095);
-}
-
-TEST(gamma_convert, last_point_is_read_from_its_low_field_only) {
-    picojson::object root = fixture();
-    root["isp_gamma"].get<picojson::object>()["gam_lut_65"] =
-        picojson::value(isp_test::parse_object(R"({"high": 4095})"));
-    _isp_gamma_user_lut_t lut;
-    std::memset(&lut, 0xAB, sizeof lut);
-    CaptureStderr();
-    rtl_to_drv_gamma_user_lut(root, &lut, 0);
-    EXPECT_EQ(GetCapturedStderr(), "read json_obj failed: gam_lut_65.low\n");
-    EXPECT_EQ(lut.gam_lut[127], 4080);
-    EXPECT_EQ(lut.gam_lut[128], 0);
-}
-
-TEST(gamma_convert, missing_block_reports_each_field_in_conversion_order) {
-    picojson::object root = isp_test::parse_object(R"({"isp_csc": {}})");
-    _isp_gamma_user_setup_t setup;
-    _isp_gamma_user_dither_t dither;
-    std::memset(&setup, 0xAB, sizeof setup);
-    std::memset(&dither, 0xAB, sizeof dither);
-    CaptureStderr();
-    EXPECT_EQ(rtl_to_drv_gamma_user_setup(root, &setup, 0), 0);
-    EXPECT_EQ(rtl_to_drv_gamma_user_dither(root, &dither, 0), 0);
-    EXPECT_EQ(
-        split_lines(GetCapturedStderr()),
-        (std::vector<std::string>{
-            "read json_obj failed: gamma.range_adjust_enable", "read json_obj failed: gamma.mode",
-            "read json_obj failed: dither.enable", "read json_obj failed: dither_pmask.val15",
-            "read json_obj failed: dither_pmask.val16", "read json_obj failed: gamma_offset.out",
-            "read json_obj failed: gamma_offset.in", "read json_obj failed: dither.seed_enable",
-            "read json_obj failed: dither_seed.val15", "read json_obj failed: dither_seed.val16"}));
-    EXPECT_EQ(setup.dither_pmask[1], 0);
-    EXPECT_EQ(setup.offset_in, 0);
-    EXPECT_EQ(dither.dither_seed[0], 0);
-    EXPECT_TRUE(root["isp_gamma"].is<picojson::null>());
-}
-
-TEST(gamma_export, groups_export_file_values_over_their_scale_with_the_15_bit_word_first) {
-    picojson::object root = fixture();
-    _isp_gamma_user_setup_t setup{};
-    _isp_gamma_user_dither_t dither{};
-    _isp_gamma_user_lut_t lut{};
-    rtl_to_drv_gamma_user_setup(root, &setup, 0);
-    rtl_to_drv_gamma_user_dither(root, &dither, 0);
-    rtl_to_drv_gamma_user_lut(root, &lut, 0);
     picojson::object out = isp_test::parse_object(R"({"offset_in": "stale", "kept": true})");
     EXPECT_EQ(drv_to_cmodel_gamma_user_setup(&setup, out, 0), 0);
     EXPECT_EQ(drv_to_cmodel_gamma_user_dither(&dither, out, 0), 0);
@@ -167,39 +91,63 @@ TEST(gamma_export, groups_export_file_values_over_their_scale_with_the_15_bit_wo
     EXPECT_EQ(curve[64].get<double>(), 186.75);
     EXPECT_EQ(curve[128].get<double>(), 255.9375);
     out.erase("lut");
-    // 6 / 2^2 and 40 / 2^4: the two offsets have their own precision
-    EXPECT_EQ(picojson::value(out).serialize(),
+    // 6 / 2^2 and 40 / 2^4: the two offsets have their own precision; the 15-bit word first
+    EXPECT_EQ(isp_test::serialized(out),
               R"({"dither_enable":1,"dither_pmask":[23130,50115],"dither_seed":[4660,48879],)"
               R"("dither_seed_enable":1,"kept":true,"mode":0,"offset_in":2.5,"offset_out":1.5,)"
               R"("range_adjust_enable":1})");
 }
 
+/* The curve is read "high" before "low" from "grp0"; point 128 from "gam_lut_65"."low" alone. */
+TEST(gamma_convert, curve_pairs_read_high_before_low_and_the_last_point_alone) {
+    picojson::object root = fixture();
+    root["isp_gamma"].get<picojson::object>()["grp0"].get<picojson::array>().pop_back();
+    root["isp_gamma"].get<picojson::object>()["gam_lut_65"] =
+        picojson::value(isp_test::parse_object(R"({"high": 4095})"));
+    _isp_gamma_user_lut_t lut;
+    memset(&lut, 0xAB, sizeof lut);
+    EXPECT_EQ(stderr_lines_of([&] { rtl_to_drv_gamma_user_lut(root, &lut, 0); }),
+              (std::vector<std::string>{"read json_obj failed: gam_lut.high",
+                                        "read json_obj failed: gam_lut.low",
+                                        "read json_obj failed: gam_lut_65.low"}));
+    EXPECT_EQ(lut.gam_lut[125], 4051);
+    EXPECT_EQ(lut.gam_lut[126], 0);
+    EXPECT_EQ(lut.gam_lut[127], 0);
+    EXPECT_EQ(lut.gam_lut[128], 0);
+}
+
+TEST(gamma_convert, missing_block_reports_each_field_in_conversion_order) {
+    picojson::object root = isp_test::parse_object(R"({"isp_csc": {}})");
+    _isp_gamma_user_setup_t setup;
+    _isp_gamma_user_dither_t dither;
+    memset(&setup, 0xAB, sizeof setup);
+    memset(&dither, 0xAB, sizeof dither);
+    EXPECT_EQ(
+        stderr_lines_of([&] {
+            EXPECT_EQ(rtl_to_drv_gamma_user_setup(root, &setup, 0), 0);
+            EXPECT_EQ(rtl_to_drv_gamma_user_dither(root, &dither, 0), 0);
+        }),
+        (std::vector<std::string>{
+            "read json_obj failed: gamma.range_adjust_enable", "read json_obj failed: gamma.mode",
+            "read json_obj failed: dither.enable", "read json_obj failed: dither_pmask.val15",
+            "read json_obj failed: dither_pmask.val16", "read json_obj failed: gamma_offset.out",
+            "read json_obj failed: gamma_offset.in", "read json_obj failed: dither.seed_enable",
+            "read json_obj failed: dither_seed.val15", "read json_obj failed: dither_seed.val16"}));
+    EXPECT_EQ(setup.dither_pmask[1], 0);
+    EXPECT_EQ(setup.offset_in, 0);
+    EXPECT_EQ(dither.dither_seed[0], 0);
+    EXPECT_TRUE(root.at("isp_gamma").is<picojson::null>());
+}
+
 TEST(gamma_module, replays_setup_dither_and_curve_in_command_order) {
     isp_test::temp_dir dir;
-    dir.write("cfgs/f0/rtl_gamma_p0.json",
-              isp_test::read_file(ISP_TEST_DATA_DIR "/gamma/rtl_gamma_p0.json"));
-    isp_sim::reset();
-    isp_sim::set_log_echo(false);
-    isp_test::pipe p(1, 1, dir.path());
-    JsonModuleHandle h = p.handle();
-    JsonModuleOps *ops = nullptr;
-    ASSERT_EQ(qv_isp_module_gamma_json_register(&ops), 0);
-    ASSERT_EQ(ops->create(&h), 0);
-    ASSERT_EQ(ops->init(&h), 0);
-
-    const std::vector<isp_sim::call> pushes = isp_sim::calls_of("vin_hal_wrapper_setup");
-    ASSERT_EQ(pushes.size(), 4u);  // the default parameters, then setup, dither, curve
-    EXPECT_EQ(pushes[0].cmd, 0u);
-    EXPECT_EQ(pushes[1].cmd, 1u);
+    dir.write("cfgs/f0/rtl_gamma_p0.json", isp_test::data_text("gamma/rtl_gamma_p0.json"));
+    const std::vector<isp_sim::call> pushes =
+        isp_test::replay(qv_isp_module_gamma_json_register, dir);
+    ASSERT_EQ(isp_test::commands_of(pushes), (std::vector<uint32_t>{0, 1, 2, 3}));
     EXPECT_EQ(pushes[1].payload, expected_setup_bytes());
-    EXPECT_EQ(pushes[2].cmd, 2u);
     EXPECT_EQ(pushes[2].payload, expected_dither_bytes());
-    EXPECT_EQ(pushes[3].cmd, 3u);
     EXPECT_EQ(pushes[3].payload, expected_lut_bytes());
-
-    EXPECT_EQ(ops->deinit(&h), 0);
-    EXPECT_EQ(ops->destroy(&h), 0);
-    EXPECT_TRUE(isp_sim::problems().empty());
 }
 
 }  // namespace

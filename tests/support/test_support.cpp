@@ -1,6 +1,8 @@
 #include "tests/support/test_support.h"
 
 #include <dirent.h>
+#include <stdarg.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,8 +11,6 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
-
-#include <gtest/gtest.h>
 
 namespace isp_test {
 namespace {
@@ -34,14 +34,14 @@ void remove_tree(const std::string &path) {
 
 void make_parents(const std::string &path) {
     for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1))
+         slash        = path.find('/', slash + 1))
         ::mkdir(path.substr(0, slash).c_str(), 0755);
 }
 
 }  // namespace
 
 temp_dir::temp_dir() {
-    const char *base = getenv("TMPDIR");
+    const char *base    = getenv("TMPDIR");
     std::string pattern = std::string(base && *base ? base : "/tmp") + "/isp_json_test_XXXXXX";
     std::vector<char> buffer(pattern.begin(), pattern.end());
     buffer.push_back('\0');
@@ -49,7 +49,9 @@ temp_dir::temp_dir() {
     path_ = buffer.data();
 }
 
-temp_dir::~temp_dir() { remove_tree(path_); }
+temp_dir::~temp_dir() {
+    remove_tree(path_);
+}
 
 std::string temp_dir::write(const std::string &relative, const std::string &text) const {
     std::string full = path_ + "/" + relative;
@@ -72,12 +74,24 @@ std::string read_file(const std::string &path) {
     return text.str();
 }
 
+std::string data_text(const std::string &relative) {
+    return read_file(std::string(ISP_TEST_DATA_DIR) + "/" + relative);
+}
+
+picojson::object data_object(const std::string &relative) {
+    return parse_object(data_text(relative));
+}
+
 picojson::object parse_object(const std::string &text) {
     picojson::value value;
     std::string error = picojson::parse(value, text);
     EXPECT_EQ(error, "") << text;
     if (!value.is<picojson::object>()) return picojson::object();
     return value.get<picojson::object>();
+}
+
+std::string serialized(const picojson::object &object) {
+    return picojson::value(object).serialize();
 }
 
 std::vector<std::string> split_lines(const std::string &text) {
@@ -87,19 +101,146 @@ std::vector<std::string> split_lines(const std::string &text) {
     return lines;
 }
 
+std::string stderr_of(const std::function<void()> &body) {
+    testing::internal::CaptureStderr();
+    body();
+    return testing::internal::GetCapturedStderr();
+}
+
+std::vector<std::string> stderr_lines_of(const std::function<void()> &body) {
+    return split_lines(stderr_of(body));
+}
+
+void add_failed(std::vector<std::string> &lines, const std::string &reg,
+                const std::vector<std::string> &fields, int times) {
+    for (int i = 0; i < times; ++i)
+        for (const std::string &field : fields)
+            lines.push_back("read json_obj failed: " + reg + "." + field);
+}
+
+std::string runtime_error_of(const std::function<void()> &body) {
+    try {
+        body();
+    } catch (const std::runtime_error &error) {
+        return error.what();
+    }
+    return "no exception";
+}
+
+std::string type_error(const char *type) {
+    return std::string("\"type mismatch! call is<type>() before get<type>()\" && is<") + type +
+           ">()";
+}
+
+std::string format(const char *fmt, ...) {
+    char text[512];
+    va_list args;
+    va_start(args, fmt);
+    vsnprintf(text, sizeof text, fmt, args);
+    va_end(args);
+    return text;
+}
+
+std::string error_line(const std::string &function, int line, uint32_t code,
+                       const std::string &text) {
+    return format("[E][%32s][%4d]: Error [%x]: %s\n", function.c_str(), line, code, text.c_str());
+}
+
+void expect_log(size_t index, const std::string &text, int32_t level) {
+    const std::vector<isp_sim::log_line> &lines = isp_sim::log_lines();
+    ASSERT_EQ(lines.size(), index + 1) << text;
+    EXPECT_EQ(lines.back().level, level);
+    EXPECT_EQ(lines.back().tag, "ISP");
+    EXPECT_EQ(lines.back().flag, 1);
+    EXPECT_EQ(lines.back().text, text);
+}
+
+std::vector<std::string> names_of(const std::vector<isp_sim::call> &calls) {
+    std::vector<std::string> names;
+    for (const isp_sim::call &c : calls) names.push_back(c.function);
+    return names;
+}
+
+std::vector<isp_sim::call> calls_since(size_t mark) {
+    const std::vector<isp_sim::call> &all = isp_sim::calls();
+    return std::vector<isp_sim::call>(all.begin() + static_cast<long>(mark), all.end());
+}
+
+std::vector<isp_sim::call> pushes() {
+    return isp_sim::calls_of("vin_hal_wrapper_setup");
+}
+
+std::vector<isp_sim::call> pushes_with(uint32_t cmd) {
+    std::vector<isp_sim::call> found;
+    for (const isp_sim::call &c : pushes())
+        if (c.cmd == cmd) found.push_back(c);
+    return found;
+}
+
+std::vector<uint32_t> commands_of(const std::vector<isp_sim::call> &calls) {
+    std::vector<uint32_t> commands;
+    for (const isp_sim::call &c : calls)
+        if (c.function == "vin_hal_wrapper_setup") commands.push_back(c.cmd);
+    return commands;
+}
+
 pipe::pipe(uint8_t part_h, uint8_t part_v, const std::string &case_path, int32_t channels) {
-    ctx.attr.part_h = part_h;
-    ctx.attr.part_v = part_v;
-    ctx.reg_shadow = &shadow;
+    ctx.attr.part_h   = part_h;
+    ctx.attr.part_v   = part_v;
+    ctx.reg_shadow    = &shadow;
     ctx.channel_count = channels;
     std::strncpy(ctx.case_path, case_path.c_str(), sizeof ctx.case_path - 1);
 }
 
 JsonModuleHandle pipe::handle(uint32_t trigger_arg) {
     JsonModuleHandle handle{};
-    handle.pipe = &ctx;
+    handle.pipe        = &ctx;
     handle.trigger_arg = trigger_arg;
     return handle;
+}
+
+JsonModuleOps *ops_of(register_fn reg) {
+    JsonModuleOps *ops = nullptr;
+    EXPECT_EQ(reg(&ops), 0);
+    return ops;
+}
+
+std::vector<isp_sim::call> replay(register_fn reg, const temp_dir &case_dir, uint8_t part_h,
+                                  uint8_t part_v, int32_t channels) {
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+    pipe p(part_h, part_v, case_dir.path(), channels);
+    module m(reg, p);
+    EXPECT_EQ(m.create(), 0);
+    EXPECT_EQ(m.init(), 0);
+    const std::vector<isp_sim::call> pushed = pushes();
+    EXPECT_EQ(m.deinit(), 0);
+    EXPECT_EQ(m.destroy(), 0);
+    EXPECT_EQ(isp_sim::problems(), std::vector<std::string>());
+    isp_sim::set_log_echo(true);
+    return pushed;
+}
+
+void platform_test::SetUp() {
+    isp_sim::reset();
+    isp_sim::set_log_echo(false);
+}
+
+void platform_test::TearDown() {
+    if (quiet_) testing::internal::GetCapturedStderr();
+    EXPECT_EQ(isp_sim::problems(), expected_problems);
+    isp_sim::reset();
+    isp_sim::set_log_echo(true);
+}
+
+void platform_test::quiet_stderr() {
+    testing::internal::CaptureStderr();
+    quiet_ = true;
+}
+
+std::string platform_test::frame_file(int frame, const std::string &name,
+                                      const std::string &text) const {
+    return case_dir.write("cfgs/f" + std::to_string(frame) + "/" + name, text);
 }
 
 }  // namespace isp_test

@@ -1,5 +1,5 @@
-/* Shared helpers of the test suite: temporary case directories, captured standard error and a
- * pipeline context wired to the simulated platform. */
+/* Shared helpers of the test suite: temporary case directories, captured standard error, the
+ * simulated platform's records and modules run on a pipeline context wired to it. */
 #ifndef ISP_TEST_SUPPORT_H
 #define ISP_TEST_SUPPORT_H
 
@@ -7,21 +7,24 @@
 #include <stdint.h>
 #include <string.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <picojson.h>
 
 #include "isp_framework.h"
+#include "isp_sim.h"
 
 namespace isp_test {
 
 /* A fresh directory under the system's temporary directory, removed with everything in it. */
 class temp_dir {
-public:
+  public:
     temp_dir();
     ~temp_dir();
-    temp_dir(const temp_dir &) = delete;
+    temp_dir(const temp_dir &)            = delete;
     temp_dir &operator=(const temp_dir &) = delete;
 
     const std::string &path() const { return path_; }
@@ -29,14 +32,37 @@ public:
     std::string write(const std::string &relative, const std::string &text) const;
     std::string mkdir(const std::string &relative) const;
 
-private:
+  private:
     std::string path_;
 };
 
 std::string read_file(const std::string &path);
+/* The text of a fixture under tests/data ("wbc/rtl_wbc_p0.json"), and its root object. */
+std::string data_text(const std::string &relative);
+picojson::object data_object(const std::string &relative);
 /* Parses text as JSON and returns its root object (fails the test on a parse error). */
 picojson::object parse_object(const std::string &text);
+std::string serialized(const picojson::object &object);
 std::vector<std::string> split_lines(const std::string &text);
+
+/* What body writes to standard error (captured at the descriptor level), whole or by line. */
+std::string stderr_of(const std::function<void()> &body);
+std::vector<std::string> stderr_lines_of(const std::function<void()> &body);
+/* The converters' report of each field of one register, in the order given, times times. */
+void add_failed(std::vector<std::string> &lines, const std::string &reg,
+                const std::vector<std::string> &fields, int times = 1);
+
+/* What the std::runtime_error raised by body says, "no exception" when it returns. */
+std::string runtime_error_of(const std::function<void()> &body);
+/* picojson's text for a checked access that finds another type ("object", "array", "double"). */
+std::string type_error(const char *type);
+
+std::string format(const char *fmt, ...) __attribute__((format(printf, 1, 2)));
+/* A module's error report: "[E][%32s][%4d]: Error [%x]: %s\n". */
+std::string error_line(const std::string &function, int line, uint32_t code,
+                       const std::string &text);
+/* The last log line, which must be the one at index: level, tag "ISP", flag 1 and text. */
+void expect_log(size_t index, const std::string &text, int32_t level = 3);
 
 /* The bytes of a driver structure as the wrapper receives them. */
 template <typename T>
@@ -45,11 +71,21 @@ std::vector<uint8_t> bytes_of(const T &value) {
     return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
-/* Clears a structure in place, padding included: a copy need not keep padding bytes, so an
- * expected structure is cleared where it lives and then filled member by member. */
+/* Clears a structure in place, padding included: a copy need not keep padding bytes (a small
+ * one returned by value can travel through registers), so an expected structure is cleared
+ * where it lives and then filled member by member. */
 template <typename T>
 void clear(T &value) {
     memset(&value, 0, sizeof value);
+}
+
+/* The bytes of a structure cleared in place and then filled member by member by fill_in. */
+template <typename T>
+std::vector<uint8_t> bytes_filled(void (*fill_in)(T &)) {
+    T value;
+    clear(value);
+    fill_in(value);
+    return bytes_of(value);
 }
 
 /* Stores codes into a member array in index order (at most its length). */
@@ -58,12 +94,85 @@ void fill(T (&member)[N], const std::vector<uint32_t> &codes) {
     for (size_t i = 0; i < N && i < codes.size(); ++i) member[i] = static_cast<T>(codes[i]);
 }
 
+/* A member array's codes, for comparing with a written-out table. */
+template <typename T, size_t N>
+std::vector<uint32_t> codes(const T (&member)[N]) {
+    return std::vector<uint32_t>(member, member + N);
+}
+
+/* A recorded structure or record copied into out, which is cleared in place first. */
+template <typename T>
+void copy_bytes(const std::vector<uint8_t> &bytes, T &out) {
+    clear(out);
+    EXPECT_EQ(bytes.size(), sizeof out);
+    memcpy(&out, bytes.data(), bytes.size() < sizeof out ? bytes.size() : sizeof out);
+}
+
+/* The simulated platform's records. */
+std::vector<std::string> names_of(const std::vector<isp_sim::call> &calls);
+std::vector<isp_sim::call> calls_since(size_t mark);
+/* Setup calls in order: all of them, or those of one command. */
+std::vector<isp_sim::call> pushes();
+std::vector<isp_sim::call> pushes_with(uint32_t cmd);
+std::vector<uint32_t> commands_of(const std::vector<isp_sim::call> &calls);
+
 /* A pipeline context with a grid, a case path and its own register shadow. */
 struct pipe {
     PipeContext ctx{};
     IspRegShadow shadow{};
     pipe(uint8_t part_h, uint8_t part_v, const std::string &case_path, int32_t channels = 1);
     JsonModuleHandle handle(uint32_t trigger_arg = 0);
+};
+
+typedef int32_t (*register_fn)(JsonModuleOps **);
+JsonModuleOps *ops_of(register_fn reg);
+
+/* One module instance on a pipe: the operations its registration hands out and its handle. */
+struct module {
+    module(register_fn reg, pipe &p, uint32_t trigger_arg = 0) :ops(ops_of(reg)),
+        h(p.handle(trigger_arg)) {}
+    JsonModuleOps *ops;
+    JsonModuleHandle h;
+
+    int32_t create() { return ops->create(&h); }
+    int32_t destroy() { return ops->destroy(&h); }
+    int32_t init() { return ops->init(&h); }
+    int32_t deinit() { return ops->deinit(&h); }
+    int32_t process() { return ops->process(&h); }
+    int32_t trigger() { return ops->trigger(&h); }
+    int32_t sync() { return ops->sync(&h); }
+    template <typename Context>
+    Context *context() const {
+        return static_cast<Context *>(h.priv);
+    }
+    /* The first word of every context: the wrapper handle. */
+    uint32_t wrapper() const { return *context<uint32_t>(); }
+};
+
+/* Replays one module over the case in case_dir on a fresh simulated platform (log lines not
+ * echoed): register, create and init on a pipe of the grid and channel count, then deinit and
+ * destroy, with no problem seen by the platform. Returns the setup calls of init, the default
+ * parameters first. */
+std::vector<isp_sim::call> replay(register_fn reg, const temp_dir &case_dir, uint8_t part_h = 1,
+                                  uint8_t part_v = 1, int32_t channels = 1);
+
+/* A fresh simulated platform for each test, its log lines recorded but not echoed. At the end the
+ * platform must have seen no problem but those the test expects. */
+class platform_test : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+    /* Captures standard error until the end of the test: the register files of most module tests
+     * leave fields out, and the converters say so. */
+    void quiet_stderr();
+    /* Writes text as cfgs/f<frame>/<name> of the case. */
+    std::string frame_file(int frame, const std::string &name, const std::string &text) const;
+
+    temp_dir case_dir;
+    std::vector<std::string> expected_problems;
+
+  private:
+    bool quiet_ = false;
 };
 
 }  // namespace isp_test
