@@ -3,16 +3,12 @@
  * codes, depths, register I/O name, memory tag, wrapper slot, enable bit, status codes, messages
  * and source lines, and the groups in the order they reach the wrapper. */
 #include <dlfcn.h>
-#include <stdarg.h>
 #include <stdint.h>
-#include <stdio.h>
 #include <string.h>
 
-#include <algorithm>
 #include <map>
 #include <ostream>
 #include <regex>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +20,12 @@
 #include "tests/support/test_support.h"
 
 namespace {
+
+using isp_test::calls_since;
+using isp_test::error_line;
+using isp_test::expect_log;
+using isp_test::format;
+using isp_test::names_of;
 
 enum class kind { generic, statistics, channelled, pattern };
 enum class enable_at { sync, trigger, none };
@@ -271,39 +273,8 @@ const module_row rows[] = {
 // clang-format on
 static_assert(sizeof rows / sizeof rows[0] == 34, "every module of the catalogue");
 
-const uint8_t walk_pipe_id   = 2;
-const uint32_t walk_trigger  = 0x5A5A1234;
-const size_t wrapper_slots   = 40;
-const size_t no_sync_modules = 4;
-
-std::string format(const char *fmt, ...) __attribute__((format(printf, 1, 2)));
-std::string format(const char *fmt, ...) {
-    char text[512];
-    va_list args;
-    va_start(args, fmt);
-    vsnprintf(text, sizeof text, fmt, args);
-    va_end(args);
-    return text;
-}
-
-std::string error_text(const std::string &function, int line, uint32_t code, const char *what) {
-    return format("[E][%32s][%4d]: Error [%x]: %s\n", function.c_str(), line, code, what);
-}
-
-std::vector<std::string> names_of(const std::vector<isp_sim::call> &calls) {
-    std::vector<std::string> names;
-    for (const isp_sim::call &c : calls) names.push_back(c.function);
-    return names;
-}
-
-template <typename Record>
-Record record_of(const isp_sim::call &c) {
-    Record record;
-    memset(&record, 0, sizeof record);
-    EXPECT_EQ(c.record.size(), sizeof record) << c.function;
-    memcpy(&record, c.record.data(), std::min(c.record.size(), sizeof record));
-    return record;
-}
+const uint8_t walk_pipe_id  = 2;
+const uint32_t walk_trigger = 0x5A5A1234;
 
 /* A register file of the block holding no register, except the raw-number curves and meshes,
  * which have no default and must be there. */
@@ -324,30 +295,16 @@ std::string register_file(const std::string &block) {
     return "{\"isp_" + block + "\": {" + body + "}}";
 }
 
-bool all_zero(const void *bytes, size_t size) {
-    const uint8_t *first = static_cast<const uint8_t *>(bytes);
-    for (size_t i = 0; i < size; ++i)
-        if (first[i] != 0) return false;
-    return true;
-}
-
 void PrintTo(const module_row &m, std::ostream *out) {
     *out << m.name;
 }
 
-class catalogue : public testing::TestWithParam<module_row> {
+class catalogue : public isp_test::platform_test, public testing::WithParamInterface<module_row> {
   protected:
+    /* the register files carry no fields, so the converters report every one they miss */
     void SetUp() override {
-        isp_sim::reset();
-        isp_sim::set_log_echo(false);
-        /* the register files carry no fields, so the converters report every one they miss */
-        testing::internal::CaptureStderr();
-    }
-    void TearDown() override {
-        testing::internal::GetCapturedStderr();
-        EXPECT_EQ(isp_sim::problems(), std::vector<std::string>());
-        isp_sim::reset();
-        isp_sim::set_log_echo(true);
+        platform_test::SetUp();
+        quiet_stderr();
     }
 
     const module_row &row() const { return GetParam(); }
@@ -355,48 +312,26 @@ class catalogue : public testing::TestWithParam<module_row> {
         return std::string("isp_") + row().name + "_json_mod_" + operation;
     }
     std::string loader() const { return std::string("__") + row().name + "_json_param_setup"; }
+    std::string invalid(const char *operation, int line) const {
+        return error_line(op(operation), line, row().arg, "invalid params.");
+    }
     bool channelled() const { return row().variant == kind::channelled; }
+    bool pattern() const { return row().variant == kind::pattern; }
+    bool statistics() const { return row().variant == kind::statistics; }
 
-    JsonModuleOps *ops() const {
-        JsonModuleOps *table = nullptr;
-        EXPECT_EQ(row().reg(&table), 0);
-        return table;
-    }
-
-    /* Frames f0 and f1 of a case over the grid, each file holding the block's empty object;
-     * the pattern module's files lie in the case directory itself. */
-    void write_case(uint8_t partitions, int channels = 1) const {
+    /* Frames f0 and f1 of a case over two partitions, each file holding the block's empty
+     * object; the pattern module's files lie in the case directory itself. */
+    void write_case() const {
         const std::string content = register_file(row().block);
-        for (int frame = 0; frame < 2; ++frame) {
-            const std::string dir = "cfgs/f" + std::to_string(frame) + "/";
-            case_dir.mkdir(dir);
-            for (int p = 0; p < partitions; ++p) {
-                if (row().variant == kind::pattern) {
-                    if (frame == 0) case_dir.write(format(row().file, p), content);
-                } else if (channelled()) {
-                    for (int c = 0; c < channels; ++c)
-                        case_dir.write(dir + format(row().file, p, c), content);
-                } else {
-                    case_dir.write(dir + format(row().file, p), content);
-                }
+        for (int frame = 0; frame < 2; ++frame)
+            for (int p = 0; p < 2; ++p) {
+                if (pattern())
+                    case_dir.write(format(row().file, p), content);
+                else if (channelled())
+                    frame_file(frame, format(row().file, p, 0), content);
+                else
+                    frame_file(frame, format(row().file, p), content);
             }
-        }
-    }
-
-    /* Calls recorded since mark. */
-    static std::vector<isp_sim::call> since(size_t mark) {
-        const std::vector<isp_sim::call> &all = isp_sim::calls();
-        return std::vector<isp_sim::call>(all.begin() + static_cast<long>(mark), all.end());
-    }
-
-    /* The one log line expected since mark. */
-    static void expect_one_log(size_t mark, int32_t level, const std::string &text) {
-        const std::vector<isp_sim::log_line> &lines = isp_sim::log_lines();
-        ASSERT_EQ(lines.size(), mark + 1) << text;
-        EXPECT_EQ(lines.back().level, level);
-        EXPECT_EQ(lines.back().tag, "ISP");
-        EXPECT_EQ(lines.back().flag, 1);
-        EXPECT_EQ(lines.back().text, text);
     }
 
     /* Every group pushed to wrapper in order, with its structure. */
@@ -410,283 +345,202 @@ class catalogue : public testing::TestWithParam<module_row> {
         }
     }
 
-    int32_t frame_of(const JsonModuleHandle &h) const {
-        return channelled() ? static_cast<JsonChnContext *>(h.priv)->frame
-                            : static_cast<JsonModuleContext *>(h.priv)->frame;
-    }
-    uint32_t last_frame_of(const JsonModuleHandle &h) const {
-        return channelled() ? static_cast<JsonChnContext *>(h.priv)->last_frame
-                            : static_cast<JsonModuleContext *>(h.priv)->last_frame;
-    }
-    static uint32_t wrapper_of(const JsonModuleHandle &h) {
-        return *static_cast<const uint32_t *>(h.priv);
+    /* frame index and last-frame flag, wherever the module's context keeps them */
+    std::pair<int32_t, uint32_t> frame_of(const isp_test::module &m) const {
+        if (channelled())
+            return {m.context<JsonChnContext>()->frame, m.context<JsonChnContext>()->last_frame};
+        return {m.context<JsonModuleContext>()->frame, m.context<JsonModuleContext>()->last_frame};
     }
 
     size_t context_size() const {
-        switch (row().variant) {
-            case kind::statistics:
-                return sizeof(JsonStatContext);
-            case kind::channelled:
-                return sizeof(JsonChnContext);
-            default:
-                return sizeof(JsonModuleContext);
-        }
+        return statistics()   ? sizeof(JsonStatContext)
+               : channelled() ? sizeof(JsonChnContext)
+                              : sizeof(JsonModuleContext);
     }
 
-    /* Sets every bypass bit but the module's (clear = true) or only the module's. */
+    /* Sets every bypass bit but the module's, or only the module's. */
     void set_bypass(isp_test::pipe &p, bool module_bit_set) const {
         const int bit = row().bypass < 0 ? 0 : row().bypass;
         memset(p.ctx.bypass, module_bit_set ? 0x00 : 0xFF, sizeof p.ctx.bypass);
-        uint8_t &byte      = p.ctx.bypass[bit / 8];
-        const uint8_t mask = static_cast<uint8_t>(1u << (bit % 8));
-        byte =
-            module_bit_set ? static_cast<uint8_t>(byte | mask) : static_cast<uint8_t>(byte & ~mask);
+        p.ctx.bypass[bit / 8] ^= static_cast<uint8_t>(1u << (bit % 8));
+    }
+    /* The enable bits expected: the module's bit follows the inverted bypass bit, the others
+     * keep what they held. */
+    uint32_t with_bit(uint32_t others, bool on) const {
+        const uint32_t bit = 1u << row().enable;
+        return on ? others | bit : others & ~bit;
     }
 
-    /* The pipe of every walk: a 2 x 1 grid with its own id, on a case with frames f0 and f1. */
+    /* The pipe of every walk: a 2 x 1 grid on the case with frames f0 and f1. */
     isp_test::pipe make_pipe() const { return isp_test::pipe(2, 1, case_dir.path(), 1); }
-
-    isp_test::temp_dir case_dir;
 };
 
 std::string row_name(const testing::TestParamInfo<module_row> &info) {
     return info.param.name;
 }
 
-/* register -> create -> init -> process -> trigger -> sync -> deinit -> destroy, and every
- * constant of the module as it shows in the records. */
+/* register -> create -> init -> process -> deinit -> destroy, and every constant of the module
+ * as it shows in the records (trigger and sync have tests of their own below). */
 TEST_P(catalogue, whole_lifecycle_shows_every_constant) {
     const module_row &m = row();
-    write_case(2);
-    isp_test::pipe p(2, 1, case_dir.path(), 1);
-    p.ctx.pipe_id      = walk_pipe_id;
-    JsonModuleHandle h = p.handle(walk_trigger);
-
-    JsonModuleOps *table = ops();
-    ASSERT_NE(table, nullptr);
-    size_t logs = isp_sim::log_lines().size();
+    write_case();
+    isp_test::pipe p = make_pipe();
+    p.ctx.pipe_id    = walk_pipe_id;
+    isp_test::module mod(m.reg, p, walk_trigger);
+    ASSERT_NE(mod.ops, nullptr);
+    const size_t logs = isp_sim::log_lines().size();
 
     /* create: one zero-filled context under the module's tag */
     size_t mark = isp_sim::calls().size();
-    ASSERT_EQ(table->create(&h), 0);
-    ASSERT_NE(h.priv, nullptr);
-    {
-        const std::vector<isp_sim::call> calls = since(mark);
-        ASSERT_EQ(names_of(calls), std::vector<std::string>{"QV_OS_MEM_Calloc"});
-        EXPECT_EQ(calls[0].tag, m.tag);
-        EXPECT_EQ(calls[0].size, context_size());
-        EXPECT_TRUE(all_zero(h.priv, context_size()));
-        EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>{{m.tag, 1}}));
-    }
+    ASSERT_EQ(mod.create(), 0);
+    ASSERT_NE(mod.h.priv, nullptr);
+    std::vector<isp_sim::call> calls = calls_since(mark);
+    ASSERT_EQ(names_of(calls), std::vector<std::string>{"QV_OS_MEM_Calloc"});
+    EXPECT_EQ(calls[0].tag, m.tag);
+    EXPECT_EQ(calls[0].size, context_size());
+    EXPECT_EQ(std::vector<uint8_t>(mod.context<uint8_t>(), mod.context<uint8_t>() + context_size()),
+              std::vector<uint8_t>(context_size(), 0));
+    EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>{{m.tag, 1}}));
 
     /* init: wrapper, register I/O, default parameters, [statistics buffer], frame 0 */
     mark = isp_sim::calls().size();
-    ASSERT_EQ(table->init(&h), 0);
-    uint32_t wrapper = 0;
-    {
-        const std::vector<isp_sim::call> calls = since(mark);
-        std::vector<std::string> expected      = {
-                 "vin_hal_wrapper_create", "vin_hal_wrapper_regio_create", "vin_hal_wrapper_setup"};
-        if (m.variant == kind::statistics) expected.push_back("qv_hal_sys_mem_alloc_cached");
-        const size_t before_groups = expected.size();
-        expected.insert(expected.end(), m.groups.size(), "vin_hal_wrapper_setup");
-        ASSERT_EQ(names_of(calls), expected);
+    ASSERT_EQ(mod.init(), 0);
+    calls                             = calls_since(mark);
+    std::vector<std::string> expected = {"vin_hal_wrapper_create", "vin_hal_wrapper_regio_create",
+                                         "vin_hal_wrapper_setup"};
+    if (statistics()) expected.push_back("qv_hal_sys_mem_alloc_cached");
+    const size_t before_groups = expected.size();
+    expected.insert(expected.end(), m.groups.size(), "vin_hal_wrapper_setup");
+    ASSERT_EQ(names_of(calls), expected);
 
-        const VinHalWrapperAttr attr = record_of<VinHalWrapperAttr>(calls[0]);
-        EXPECT_EQ(attr.type, m.type);
-        EXPECT_EQ(attr.reserved, 0u);
-        EXPECT_EQ(attr.mode, 2u);
-        EXPECT_EQ(attr.register_func, &isp_plat_hal_register_func);
-        EXPECT_EQ(attr.pipe_attr, &p.ctx.attr);
-        wrapper = calls[0].handle;
-        EXPECT_EQ(wrapper_of(h), wrapper);
+    VinHalWrapperAttr attr;
+    isp_test::copy_bytes(calls[0].record, attr);
+    EXPECT_EQ(attr.type, m.type);
+    EXPECT_EQ(attr.reserved, 0u);
+    EXPECT_EQ(attr.mode, 2u);
+    EXPECT_EQ(attr.register_func, &isp_plat_hal_register_func);
+    EXPECT_EQ(attr.pipe_attr, &p.ctx.attr);
+    const uint32_t wrapper = calls[0].handle;
+    EXPECT_EQ(mod.wrapper(), wrapper);
 
-        const VinHalRegioAttr regio = record_of<VinHalRegioAttr>(calls[1]);
-        EXPECT_EQ(calls[1].handle, wrapper);
-        EXPECT_EQ(regio.pipe_id, walk_pipe_id);
-        EXPECT_EQ(regio.mode, 1);
-        EXPECT_EQ(regio.channel, 0);
-        EXPECT_TRUE(all_zero(regio.reserved0, sizeof regio.reserved0));
-        EXPECT_EQ(regio.reg_base, 0x2400000u);
-        EXPECT_EQ(regio.reserved1, 0u);
-        EXPECT_EQ(regio.block_code[0], m.code0);
-        EXPECT_EQ(regio.block_code[1], m.code1);
-        EXPECT_TRUE(all_zero(regio.reserved2, sizeof regio.reserved2));
-        EXPECT_EQ(regio.regdesc_get, &qv_regio_regdesc_get_plat);
-        EXPECT_EQ(regio.part_num, 2);
-        EXPECT_TRUE(all_zero(regio.reserved3, sizeof regio.reserved3));
-        EXPECT_EQ(regio.depth[0], m.depth0);
-        EXPECT_EQ(regio.depth[1], m.depth1);
-        EXPECT_EQ(regio.flag, 1);
-        EXPECT_TRUE(all_zero(regio.reserved4, sizeof regio.reserved4));
-        EXPECT_EQ(regio.param[0], 2u);
-        EXPECT_EQ(regio.param[1], 4u);
-        char name[sizeof regio.name] = {};
-        memcpy(name, m.regio, strlen(m.regio));
-        EXPECT_EQ(memcmp(regio.name, name, sizeof name), 0) << regio.name;
+    /* the register I/O record byte for byte, every reserved byte zero */
+    VinHalRegioAttr regio;
+    isp_test::clear(regio);
+    regio.pipe_id       = walk_pipe_id;
+    regio.mode          = 1;
+    regio.reg_base      = 0x2400000;
+    regio.block_code[0] = m.code0;
+    regio.block_code[1] = m.code1;
+    regio.regdesc_get   = &qv_regio_regdesc_get_plat;
+    regio.part_num      = 2;
+    regio.depth[0]      = m.depth0;
+    regio.depth[1]      = m.depth1;
+    regio.flag          = 1;
+    regio.param[0]      = 2;
+    regio.param[1]      = 4;
+    strncpy(regio.name, m.regio, sizeof regio.name - 1);
+    EXPECT_EQ(calls[1].handle, wrapper);
+    EXPECT_EQ(calls[1].record, isp_test::bytes_of(regio));
 
-        EXPECT_EQ(calls[2].handle, wrapper);
-        EXPECT_EQ(calls[2].cmd, 0u);
-        EXPECT_FALSE(calls[2].has_data);
-
-        if (m.variant == kind::statistics) {
-            const JsonStatContext *ctx = static_cast<const JsonStatContext *>(h.priv);
-            EXPECT_EQ(calls[3].pipe_id, walk_pipe_id);
-            EXPECT_EQ(calls[3].align, 128u);
-            EXPECT_EQ(ctx->area_count, 3u);
-            EXPECT_EQ(ctx->phys, 0x10000000u);
-            EXPECT_NE(ctx->virt, nullptr);
-            if (std::string(m.name) == "ae_stat") {
-                EXPECT_EQ(calls[3].size, 264336u);
-                EXPECT_EQ(calls[3].name, "vin_ae_stat2x3");
-                EXPECT_EQ(ctx->area_size, 88112u);
-            } else {
-                EXPECT_EQ(calls[3].size, 456720u);
-                EXPECT_EQ(calls[3].name, "vin_awb_stat2x3");
-                EXPECT_EQ(ctx->area_size, 152240u);
-            }
-        }
-        expect_groups(std::vector<isp_sim::call>(calls.begin() + static_cast<long>(before_groups),
-                                                 calls.end()),
-                      wrapper);
+    EXPECT_EQ(calls[2].handle, wrapper);
+    EXPECT_EQ(calls[2].cmd, 0u);
+    EXPECT_FALSE(calls[2].has_data);
+    if (statistics()) {
+        const JsonStatContext *ctx = mod.context<JsonStatContext>();
+        const bool ae              = std::string(m.name) == "ae_stat";
+        EXPECT_EQ(calls[3].pipe_id, walk_pipe_id);
+        EXPECT_EQ(calls[3].align, 128u);
+        EXPECT_EQ(calls[3].size, ae ? 264336u : 456720u);
+        EXPECT_EQ(calls[3].name, ae ? "vin_ae_stat2x3" : "vin_awb_stat2x3");
+        EXPECT_EQ(ctx->area_size, ae ? 88112u : 152240u);
+        EXPECT_EQ(ctx->area_count, 3u);
+        EXPECT_EQ(ctx->phys, 0x10000000u);
+        EXPECT_NE(ctx->virt, nullptr);
     }
-    for (size_t slot = 0; slot < wrapper_slots; ++slot)
-        EXPECT_EQ(p.ctx.wrapper_slot[slot], slot == m.slot ? h.priv : nullptr) << "slot " << slot;
+    expect_groups(std::vector<isp_sim::call>(calls.begin() + before_groups, calls.end()), wrapper);
+    for (size_t slot = 0; slot < ISP_WRAPPER_SLOTS; ++slot)
+        EXPECT_EQ(p.ctx.wrapper_slot[slot], slot == m.slot ? mod.h.priv : nullptr) << slot;
     const isp_sim::wrapper_state created = isp_sim::wrapper(wrapper);
-    EXPECT_TRUE(created.exists);
-    EXPECT_TRUE(created.regio);
+    EXPECT_TRUE(created.exists && created.regio);
     EXPECT_EQ(created.type, m.type);
-    EXPECT_EQ("mod_" + created.block, m.regio);
-
     /* the first load moved on to f1; the pattern module has no frames */
-    if (m.variant == kind::pattern) {
-        EXPECT_EQ(frame_of(h), 0);
-        EXPECT_EQ(last_frame_of(h), 0u);
-    } else {
-        EXPECT_EQ(frame_of(h), 1);
-        EXPECT_EQ(last_frame_of(h), 0u);
-    }
+    EXPECT_EQ(frame_of(mod), std::make_pair(pattern() ? 0 : 1, 0u));
 
     /* process, through both processing slots: the groups again, in the same order */
-    for (JsonModuleOp process : {table->process, table->process2}) {
+    for (JsonModuleOp process : {mod.ops->process, mod.ops->process2}) {
         mark = isp_sim::calls().size();
-        ASSERT_EQ(process(&h), 0);
-        expect_groups(since(mark), wrapper);
-        EXPECT_EQ(frame_of(h), m.variant == kind::pattern ? 0 : 1);
-        EXPECT_EQ(last_frame_of(h), m.variant == kind::pattern ? 0u : 1u);
-    }
-
-    /* trigger: the wrapper with mode 1 and the handle's argument; the enable bit for the
-     * modules that keep it there */
-    p.shadow.module_enable = 0;
-    set_bypass(p, false);
-    mark = isp_sim::calls().size();
-    ASSERT_EQ(table->trigger(&h), 0);
-    {
-        const std::vector<isp_sim::call> calls = since(mark);
-        if (m.trigger_noop) {
-            EXPECT_TRUE(calls.empty());
-        } else {
-            ASSERT_EQ(names_of(calls), std::vector<std::string>{"vin_hal_wrapper_trigger"});
-            EXPECT_EQ(calls[0].handle, wrapper);
-            EXPECT_EQ(calls[0].mode, 1u);
-            EXPECT_EQ(calls[0].arg, walk_trigger);
-            EXPECT_EQ(calls[0].channel, 0u);
-        }
-        const uint32_t mirrored = m.at == enable_at::trigger ? 1u << m.enable : 0u;
-        EXPECT_EQ(p.shadow.module_enable, mirrored);
-    }
-    p.shadow.module_enable = 0xFFFFFFFF;
-    set_bypass(p, true);
-    ASSERT_EQ(table->trigger(&h), 0);
-    EXPECT_EQ(p.shadow.module_enable, m.at == enable_at::trigger ? ~(1u << m.enable) : 0xFFFFFFFFu);
-
-    /* sync: the bypass bit, inverted, into the enable bit and nowhere else */
-    if (m.at == enable_at::sync) {
-        ASSERT_NE(table->sync, nullptr);
-        mark                   = isp_sim::calls().size();
-        p.shadow.module_enable = 0;
-        set_bypass(p, false);
-        ASSERT_EQ(table->sync(&h), 0);
-        EXPECT_EQ(p.shadow.module_enable, 1u << m.enable);
-        p.shadow.module_enable = 0xFFFFFFFF;
-        set_bypass(p, true);
-        ASSERT_EQ(table->sync(&h), 0);
-        EXPECT_EQ(p.shadow.module_enable, ~(1u << m.enable));
-        EXPECT_TRUE(since(mark).empty());
-    } else {
-        EXPECT_EQ(table->sync, nullptr);
+        ASSERT_EQ(process(&mod.h), 0);
+        expect_groups(calls_since(mark), wrapper);
+        EXPECT_EQ(frame_of(mod), pattern() ? std::make_pair(0, 0u) : std::make_pair(1, 1u));
     }
 
     /* deinit: register I/O and wrapper destroyed, [buffer freed], slot and handle cleared */
-    const uint64_t phys =
-        m.variant == kind::statistics ? static_cast<JsonStatContext *>(h.priv)->phys : 0;
-    mark = isp_sim::calls().size();
-    ASSERT_EQ(table->deinit(&h), 0);
-    {
-        const std::vector<isp_sim::call> calls = since(mark);
-        std::vector<std::string> expected      = {"vin_hal_wrapper_regio_destroy",
-                                                  "vin_hal_wrapper_destroy"};
-        if (m.variant == kind::statistics) expected.push_back("QV_SYS_MemFree");
-        ASSERT_EQ(names_of(calls), expected);
-        EXPECT_EQ(calls[0].handle, wrapper);
-        EXPECT_EQ(calls[1].handle, wrapper);
-        if (m.variant == kind::statistics) {
-            EXPECT_EQ(calls[2].phys, phys);
-            EXPECT_EQ(static_cast<JsonStatContext *>(h.priv)->phys, 0u);
-            EXPECT_EQ(static_cast<JsonStatContext *>(h.priv)->virt, nullptr);
-        }
+    const uint64_t phys = statistics() ? mod.context<JsonStatContext>()->phys : 0;
+    mark                = isp_sim::calls().size();
+    ASSERT_EQ(mod.deinit(), 0);
+    calls    = calls_since(mark);
+    expected = {"vin_hal_wrapper_regio_destroy", "vin_hal_wrapper_destroy"};
+    if (statistics()) expected.push_back("QV_SYS_MemFree");
+    ASSERT_EQ(names_of(calls), expected);
+    EXPECT_EQ(calls[0].handle, wrapper);
+    EXPECT_EQ(calls[1].handle, wrapper);
+    if (statistics()) {
+        EXPECT_EQ(calls[2].phys, phys);
+        EXPECT_EQ(mod.context<JsonStatContext>()->phys, 0u);
+        EXPECT_EQ(mod.context<JsonStatContext>()->virt, nullptr);
     }
-    EXPECT_EQ(wrapper_of(h), 0u);
+    EXPECT_EQ(mod.wrapper(), 0u);
     EXPECT_EQ(p.ctx.wrapper_slot[m.slot], nullptr);
     EXPECT_EQ(isp_sim::live_wrappers(), 0u);
     EXPECT_EQ(isp_sim::live_dma_buffers(), 0u);
+    /* a second deinit finds the slot empty: nothing is destroyed or freed twice */
+    mark = isp_sim::calls().size();
+    ASSERT_EQ(mod.deinit(), 0);
+    EXPECT_TRUE(calls_since(mark).empty());
 
     /* destroy: the context freed under the same tag */
     mark = isp_sim::calls().size();
-    ASSERT_EQ(table->destroy(&h), 0);
-    EXPECT_EQ(h.priv, nullptr);
-    {
-        const std::vector<isp_sim::call> calls = since(mark);
-        ASSERT_EQ(names_of(calls), std::vector<std::string>{"QV_OS_MEM_Free"});
-        EXPECT_EQ(calls[0].tag, m.tag);
-    }
+    ASSERT_EQ(mod.destroy(), 0);
+    EXPECT_EQ(mod.h.priv, nullptr);
+    calls = calls_since(mark);
+    ASSERT_EQ(names_of(calls), std::vector<std::string>{"QV_OS_MEM_Free"});
+    EXPECT_EQ(calls[0].tag, m.tag);
     EXPECT_TRUE(isp_sim::live_allocations().empty());
     /* a clean life reports nothing */
     EXPECT_EQ(isp_sim::log_lines().size(), logs);
 }
 
 TEST_P(catalogue, registration_fills_every_slot_with_the_exported_operation) {
-    JsonModuleOps *first = ops();
+    JsonModuleOps *first = isp_test::ops_of(row().reg);
     ASSERT_NE(first, nullptr);
-    auto exported = [&](const char *operation) {
+    const auto exported = [&](const char *operation) {
         return dlsym(RTLD_DEFAULT, op(operation).c_str());
     };
-    EXPECT_EQ(reinterpret_cast<void *>(first->create), exported("create"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->destroy), exported("destroy"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->init), exported("init"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->deinit), exported("deinit"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->process), exported("process"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->process2), exported("process"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->trigger), exported("trigger"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->ctrl), exported("ctrl"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->set_param), exported("set_param"));
-    EXPECT_EQ(reinterpret_cast<void *>(first->get_param), exported("get_param"));
-    if (row().at == enable_at::sync) {
-        EXPECT_NE(exported("sync"), nullptr);
-        EXPECT_EQ(reinterpret_cast<void *>(first->sync), exported("sync"));
-    } else {
-        EXPECT_EQ(first->sync, nullptr);
-        EXPECT_EQ(exported("sync"), nullptr);
+    const std::pair<const void *, const char *> slots[] = {
+        {reinterpret_cast<void *>(first->create), "create"},
+        {reinterpret_cast<void *>(first->destroy), "destroy"},
+        {reinterpret_cast<void *>(first->init), "init"},
+        {reinterpret_cast<void *>(first->deinit), "deinit"},
+        {reinterpret_cast<void *>(first->process), "process"},
+        {reinterpret_cast<void *>(first->process2), "process"},
+        {reinterpret_cast<void *>(first->trigger), "trigger"},
+        {reinterpret_cast<void *>(first->sync), "sync"},
+        {reinterpret_cast<void *>(first->ctrl), "ctrl"},
+        {reinterpret_cast<void *>(first->set_param), "set_param"},
+        {reinterpret_cast<void *>(first->get_param), "get_param"},
+    };
+    for (const auto &slot : slots) {
+        EXPECT_EQ(slot.first, exported(slot.second)) << slot.second;
+        /* only the four modules without a sync slot leave one empty */
+        EXPECT_EQ(slot.first != nullptr,
+                  std::string(slot.second) != "sync" || row().at == enable_at::sync)
+            << slot.second;
     }
-    EXPECT_NE(first->create, nullptr);
-    EXPECT_NE(first->process, nullptr);
 
     /* registering again rewrites the same table with the same values */
     const JsonModuleOps copy = *first;
-    JsonModuleOps *second    = ops();
-    EXPECT_EQ(second, first);
-    EXPECT_EQ(memcmp(&copy, second, sizeof copy), 0);
+    EXPECT_EQ(isp_test::ops_of(row().reg), first);
+    EXPECT_EQ(memcmp(&copy, first, sizeof copy), 0);
 
     /* the three no-op entries ignore every argument, a null handle included */
     int dummy = 0;
@@ -700,417 +554,355 @@ TEST_P(catalogue, registration_fills_every_slot_with_the_exported_operation) {
 }
 
 TEST_P(catalogue, create_reports_allocation_failure_and_keeps_an_existing_context) {
-    const module_row &m  = row();
-    isp_test::pipe p     = make_pipe();
-    JsonModuleHandle h   = p.handle();
-    JsonModuleOps *table = ops();
-    const size_t logs    = isp_sim::log_lines().size();
+    const module_row &m = row();
+    isp_test::pipe p    = make_pipe();
+    isp_test::module mod(m.reg, p);
+    const size_t logs = isp_sim::log_lines().size();
 
     isp_sim::fail_call("QV_OS_MEM_Calloc", 1);
-    EXPECT_EQ(static_cast<uint32_t>(table->create(&h)), m.alloc);
-    EXPECT_EQ(h.priv, nullptr);
-    const std::string malloc_failed = std::string("Isp ") + m.name + " malloc failed.";
-    expect_one_log(logs, 3,
-                   error_text(op("create"), m.lines->create_alloc, m.alloc, malloc_failed.c_str()));
+    EXPECT_EQ(static_cast<uint32_t>(mod.create()), m.alloc);
+    EXPECT_EQ(mod.h.priv, nullptr);
+    expect_log(logs, error_line(op("create"), m.lines->create_alloc, m.alloc,
+                                std::string("Isp ") + m.name + " malloc failed."));
 
-    ASSERT_EQ(table->create(&h), 0);
-    void *context     = h.priv;
-    const size_t mark = isp_sim::calls().size();
-    EXPECT_EQ(table->create(&h), 0);
-    EXPECT_EQ(h.priv, context);
-    EXPECT_TRUE(since(mark).empty());
-    expect_one_log(logs + 1, 4,
-                   format("[W][%32s][%4d]: %s context already calloc!\n", op("create").c_str(),
-                          m.lines->create_warn, m.name));
+    ASSERT_EQ(mod.create(), 0);
+    void *context = mod.h.priv;
+    size_t mark   = isp_sim::calls().size();
+    EXPECT_EQ(mod.create(), 0);
+    EXPECT_EQ(mod.h.priv, context);
+    EXPECT_TRUE(calls_since(mark).empty());
+    expect_log(logs + 1,
+               format("[W][%32s][%4d]: %s context already calloc!\n", op("create").c_str(),
+                      m.lines->create_warn, m.name),
+               4);
 
-    EXPECT_EQ(table->destroy(&h), 0);
-    EXPECT_EQ(h.priv, nullptr);
+    EXPECT_EQ(mod.destroy(), 0);
+    EXPECT_EQ(mod.h.priv, nullptr);
     /* destroy without a context does nothing */
-    const size_t before_second = isp_sim::calls().size();
-    EXPECT_EQ(table->destroy(&h), 0);
-    EXPECT_TRUE(since(before_second).empty());
+    mark = isp_sim::calls().size();
+    EXPECT_EQ(mod.destroy(), 0);
+    EXPECT_TRUE(calls_since(mark).empty());
     EXPECT_TRUE(isp_sim::live_allocations().empty());
 }
 
 TEST_P(catalogue, init_reports_bad_handles_and_each_wrapper_failure) {
-    const module_row &m    = row();
-    JsonModuleOps *table   = ops();
-    const std::string init = op("init");
-
+    const module_row &m = row();
     {
         SCOPED_TRACE("bad handles");
-        isp_test::pipe p   = make_pipe();
-        JsonModuleHandle h = p.handle();
-        size_t logs        = isp_sim::log_lines().size();
-        EXPECT_EQ(static_cast<uint32_t>(table->init(nullptr)), m.arg);
-        expect_one_log(logs, 3, error_text(init, m.lines->init_invalid, m.arg, "invalid params."));
-        EXPECT_EQ(static_cast<uint32_t>(table->init(&h)), m.arg);  // no context yet
-        expect_one_log(logs + 1, 3,
-                       error_text(init, m.lines->init_invalid, m.arg, "invalid params."));
-        ASSERT_EQ(table->create(&h), 0);
-        h.pipe = nullptr;
-        EXPECT_EQ(static_cast<uint32_t>(table->init(&h)), m.arg);
-        expect_one_log(logs + 2, 3,
-                       error_text(init, m.lines->init_invalid, m.arg, "invalid params."));
+        isp_test::pipe p = make_pipe();
+        isp_test::module mod(m.reg, p);
+        const size_t logs = isp_sim::log_lines().size();  // after ae_stat's banner
+        EXPECT_EQ(static_cast<uint32_t>(mod.ops->init(nullptr)), m.arg);
+        expect_log(logs, invalid("init", m.lines->init_invalid));
+        EXPECT_EQ(static_cast<uint32_t>(mod.init()), m.arg);  // no context yet
+        expect_log(logs + 1, invalid("init", m.lines->init_invalid));
+        ASSERT_EQ(mod.create(), 0);
+        mod.h.pipe = nullptr;
+        EXPECT_EQ(static_cast<uint32_t>(mod.init()), m.arg);
+        expect_log(logs + 2, invalid("init", m.lines->init_invalid));
         EXPECT_EQ(isp_sim::live_wrappers(), 0u);
-        EXPECT_EQ(table->destroy(&h), 0);
+        EXPECT_EQ(mod.destroy(), 0);
     }
 
-    struct failure {
+    const std::string block = std::string("Isp ") + (m.regio + 4);
+    const struct {
         const char *function;
-        unsigned nth;
         int line;
         std::string message;
         size_t wrappers_left;
-    };
-    const std::string block  = std::string("Isp ") + (m.regio + 4);
-    const failure failures[] = {
-        {"vin_hal_wrapper_create", 1, m.lines->init_create,
+    } failures[] = {
+        {"vin_hal_wrapper_create", m.lines->init_create,
          std::string("Isp ") + m.name + " hal wrapper create failed.", 0},
-        {"vin_hal_wrapper_regio_create", 1, m.lines->init_regio,
+        {"vin_hal_wrapper_regio_create", m.lines->init_regio,
          block + " hal wrapper regio create failed.", 1},
-        {"vin_hal_wrapper_setup", 1, m.lines->init_default, block + " hal setup dft param failed.",
-         1},
+        {"vin_hal_wrapper_setup", m.lines->init_default, block + " hal setup dft param failed.", 1},
     };
-    for (const failure &f : failures) {
+    write_case();
+    for (const auto &f : failures) {
         SCOPED_TRACE(f.function);
         isp_sim::reset();
-        write_case(2);
-        isp_test::pipe p   = make_pipe();
-        JsonModuleHandle h = p.handle();
-        ASSERT_EQ(table->create(&h), 0);
+        isp_test::pipe p = make_pipe();
+        isp_test::module mod(m.reg, p);
+        ASSERT_EQ(mod.create(), 0);
         const size_t logs = isp_sim::log_lines().size();
-        isp_sim::fail_call(f.function, f.nth);
-        EXPECT_EQ(static_cast<uint32_t>(table->init(&h)), m.hw);
-        expect_one_log(logs, 3, error_text(init, f.line, m.hw, f.message.c_str()));
+        isp_sim::fail_call(f.function, 1);
+        EXPECT_EQ(static_cast<uint32_t>(mod.init()), m.hw);
+        expect_log(logs, error_line(op("init"), f.line, m.hw, f.message));
         /* nothing is rolled back, nothing is loaded, the slot stays empty */
         EXPECT_EQ(isp_sim::live_wrappers(), f.wrappers_left);
         EXPECT_EQ(p.ctx.wrapper_slot[m.slot], nullptr);
-        EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_setup").size(),
+        EXPECT_EQ(isp_test::pushes().size(),
                   std::string(f.function) == "vin_hal_wrapper_setup" ? 1u : 0u);
         EXPECT_EQ(isp_sim::calls_of("qv_hal_sys_mem_alloc_cached").size(), 0u);
-        EXPECT_EQ(frame_of(h), 0);
-        EXPECT_EQ(table->destroy(&h), 0);
+        EXPECT_EQ(frame_of(mod).first, 0);
+        EXPECT_EQ(mod.destroy(), 0);
     }
 }
 
 TEST_P(catalogue, a_failing_group_push_stops_the_load_with_its_message) {
     const module_row &m = row();
-    write_case(2);
-    isp_test::pipe p     = make_pipe();
-    JsonModuleHandle h   = p.handle();
-    JsonModuleOps *table = ops();
-    ASSERT_EQ(table->create(&h), 0);
+    write_case();
+    isp_test::pipe p = make_pipe();
+    isp_test::module mod(m.reg, p);
+    ASSERT_EQ(mod.create(), 0);
 
     /* the first group failing during init */
     size_t logs = isp_sim::log_lines().size();
     isp_sim::fail_call("vin_hal_wrapper_setup", 2);
-    EXPECT_EQ(static_cast<uint32_t>(table->init(&h)), m.hw);
-    expect_one_log(logs, 3, error_text(loader(), push_line(0), m.hw, m.groups[0].message));
-    EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_setup").size(), 2u);
-    /* the wrapper was made before the load: it stays, and so does the slot */
-    EXPECT_EQ(p.ctx.wrapper_slot[m.slot], h.priv);
-    const uint32_t wrapper = wrapper_of(h);
+    EXPECT_EQ(static_cast<uint32_t>(mod.init()), m.hw);
+    expect_log(logs, error_line(loader(), push_line(0), m.hw, m.groups[0].message));
+    EXPECT_EQ(isp_test::pushes().size(), 2u);
+    /* the wrapper was made before the load: it stays, and so do the slot and the frame advance */
+    EXPECT_EQ(p.ctx.wrapper_slot[m.slot], mod.h.priv);
+    EXPECT_EQ(frame_of(mod).first, pattern() ? 0 : 1);
 
     for (size_t i = 0; i < m.groups.size(); ++i) {
         SCOPED_TRACE("group " + std::to_string(i));
         logs              = isp_sim::log_lines().size();
         const size_t mark = isp_sim::calls().size();
         isp_sim::fail_call("vin_hal_wrapper_setup", static_cast<unsigned>(i + 1));
-        EXPECT_EQ(static_cast<uint32_t>(table->process(&h)), m.hw);
-        const std::vector<isp_sim::call> calls = since(mark);
+        EXPECT_EQ(static_cast<uint32_t>(mod.process()), m.hw);
+        const std::vector<isp_sim::call> calls = calls_since(mark);
         ASSERT_EQ(calls.size(), i + 1);
         for (size_t k = 0; k <= i; ++k) {
             EXPECT_EQ(calls[k].function, "vin_hal_wrapper_setup");
-            EXPECT_EQ(calls[k].handle, wrapper);
+            EXPECT_EQ(calls[k].handle, mod.wrapper());
             EXPECT_EQ(calls[k].cmd, m.groups[k].cmd);
         }
-        expect_one_log(logs, 3, error_text(loader(), push_line(i), m.hw, m.groups[i].message));
+        expect_log(logs, error_line(loader(), push_line(i), m.hw, m.groups[i].message));
     }
-    EXPECT_EQ(table->deinit(&h), 0);
-    EXPECT_EQ(table->destroy(&h), 0);
+    EXPECT_EQ(mod.deinit(), 0);
+    EXPECT_EQ(mod.destroy(), 0);
 }
 
 TEST_P(catalogue, loader_checks_its_pointers_the_case_path_and_the_grid) {
     const module_row &m = row();
-    write_case(2);
-    isp_test::pipe p     = make_pipe();
-    JsonModuleHandle h   = p.handle();
-    JsonModuleOps *table = ops();
-    const std::string null_text =
-        format("[E][%32s][%4d]: Error: Pointer is null!\n", loader().c_str(), load_null_handle);
+    write_case();
+    isp_test::pipe p = make_pipe();
+    isp_test::module mod(m.reg, p);
+    const size_t logs    = isp_sim::log_lines().size();
+    const auto null_line = [&](int line) {
+        return format("[E][%32s][%4d]: Error: Pointer is null!\n", loader().c_str(), line);
+    };
 
-    size_t logs = isp_sim::log_lines().size();
-    EXPECT_EQ(static_cast<uint32_t>(table->process(nullptr)), null_pointer_code);
-    expect_one_log(logs, 3, null_text);
-    EXPECT_EQ(static_cast<uint32_t>(table->process(&h)), null_pointer_code);  // no context
-    expect_one_log(
-        logs + 1, 3,
-        format("[E][%32s][%4d]: Error: Pointer is null!\n", loader().c_str(), load_null_context));
-    ASSERT_EQ(table->create(&h), 0);
-    ASSERT_EQ(table->init(&h), 0);
-    JsonModuleHandle no_pipe = h;
+    EXPECT_EQ(static_cast<uint32_t>(mod.ops->process(nullptr)), null_pointer_code);
+    expect_log(logs, null_line(load_null_handle));
+    EXPECT_EQ(static_cast<uint32_t>(mod.process()), null_pointer_code);  // no context
+    expect_log(logs + 1, null_line(load_null_context));
+    ASSERT_EQ(mod.create(), 0);
+    ASSERT_EQ(mod.init(), 0);
+    JsonModuleHandle no_pipe = mod.h;
     no_pipe.pipe             = nullptr;
-    logs                     = isp_sim::log_lines().size();
-    EXPECT_EQ(static_cast<uint32_t>(table->process(&no_pipe)), null_pointer_code);
-    expect_one_log(
-        logs, 3,
-        format("[E][%32s][%4d]: Error: Pointer is null!\n", loader().c_str(), load_null_pipe));
+    EXPECT_EQ(static_cast<uint32_t>(mod.ops->process(&no_pipe)), null_pointer_code);
+    expect_log(logs + 2, null_line(load_null_pipe));
 
     /* an empty case path: -1 before any file is touched */
-    const int32_t frame = frame_of(h);
-    p.ctx.case_path[0]  = '\0';
-    size_t mark         = isp_sim::calls().size();
-    logs                = isp_sim::log_lines().size();
-    EXPECT_EQ(table->process(&h), -1);
-    expect_one_log(
-        logs, 3, format("[E][%32s][%4d]: case path invalid.\n", loader().c_str(), load_case_path));
-    EXPECT_TRUE(since(mark).empty());
-    EXPECT_EQ(frame_of(h), frame);
+    const auto frame   = frame_of(mod);
+    p.ctx.case_path[0] = '\0';
+    size_t mark        = isp_sim::calls().size();
+    EXPECT_EQ(mod.process(), -1);
+    expect_log(logs + 3,
+               format("[E][%32s][%4d]: case path invalid.\n", loader().c_str(), load_case_path));
+    EXPECT_TRUE(calls_since(mark).empty());
+    EXPECT_EQ(frame_of(mod), frame);
     strncpy(p.ctx.case_path, case_dir.path().c_str(), sizeof p.ctx.case_path - 1);
 
     /* an empty grid: refused by the modules that check it, loaded as nothing by the others */
     for (const IspPipeAttr grid : {IspPipeAttr{0, 1}, IspPipeAttr{2, 0}}) {
         SCOPED_TRACE(std::to_string(grid.part_h) + " x " + std::to_string(grid.part_v));
-        p.ctx.attr = grid;
-        mark       = isp_sim::calls().size();
-        logs       = isp_sim::log_lines().size();
+        p.ctx.attr         = grid;
+        mark               = isp_sim::calls().size();
+        const size_t lines = isp_sim::log_lines().size();
         if (m.grid != 0) {
-            EXPECT_EQ(static_cast<uint32_t>(table->process(&h)), m.grid);
-            expect_one_log(logs, 3, error_text(loader(), load_grid, m.grid, "partition err!!!."));
-            EXPECT_TRUE(since(mark).empty());
+            EXPECT_EQ(static_cast<uint32_t>(mod.process()), m.grid);
+            expect_log(lines, error_line(loader(), load_grid, m.grid, "partition err!!!."));
+            EXPECT_TRUE(calls_since(mark).empty());
         } else {
-            EXPECT_EQ(table->process(&h), 0);
-            expect_groups(since(mark), wrapper_of(h));
-            EXPECT_EQ(isp_sim::log_lines().size(), logs);
+            EXPECT_EQ(mod.process(), 0);
+            expect_groups(calls_since(mark), mod.wrapper());
+            EXPECT_EQ(isp_sim::log_lines().size(), lines);
         }
     }
     p.ctx.attr = IspPipeAttr{2, 1};
-    EXPECT_EQ(table->deinit(&h), 0);
-    EXPECT_EQ(table->destroy(&h), 0);
+    EXPECT_EQ(mod.deinit(), 0);
+    EXPECT_EQ(mod.destroy(), 0);
 }
 
 TEST_P(catalogue, trigger_checks_handle_and_case_path_and_reports_the_wrapper) {
     const module_row &m = row();
-    write_case(2);
-    isp_test::pipe p          = make_pipe();
-    JsonModuleHandle h        = p.handle(walk_trigger);
-    JsonModuleOps *table      = ops();
-    const std::string trigger = op("trigger");
+    write_case();
+    isp_test::pipe p = make_pipe();
+    isp_test::module mod(m.reg, p, walk_trigger);
 
     if (m.trigger_noop) {
         /* this block is started by another: trigger never looks at anything */
-        EXPECT_EQ(table->trigger(nullptr), 0);
-        EXPECT_EQ(table->trigger(&h), 0);
+        EXPECT_EQ(mod.ops->trigger(nullptr), 0);
+        EXPECT_EQ(mod.trigger(), 0);
         p.ctx.case_path[0] = '\0';
-        EXPECT_EQ(table->trigger(&h), 0);
+        EXPECT_EQ(mod.trigger(), 0);
         EXPECT_TRUE(isp_sim::calls().empty());
         EXPECT_TRUE(isp_sim::log_lines().empty());
         return;
     }
 
-    size_t logs = isp_sim::log_lines().size();
-    EXPECT_EQ(static_cast<uint32_t>(table->trigger(nullptr)), m.arg);
-    expect_one_log(logs, 3,
-                   error_text(trigger, m.lines->trigger_invalid, m.arg, "invalid params."));
-    EXPECT_EQ(static_cast<uint32_t>(table->trigger(&h)), m.arg);
-    expect_one_log(logs + 1, 3,
-                   error_text(trigger, m.lines->trigger_invalid, m.arg, "invalid params."));
+    const size_t logs = isp_sim::log_lines().size();
+    EXPECT_EQ(static_cast<uint32_t>(mod.ops->trigger(nullptr)), m.arg);
+    expect_log(logs, invalid("trigger", m.lines->trigger_invalid));
+    EXPECT_EQ(static_cast<uint32_t>(mod.trigger()), m.arg);
+    expect_log(logs + 1, invalid("trigger", m.lines->trigger_invalid));
     EXPECT_EQ(p.shadow.module_enable, 0u);
+    ASSERT_EQ(mod.create(), 0);
+    ASSERT_EQ(mod.init(), 0);
 
-    ASSERT_EQ(table->create(&h), 0);
-    ASSERT_EQ(table->init(&h), 0);
+    /* the wrapper with mode 1 and the handle's argument; the enable bit, inverted from the bypass
+     * bit, for the modules that keep it there, in either direction */
+    for (const bool bypassed : {false, true}) {
+        const uint32_t others  = bypassed ? 0xFFFFFFFF : 0;
+        p.shadow.module_enable = others;
+        set_bypass(p, bypassed);
+        const size_t mark = isp_sim::calls().size();
+        ASSERT_EQ(mod.trigger(), 0);
+        const std::vector<isp_sim::call> calls = calls_since(mark);
+        ASSERT_EQ(names_of(calls), std::vector<std::string>{"vin_hal_wrapper_trigger"});
+        EXPECT_EQ(calls[0].handle, mod.wrapper());
+        EXPECT_EQ(calls[0].mode, 1u);
+        EXPECT_EQ(calls[0].arg, walk_trigger);
+        EXPECT_EQ(calls[0].channel, 0u);
+        EXPECT_EQ(p.shadow.module_enable,
+                  m.at == enable_at::trigger ? with_bit(others, !bypassed) : others);
+    }
 
     /* bypass bit clear, enable bit clear: a trigger that updates the bit would set it */
     p.shadow.module_enable = 0;
     set_bypass(p, false);
     p.ctx.case_path[0] = '\0';
     size_t mark        = isp_sim::calls().size();
-    logs               = isp_sim::log_lines().size();
-    EXPECT_EQ(table->trigger(&h), -1);
-    expect_one_log(
-        logs, 3,
-        format("[E][%32s][%4d]: case path invalid.\n", trigger.c_str(), m.lines->trigger_case));
-    EXPECT_TRUE(since(mark).empty());
+    EXPECT_EQ(mod.trigger(), -1);
+    expect_log(logs + 2, format("[E][%32s][%4d]: case path invalid.\n", op("trigger").c_str(),
+                                m.lines->trigger_case));
+    EXPECT_TRUE(calls_since(mark).empty());
     EXPECT_EQ(p.shadow.module_enable, 0u);
     strncpy(p.ctx.case_path, case_dir.path().c_str(), sizeof p.ctx.case_path - 1);
 
     /* the bit is written before the wrapper is asked, so a failing trigger still updates it */
     isp_sim::fail_call("vin_hal_wrapper_trigger", 1);
     mark = isp_sim::calls().size();
-    logs = isp_sim::log_lines().size();
-    EXPECT_EQ(static_cast<uint32_t>(table->trigger(&h)), m.hw);
-    const std::string failed = std::string("Isp ") + m.name + " hal trigger failed.";
-    expect_one_log(logs, 3, error_text(trigger, m.lines->trigger_fail, m.hw, failed.c_str()));
-    EXPECT_EQ(names_of(since(mark)), std::vector<std::string>{"vin_hal_wrapper_trigger"});
-    EXPECT_EQ(p.shadow.module_enable, m.at == enable_at::trigger ? 1u << m.enable : 0u);
-
-    EXPECT_EQ(table->deinit(&h), 0);
-    EXPECT_EQ(table->destroy(&h), 0);
+    EXPECT_EQ(static_cast<uint32_t>(mod.trigger()), m.hw);
+    expect_log(logs + 3, error_line(op("trigger"), m.lines->trigger_fail, m.hw,
+                                    std::string("Isp ") + m.name + " hal trigger failed."));
+    EXPECT_EQ(names_of(calls_since(mark)), std::vector<std::string>{"vin_hal_wrapper_trigger"});
+    EXPECT_EQ(p.shadow.module_enable, with_bit(0, m.at == enable_at::trigger));
+    EXPECT_EQ(mod.deinit(), 0);
+    EXPECT_EQ(mod.destroy(), 0);
 }
 
 TEST_P(catalogue, sync_checks_its_handle_before_touching_the_shadow) {
-    const module_row &m  = row();
-    JsonModuleOps *table = ops();
+    const module_row &m = row();
     if (m.at != enable_at::sync) GTEST_SKIP() << "no sync operation";
-    isp_test::pipe p   = make_pipe();
-    JsonModuleHandle h = p.handle();
-    const std::string text =
-        error_text(op("sync"), m.lines->sync_invalid, m.arg, "invalid params.");
+    isp_test::pipe p = make_pipe();
+    isp_test::module mod(m.reg, p);
     p.shadow.module_enable = 0;
     set_bypass(p, false);
 
-    size_t logs = isp_sim::log_lines().size();
-    EXPECT_EQ(static_cast<uint32_t>(table->sync(nullptr)), m.arg);
-    expect_one_log(logs, 3, text);
-    EXPECT_EQ(static_cast<uint32_t>(table->sync(&h)), m.arg);  // no context
-    expect_one_log(logs + 1, 3, text);
-    ASSERT_EQ(table->create(&h), 0);
-    JsonModuleHandle no_pipe = h;
+    const size_t logs = isp_sim::log_lines().size();
+    EXPECT_EQ(static_cast<uint32_t>(mod.ops->sync(nullptr)), m.arg);
+    expect_log(logs, invalid("sync", m.lines->sync_invalid));
+    EXPECT_EQ(static_cast<uint32_t>(mod.sync()), m.arg);  // no context
+    expect_log(logs + 1, invalid("sync", m.lines->sync_invalid));
+    ASSERT_EQ(mod.create(), 0);
+    JsonModuleHandle no_pipe = mod.h;
     no_pipe.pipe             = nullptr;
-    EXPECT_EQ(static_cast<uint32_t>(table->sync(&no_pipe)), m.arg);
-    expect_one_log(logs + 2, 3, text);
+    EXPECT_EQ(static_cast<uint32_t>(mod.ops->sync(&no_pipe)), m.arg);
+    expect_log(logs + 2, invalid("sync", m.lines->sync_invalid));
     EXPECT_EQ(p.shadow.module_enable, 0u);
 
-    /* a created module syncs without init */
-    EXPECT_EQ(table->sync(&h), 0);
-    EXPECT_EQ(p.shadow.module_enable, 1u << m.enable);
-    EXPECT_EQ(table->destroy(&h), 0);
+    /* a created module syncs without init: the bypass bit, inverted, into the enable bit and
+     * nowhere else, without a platform call */
+    for (const bool bypassed : {false, true}) {
+        const uint32_t others  = bypassed ? 0xFFFFFFFF : 0;
+        p.shadow.module_enable = others;
+        set_bypass(p, bypassed);
+        ASSERT_EQ(mod.sync(), 0);
+        EXPECT_EQ(p.shadow.module_enable, with_bit(others, !bypassed));
+    }
+    EXPECT_EQ(names_of(isp_sim::calls()), std::vector<std::string>{"QV_OS_MEM_Calloc"});
+    EXPECT_EQ(mod.destroy(), 0);
 }
 
 TEST_P(catalogue, deinit_reports_bad_handles_and_each_wrapper_failure) {
-    const module_row &m      = row();
-    JsonModuleOps *table     = ops();
-    const std::string deinit = op("deinit");
-    const std::string block  = std::string("Isp ") + (m.regio + 4);
-    write_case(2);
-
+    const module_row &m = row();
+    write_case();
     {
-        isp_test::pipe p   = make_pipe();
-        JsonModuleHandle h = p.handle();
-        size_t logs        = isp_sim::log_lines().size();
-        EXPECT_EQ(static_cast<uint32_t>(table->deinit(nullptr)), m.arg);
-        expect_one_log(logs, 3,
-                       error_text(deinit, m.lines->deinit_invalid, m.arg, "invalid params."));
-        EXPECT_EQ(static_cast<uint32_t>(table->deinit(&h)), m.arg);
-        expect_one_log(logs + 1, 3,
-                       error_text(deinit, m.lines->deinit_invalid, m.arg, "invalid params."));
+        isp_test::pipe p = make_pipe();
+        isp_test::module mod(m.reg, p);
+        const size_t logs = isp_sim::log_lines().size();
+        EXPECT_EQ(static_cast<uint32_t>(mod.ops->deinit(nullptr)), m.arg);
+        expect_log(logs, invalid("deinit", m.lines->deinit_invalid));
+        EXPECT_EQ(static_cast<uint32_t>(mod.deinit()), m.arg);
+        expect_log(logs + 1, invalid("deinit", m.lines->deinit_invalid));
         /* created but never initialised: the slot is empty, nothing to do */
-        ASSERT_EQ(table->create(&h), 0);
+        ASSERT_EQ(mod.create(), 0);
         const size_t mark = isp_sim::calls().size();
-        EXPECT_EQ(table->deinit(&h), 0);
-        EXPECT_TRUE(since(mark).empty());
+        EXPECT_EQ(mod.deinit(), 0);
+        EXPECT_TRUE(calls_since(mark).empty());
         EXPECT_EQ(isp_sim::log_lines().size(), logs + 2);
-        EXPECT_EQ(table->destroy(&h), 0);
+        EXPECT_EQ(mod.destroy(), 0);
     }
 
-    struct failure {
+    const std::string block = std::string("Isp ") + (m.regio + 4);
+    const struct {
         const char *function;
         int line;
         std::string message;
-    };
-    const failure failures[] = {
+    } failures[] = {
         {"vin_hal_wrapper_regio_destroy", m.lines->deinit_regio,
          block + " hal regio destroy failed."},
         {"vin_hal_wrapper_destroy", m.lines->deinit_destroy, block + " hal destroy failed."},
     };
-    for (const failure &f : failures) {
+    for (const auto &f : failures) {
         SCOPED_TRACE(f.function);
         isp_sim::reset();
-        isp_test::pipe p   = make_pipe();
-        JsonModuleHandle h = p.handle();
-        ASSERT_EQ(table->create(&h), 0);
-        ASSERT_EQ(table->init(&h), 0);
-        const uint32_t wrapper = wrapper_of(h);
+        isp_test::pipe p = make_pipe();
+        isp_test::module mod(m.reg, p);
+        ASSERT_EQ(mod.create(), 0);
+        ASSERT_EQ(mod.init(), 0);
+        const uint32_t wrapper = mod.wrapper();
         const size_t logs      = isp_sim::log_lines().size();
         isp_sim::fail_call(f.function, 1);
-        EXPECT_EQ(static_cast<uint32_t>(table->deinit(&h)), m.hw);
-        expect_one_log(logs, 3, error_text(deinit, f.line, m.hw, f.message.c_str()));
+        EXPECT_EQ(static_cast<uint32_t>(mod.deinit()), m.hw);
+        expect_log(logs, error_line(op("deinit"), f.line, m.hw, f.message));
         /* stopped where it failed: handle and slot still there, no buffer freed */
-        EXPECT_EQ(wrapper_of(h), wrapper);
-        EXPECT_EQ(p.ctx.wrapper_slot[m.slot], h.priv);
+        EXPECT_EQ(mod.wrapper(), wrapper);
+        EXPECT_EQ(p.ctx.wrapper_slot[m.slot], mod.h.priv);
         EXPECT_EQ(isp_sim::calls_of("QV_SYS_MemFree").size(), 0u);
-        EXPECT_EQ(table->destroy(&h), 0);
+        EXPECT_EQ(mod.destroy(), 0);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(all_modules, catalogue, testing::ValuesIn(rows), row_name);
 
-/* The dynamic symbol table names every registration and every operation, and no sync for the
- * four modules without one. */
-TEST(catalogue_exports, dynamic_symbols_list_every_registration_and_operation) {
-    const std::string command = std::string("nm -D --defined-only ") + ISP_JSON_LIBRARY_FILE;
-    FILE *pipe                = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::set<std::string> symbols;
-    char line[1024];
-    while (fgets(line, sizeof line, pipe)) {
-        char type[8], name[900];
-        unsigned long long address;
-        if (sscanf(line, "%llx %7s %899s", &address, type, name) == 3 && strcmp(type, "T") == 0)
-            symbols.insert(name);
-    }
-    ASSERT_EQ(pclose(pipe), 0) << command;
-
-    const char *const operations[] = {"create",  "destroy", "init", "deinit",    "process",
-                                      "trigger", "sync",    "ctrl", "set_param", "get_param"};
-    size_t registrations = 0, module_ops = 0;
-    for (const std::string &s : symbols) {
-        if (std::regex_match(s, std::regex("qv_isp_module_.*_json_register"))) ++registrations;
-        if (std::regex_match(s, std::regex("isp_.*_json_mod_.*"))) ++module_ops;
-    }
-    for (const module_row &m : rows) {
-        const std::string name = m.name;
-        EXPECT_EQ(symbols.count("qv_isp_module_" + name + "_json_register"), 1u) << name;
-        for (const char *operation : operations) {
-            const bool present = symbols.count("isp_" + name + "_json_mod_" + operation) == 1;
-            const bool wanted  = strcmp(operation, "sync") != 0 || m.at == enable_at::sync;
-            EXPECT_EQ(present, wanted) << name << " " << operation;
-        }
-    }
-    EXPECT_EQ(registrations, 34u);
-    EXPECT_EQ(module_ops, 34u * 10 - no_sync_modules);
-}
-
-class banner : public testing::Test {
-  protected:
-    void SetUp() override {
-        isp_sim::reset();
-        isp_sim::set_log_echo(false);
-    }
-    void TearDown() override {
-        isp_sim::reset();
-        isp_sim::set_log_echo(true);
-    }
-};
+using banner = isp_test::platform_test;
 
 /* ae_stat announces the library on every registration; no other module says anything. */
-TEST_F(banner, ae_stat_registration_logs_the_version_banner_every_time) {
+TEST_F(banner, ae_stat_alone_logs_the_version_banner_on_every_registration) {
     const std::regex shape(
         "\\[D\\]\\[qv_isp_module_ae_stat_json_register\\]\\[ 400\\]: \\[SDK version\\]: "
         "libisp_json\\.so V2\\.0\\.0_P5_[0-9]{14} [A-Z][a-z]{2} [ 0-9][0-9] [0-9]{4} "
         "[0-9]{2}:[0-9]{2}:[0-9]{2}\n");
-    JsonModuleOps *table = nullptr;
-    for (int round = 1; round <= 2; ++round) {
-        ASSERT_EQ(qv_isp_module_ae_stat_json_register(&table), 0);
-        ASSERT_EQ(isp_sim::log_lines().size(), static_cast<size_t>(round));
+    for (size_t round = 0; round < 2; ++round) {
+        isp_test::ops_of(qv_isp_module_ae_stat_json_register);
+        ASSERT_EQ(isp_sim::log_lines().size(), round + 1);
         const isp_sim::log_line &line = isp_sim::log_lines().back();
         EXPECT_EQ(line.level, 7);
         EXPECT_EQ(line.tag, "ISP");
         EXPECT_EQ(line.flag, 1);
         EXPECT_TRUE(std::regex_match(line.text, shape)) << line.text;
     }
-    EXPECT_TRUE(isp_sim::calls().empty());
-}
-
-TEST_F(banner, every_other_registration_is_silent) {
     for (const module_row &m : rows) {
         if (std::string(m.name) == "ae_stat") continue;
-        JsonModuleOps *table = nullptr;
-        EXPECT_EQ(m.reg(&table), 0) << m.name;
-        EXPECT_NE(table, nullptr) << m.name;
+        EXPECT_NE(isp_test::ops_of(m.reg), nullptr) << m.name;
     }
-    EXPECT_TRUE(isp_sim::log_lines().empty());
+    EXPECT_EQ(isp_sim::log_lines().size(), 2u);
     EXPECT_TRUE(isp_sim::calls().empty());
 }
 
