@@ -24,19 +24,14 @@ picojson::object fixture() {
     return isp_test::data_object("csc/rtl_csc_p0.json");
 }
 
-/* The bytes of the fixture's groups as the converters must fill them, cleared in place first:
- * the BT.601 coefficients times 1024, negative ones as 13-bit two's complement. */
-std::vector<uint8_t> expected_core_bytes() {
-    _isp_csc_user_core_t core;
-    clear(core);
+/* What the fixture holds, written out by hand: the BT.601 coefficients times 1024, negative ones as
+ * 13-bit two's complement. */
+void fill_expected(_isp_csc_user_core_t &core) {
     const uint16_t matrix[CSC_MATRIX_COEFFS] = {306, 601, 117, 8019, 7853, 512, 512, 7763, 8109};
     memcpy(core.matrix, matrix, sizeof matrix);
-    return bytes_of(core);
 }
 
-std::vector<uint8_t> expected_setup_bytes() {
-    _isp_csc_user_setup_t setup;
-    clear(setup);
+void fill_expected(_isp_csc_user_setup_t &setup) {
     const uint8_t taps_h[CSC_DECIMATION_H_TAPS] = {126, 0, 10, 16, 10, 0, 126};
     memcpy(setup.decimation_h, taps_h, sizeof taps_h);
     setup.decimation_v[0] = 1;
@@ -48,14 +43,16 @@ std::vector<uint8_t> expected_setup_bytes() {
     setup.offset_in[0]    = 2032;  // -16
     setup.offset_in[1]    = 2040;  // -8
     setup.offset_in[2]    = 2044;  // -4
-    return bytes_of(setup);
 }
 
-std::vector<uint8_t> expected_init_bytes() {
-    _isp_csc_user_init_t init;
-    clear(init);
+void fill_expected(_isp_csc_user_init_t &init) {
     init.uv_seq_sel = 1;
-    return bytes_of(init);
+}
+
+/* The bytes of the expected structure, padding included. */
+template <typename T>
+std::vector<uint8_t> expected() {
+    return isp_test::bytes_filled<T>(fill_expected);
 }
 
 TEST(csc_convert, bt601_file_fills_every_group_and_exports_its_real_values) {
@@ -70,9 +67,9 @@ TEST(csc_convert, bt601_file_fills_every_group_and_exports_its_real_values) {
                   EXPECT_EQ(rtl_to_drv_csc_user_init(root, &init, 0), 0);
               }),
               "");
-    EXPECT_EQ(bytes_of(core), expected_core_bytes());
-    EXPECT_EQ(bytes_of(setup), expected_setup_bytes());
-    EXPECT_EQ(bytes_of(init), expected_init_bytes());
+    EXPECT_EQ(bytes_of(core), expected<_isp_csc_user_core_t>());
+    EXPECT_EQ(bytes_of(setup), expected<_isp_csc_user_setup_t>());
+    EXPECT_EQ(bytes_of(init), expected<_isp_csc_user_init_t>());
 
     picojson::object out;
     EXPECT_EQ(drv_to_cmodel_csc_user_core(&core, out, 0), 0);
@@ -164,9 +161,9 @@ TEST(csc_module, replays_core_setup_and_init_in_command_order) {
     const std::vector<isp_sim::call> pushes =
         isp_test::replay(qv_isp_module_csc_json_register, dir);
     ASSERT_EQ(isp_test::commands_of(pushes), (std::vector<uint32_t>{0, 1, 2, 3}));
-    EXPECT_EQ(pushes[1].payload, expected_core_bytes());
-    EXPECT_EQ(pushes[2].payload, expected_setup_bytes());
-    EXPECT_EQ(pushes[3].payload, expected_init_bytes());
+    EXPECT_EQ(pushes[1].payload, expected<_isp_csc_user_core_t>());
+    EXPECT_EQ(pushes[2].payload, expected<_isp_csc_user_setup_t>());
+    EXPECT_EQ(pushes[3].payload, expected<_isp_csc_user_init_t>());
 }
 
 }  // namespace

@@ -18,31 +18,10 @@ namespace {
 
 using isp::field_reader;
 using isp_test::parse_object;
-
-const std::string type_error_object =
-    "\"type mismatch! call is<type>() before get<type>()\" && is<object>()";
-const std::string type_error_array =
-    "\"type mismatch! call is<type>() before get<type>()\" && is<array>()";
-const std::string type_error_number =
-    "\"type mismatch! call is<type>() before get<type>()\" && is<double>()";
-
-/* Runs body with standard error captured at the descriptor level and returns what it wrote. */
-template <typename Body>
-std::string stderr_of(Body body) {
-    testing::internal::CaptureStderr();
-    body();
-    return testing::internal::GetCapturedStderr();
-}
-
-template <typename Body>
-std::string runtime_error_of(Body body) {
-    try {
-        body();
-    } catch (const std::runtime_error &error) {
-        return error.what();
-    }
-    return "no exception";
-}
+using isp_test::runtime_error_of;
+using isp_test::serialized;
+using isp_test::stderr_of;
+using isp_test::type_error;
 
 TEST(field_reader, reads_and_encodes_present_fields_silently) {
     picojson::object root = parse_object(R"({"isp_wbc": {
@@ -85,7 +64,7 @@ TEST(field_reader, a_missing_register_or_field_is_inserted_as_null_under_its_par
     EXPECT_EQ(err,
               "read json_obj failed: clip_level.val\n"
               "read json_obj failed: d_gain.high\n");
-    EXPECT_EQ(picojson::value(root).serialize(),
+    EXPECT_EQ(serialized(root),
               R"({"isp_wbc":{"clip_level":null,"d_gain":{"high":null,"val":3}}})");
 }
 
@@ -188,64 +167,43 @@ TEST(field_reader, raw_number_failures_raise_the_type_error_without_a_message) {
     const field_reader f(root, "isp_lsc");
     const field_reader missing_top(root, "isp_none");
     const std::string err = stderr_of([&] {
-        EXPECT_EQ(runtime_error_of([&] { f.raw_number("rr_mesh", 1); }), type_error_number);
-        EXPECT_EQ(runtime_error_of([&] { f.raw_number("rr_mesh", 2); }), type_error_number);
-        EXPECT_EQ(runtime_error_of([&] { f.raw_number("flat", 0); }), type_error_array);
-        EXPECT_EQ(runtime_error_of([&] { f.raw_number("gone", 0); }), type_error_array);
-        EXPECT_EQ(runtime_error_of([&] { f.raw_number("nomesh", "tbl", 0); }), type_error_object);
-        EXPECT_EQ(runtime_error_of([&] { f.raw_number("mesh", "tbl", 1); }), type_error_number);
+        EXPECT_EQ(runtime_error_of([&] { f.raw_number("rr_mesh", 1); }), type_error("double"));
+        EXPECT_EQ(runtime_error_of([&] { f.raw_number("rr_mesh", 2); }), type_error("double"));
+        EXPECT_EQ(runtime_error_of([&] { f.raw_number("flat", 0); }), type_error("array"));
+        EXPECT_EQ(runtime_error_of([&] { f.raw_number("gone", 0); }), type_error("array"));
+        EXPECT_EQ(runtime_error_of([&] { f.raw_number("nomesh", "tbl", 0); }),
+                  type_error("object"));
+        EXPECT_EQ(runtime_error_of([&] { f.raw_number("mesh", "tbl", 1); }), type_error("double"));
         EXPECT_EQ(runtime_error_of([&] { missing_top.raw_number("rr_mesh", 0); }),
-                  type_error_object);
+                  type_error("object"));
     });
     EXPECT_EQ(err, "");
     EXPECT_TRUE(root["isp_lsc"].get("gone").is<picojson::null>());
     EXPECT_TRUE(root["isp_none"].is<picojson::null>());
 }
 
-struct saturate_row {
-    double value;
-    int32_t expected;
-};
-
 TEST(saturate_to_int32, truncates_toward_zero_and_clamps_at_both_limits) {
-    const double inf          = std::numeric_limits<double>::infinity();
-    const saturate_row rows[] = {
-        {0.0, 0},
-        {-0.0, 0},
-        {1e-300, 0},
-        {0.999, 0},
-        {-0.999, 0},
-        {2.9, 2},
-        {-2.9, -2},
-        {2147483646.9, 2147483646},
-        {2147483647.0, INT32_MAX},
-        {2147483647.5, INT32_MAX},
-        {2147483648.0, INT32_MAX},
-        {1e12, INT32_MAX},
-        {inf, INT32_MAX},
-        {-2147483647.9, -2147483647},
-        {-2147483648.0, INT32_MIN},
-        {-2147483648.9, INT32_MIN},
-        {-1e12, INT32_MIN},
-        {-inf, INT32_MIN},
-        {std::numeric_limits<double>::quiet_NaN(), 0},
-        {-std::numeric_limits<double>::quiet_NaN(), 0},
+    const double inf = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    // clang-format off
+    const struct { double value; int32_t expected; } rows[] = {
+        {0.0, 0}, {-0.0, 0}, {1e-300, 0}, {0.999, 0}, {-0.999, 0}, {2.9, 2}, {-2.9, -2},
+        {2147483646.9, 2147483646}, {2147483647.0, INT32_MAX}, {2147483647.5, INT32_MAX},
+        {2147483648.0, INT32_MAX}, {1e12, INT32_MAX}, {inf, INT32_MAX},
+        {-2147483647.9, -2147483647}, {-2147483648.0, INT32_MIN}, {-2147483648.9, INT32_MIN},
+        {-1e12, INT32_MIN}, {-inf, INT32_MIN}, {nan, 0}, {-nan, 0},
     };
-    for (const saturate_row &row : rows)
+    // clang-format on
+    for (const auto &row : rows)
         EXPECT_EQ(isp::saturate_to_int32(row.value), row.expected) << row.value;
 }
 
 TEST(saturate_to_uint32, clamps_negatives_and_nan_to_zero) {
-    const double inf = std::numeric_limits<double>::infinity();
-    EXPECT_EQ(isp::saturate_to_uint32(0.99), 0u);
-    EXPECT_EQ(isp::saturate_to_uint32(-0.5), 0u);
-    EXPECT_EQ(isp::saturate_to_uint32(-1e12), 0u);
-    EXPECT_EQ(isp::saturate_to_uint32(-inf), 0u);
-    EXPECT_EQ(isp::saturate_to_uint32(std::numeric_limits<double>::quiet_NaN()), 0u);
-    EXPECT_EQ(isp::saturate_to_uint32(4294967294.9), 4294967294u);
-    EXPECT_EQ(isp::saturate_to_uint32(4294967295.0), UINT32_MAX);
-    EXPECT_EQ(isp::saturate_to_uint32(1e12), UINT32_MAX);
-    EXPECT_EQ(isp::saturate_to_uint32(inf), UINT32_MAX);
+    const double inf     = std::numeric_limits<double>::infinity();
+    const double nan     = std::numeric_limits<double>::quiet_NaN();
+    const double in[]    = {0.99, -0.5, -1e12, -inf, nan, 4294967294.9, 4294967295.0, 1e12, inf};
+    const uint32_t out[] = {0, 0, 0, 0, 0, 4294967294u, UINT32_MAX, UINT32_MAX, UINT32_MAX};
+    for (size_t i = 0; i < 9; ++i) EXPECT_EQ(isp::saturate_to_uint32(in[i]), out[i]) << in[i];
 }
 
 TEST(cmodel_writer, decodes_into_the_object_replacing_its_own_keys_only) {
@@ -257,7 +215,7 @@ TEST(cmodel_writer, decodes_into_the_object_replacing_its_own_keys_only) {
     w.value("d_gain", d_gain, "u10.8");
     w.array("wb_gain", wb_gain, "u4.8");
     w.value("clip_level", clip_level, "u14.6");
-    EXPECT_EQ(picojson::value(out).serialize(),
+    EXPECT_EQ(serialized(out),
               R"({"clip_level":1023,"d_gain":1,"keep":"me","wb_gain":[1,1.5,2,1]})");
 }
 
@@ -270,7 +228,7 @@ TEST(cmodel_writer, signed_codes_are_read_zero_extended_from_their_member) {
     w.value("b", byte, "s7.0");
     w.value("c", byte, "u8");
     w.value("d", 0x800, "s3.8");
-    EXPECT_EQ(picojson::value(out).serialize(), R"({"a":-0.00390625,"b":-1,"c":255,"d":0})");
+    EXPECT_EQ(serialized(out), R"({"a":-0.00390625,"b":-1,"c":255,"d":0})");
 }
 
 TEST(cmodel_writer, arrays_by_count_in_listed_order_and_tables_by_row) {
@@ -283,7 +241,7 @@ TEST(cmodel_writer, arrays_by_count_in_listed_order_and_tables_by_row) {
     w.array("dither", {dither[1], dither[0]}, "u1.1");
     w.table("lut", &lut[0][0], 2, 3, "u4.4");
     w.table("empty", &lut[0][0], 0, 3, "u4.4");
-    EXPECT_EQ(picojson::value(out).serialize(),
+    EXPECT_EQ(serialized(out),
               R"({"dither":[1,0.5],"empty":[],"first_two":[1,2],"lut":[[1,2,3],[0,0.5,255]]})");
 }
 
@@ -292,7 +250,7 @@ TEST(cmodel_writer, a_non_finite_value_escapes_after_the_keys_written_before) {
     const isp::cmodel_writer w(out);
     w.value("before", 2, "u1");
     EXPECT_THROW(w.value("inf", 1, "u0.32"), std::overflow_error);
-    EXPECT_EQ(picojson::value(out).serialize(), R"({"before":2})");
+    EXPECT_EQ(serialized(out), R"({"before":2})");
 }
 
 }  // namespace

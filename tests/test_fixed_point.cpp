@@ -23,84 +23,62 @@ struct decode_row {
     double value;
 };
 
-TEST(sign_to_regval, signed_formats_wrap_into_the_field_and_set_the_sign_bit) {
+TEST(sign_to_regval, encodes_the_table) {
+    // clang-format off
     const encode_row rows[] = {
-        {0, "s3.8", 0x000},
-        {1, "s3.8", 0x001},
-        {-1, "s3.8", 0xFFF},
-        {-256, "s3.8", 0xF00},
-        {300, "s3.8", 0x12C},
-        {2047, "s3.8", 0x7FF},
-        {2048, "s3.8", 0x000},
-        {3000, "s3.8", 0x3B8},
-        {-2048, "s3.8", 0x800},
-        {-2049, "s3.8", 0xFFF},
-        {-3000, "s3.8", 0xC48},
-        {-1, "s12", 0x1FFF},
-        {4095, "s12", 0xFFF},
-        {4096, "s12", 0x000},
-        {-2, "s0.0", 0x1},
-        {5, "s0.0", 0x0},
-        {-1, "s0.8", 0x1FF},
-        {-1, "s15.15", 0x7FFFFFFF},
+        /* signed formats wrap into the field and set the sign bit */
+        {0, "s3.8", 0x000},      {1, "s3.8", 0x001},      {-1, "s3.8", 0xFFF},
+        {-256, "s3.8", 0xF00},   {300, "s3.8", 0x12C},    {2047, "s3.8", 0x7FF},
+        {2048, "s3.8", 0x000},   {3000, "s3.8", 0x3B8},   {-2048, "s3.8", 0x800},
+        {-2049, "s3.8", 0xFFF},  {-3000, "s3.8", 0xC48},  {-1, "s12", 0x1FFF},
+        {4095, "s12", 0xFFF},    {4096, "s12", 0x000},    {-2, "s0.0", 0x1},
+        {5, "s0.0", 0x0},        {-1, "s0.8", 0x1FF},     {-1, "s15.15", 0x7FFFFFFF},
         {INT32_MAX, "s30.0", 0x3FFFFFFF},
         {INT32_MIN, "s3.8", 0x800},
-    };
-    for (const encode_row &row : rows)
-        EXPECT_EQ(sign_to_regval(row.value, row.format), row.code)
-            << row.value << " as " << row.format;
-}
-
-TEST(sign_to_regval, unsigned_formats_pass_the_magnitude_through_unmasked) {
-    const encode_row rows[] = {
-        {0, "u8", 0},
-        {255, "u8", 255},
-        {300, "u8", 300},
-        {-5, "u8", 5},
-        {-1, "u1.0", 1},
-        {INT32_MAX, "u1.7", 0x7FFFFFFF},
-        {INT32_MIN, "u12", 0x80000000},
+        /* unsigned formats pass the magnitude through unmasked */
+        {0, "u8", 0}, {255, "u8", 255}, {300, "u8", 300}, {-5, "u8", 5}, {-1, "u1.0", 1},
+        {INT32_MAX, "u1.7", 0x7FFFFFFF}, {INT32_MIN, "u12", 0x80000000},
         {INT32_MIN, "u0.0", 0x80000000},
-    };
-    for (const encode_row &row : rows)
-        EXPECT_EQ(sign_to_regval(row.value, row.format), row.code)
-            << row.value << " as " << row.format;
-}
-
-TEST(sign_to_regval, fields_of_32_bits_or_more_keep_the_whole_pattern) {
-    const encode_row rows[] = {
-        {-1, "s31.1", 0xFFFFFFFF},
-        {-1, "s32.0", 0xFFFFFFFF},
-        {-1, "s16.16", 0xFFFFFFFF},
-        {-3000, "s100.100", 0xFFFFF448},
-        {INT32_MIN, "s40", 0x80000000},
+        /* fields of 32 bits or more keep the whole pattern */
+        {-1, "s31.1", 0xFFFFFFFF}, {-1, "s32.0", 0xFFFFFFFF}, {-1, "s16.16", 0xFFFFFFFF},
+        {-3000, "s100.100", 0xFFFFF448}, {INT32_MIN, "s40", 0x80000000},
         {INT32_MAX, "s32", 0x7FFFFFFF},
-        /* The bit count is taken modulo 256: 256 bits is a field of 0 bits, 259 one of 3. */
-        {-2, "s256.0", 0x1},
-        {-1, "s200.59", 0xF},
-        {9, "s255.4", 0x1},
+        /* the bit count is taken modulo 256: 256 bits is a field of 0 bits, 259 one of 3 */
+        {-2, "s256.0", 0x1}, {-1, "s200.59", 0xF}, {9, "s255.4", 0x1},
     };
+    // clang-format on
     for (const encode_row &row : rows)
         EXPECT_EQ(sign_to_regval(row.value, row.format), row.code)
             << row.value << " as " << row.format;
 }
 
-TEST(regval_to_float, decodes_the_documented_examples) {
+TEST(regval_to_float, decodes_the_table) {
+    // clang-format off
     const decode_row rows[] = {
-        {4095, "s3.8", -0.00390625}, {3840, "s3.8", -1.0},
-        {2049, "s3.8", -7.99609375}, {2048, "s3.8", 0.0},
-        {300, "s3.8", 1.171875},     {128, "u1.7", 1.0},
-        {4095, "u12", 4095.0},       {8191, "s12", -1.0},
-        {4096, "s12", 0.0},          {0, "s3.8", 0.0},
-        {2047, "s3.8", 7.99609375},  {256, "u4.8", 1.0},
+        {4095, "s3.8", -0.00390625}, {3840, "s3.8", -1.0},       {2049, "s3.8", -7.99609375},
+        {2048, "s3.8", 0.0},         {300, "s3.8", 1.171875},    {128, "u1.7", 1.0},
+        {4095, "u12", 4095.0},       {8191, "s12", -1.0},        {4096, "s12", 0.0},
+        {0, "s3.8", 0.0},            {2047, "s3.8", 7.99609375}, {256, "u4.8", 1.0},
         {65472, "u14.6", 1023.0},    {3, "u2", 3.0},
+        /* bits above a signed field with the sign bit clear: the whole code counts */
+        {0x1001, "s3.8", 4097.0 / 256.0},
+        /* unsigned: the code is read as a signed 32-bit integer */
+        {-256, "u4.8", -1.0}, {0x10000, "u8", 65536.0},
+        /* 32 or more integer and fraction bits leave no sign bit: the code's own sign decides */
+        {-512, "s24.8", -2.0},
+        /* 31 fraction bits: the divisor is the most negative integer, so the sign flips */
+        {0x40000000, "u0.31", -0.5},
+        /* 32 or more fraction bits: the divisor is 0 */
+        {1, "u0.32", INFINITY}, {-1, "u0.40", -INFINITY},
     };
+    // clang-format on
     for (const decode_row &row : rows)
         EXPECT_EQ(regval_to_float(row.code, row.format), row.value)
             << row.code << " as " << row.format;
+    EXPECT_TRUE(std::isnan(regval_to_float(0, "u0.32")));
 }
 
-TEST(regval_to_float, the_sign_bit_alone_decodes_to_zero_for_every_signed_format) {
+TEST(regval_to_float, the_sign_bit_alone_decodes_to_positive_zero_for_every_signed_format) {
     const decode_row rows[] = {
         {0x1, "s0.0", 0.0},      {0x100, "s0.8", 0.0},  {0x800, "s3.8", 0.0},
         {0x1000, "s12", 0.0},    {0x8000, "s7.8", 0.0}, {0x40000000, "s30.0", 0.0},
@@ -111,31 +89,6 @@ TEST(regval_to_float, the_sign_bit_alone_decodes_to_zero_for_every_signed_format
         EXPECT_EQ(value, 0.0) << row.code << " as " << row.format;
         EXPECT_FALSE(std::signbit(value)) << row.code << " as " << row.format;
     }
-}
-
-TEST(regval_to_float, bits_above_the_field_are_not_masked) {
-    const decode_row rows[] = {
-        /* Above a signed field with the sign bit clear: the whole code counts. */
-        {0x1001, "s3.8", 4097.0 / 256.0},
-        /* Unsigned: the code is read as a signed 32-bit integer. */
-        {-256, "u4.8", -1.0},
-        {0x10000, "u8", 65536.0},
-        /* With 32 or more integer and fraction bits there is no sign bit to test; the code's
-         * own sign decides. */
-        {-512, "s24.8", -2.0},
-    };
-    for (const decode_row &row : rows)
-        EXPECT_EQ(regval_to_float(row.code, row.format), row.value)
-            << row.code << " as " << row.format;
-}
-
-TEST(regval_to_float, extreme_fraction_counts_follow_the_divisor) {
-    /* 31 fraction bits: the divisor is the most negative integer, so the sign flips. */
-    EXPECT_EQ(regval_to_float(0x40000000, "u0.31"), -0.5);
-    /* 32 or more fraction bits: the divisor is 0. */
-    EXPECT_EQ(regval_to_float(1, "u0.32"), INFINITY);
-    EXPECT_EQ(regval_to_float(-1, "u0.40"), -INFINITY);
-    EXPECT_TRUE(std::isnan(regval_to_float(0, "u0.32")));
 }
 
 TEST(format_parser, sign_letter_case_and_shape_variants) {

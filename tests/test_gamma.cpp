@@ -35,33 +35,30 @@ picojson::object fixture() {
     return isp_test::data_object("gamma/rtl_gamma_p0.json");
 }
 
-/* The bytes of the fixture's groups as the converters must fill them, cleared in place first. */
-std::vector<uint8_t> expected_setup_bytes() {
-    _isp_gamma_user_setup_t setup;
-    clear(setup);
+/* What the fixture holds, written out by hand. */
+void fill_expected(_isp_gamma_user_setup_t &setup) {
     setup.range_adjust_enable = 1;
     setup.dither_enable       = 1;
     setup.dither_pmask[0]     = 50115;  // "val16" first in memory
     setup.dither_pmask[1]     = 23130;  // "val15"
     setup.offset_out          = 6;
     setup.offset_in           = 40;
-    return bytes_of(setup);
 }
 
-std::vector<uint8_t> expected_dither_bytes() {
-    _isp_gamma_user_dither_t dither;
-    clear(dither);
+void fill_expected(_isp_gamma_user_dither_t &dither) {
     dither.dither_seed_enable = 1;
     dither.dither_seed[0]     = 48879;
     dither.dither_seed[1]     = 4660;
-    return bytes_of(dither);
 }
 
-std::vector<uint8_t> expected_lut_bytes() {
-    _isp_gamma_user_lut_t lut;
-    clear(lut);
+void fill_expected(_isp_gamma_user_lut_t &lut) {
     memcpy(lut.gam_lut, curve_2_2, sizeof curve_2_2);
-    return bytes_of(lut);
+}
+
+/* The bytes of the expected structure, padding included. */
+template <typename T>
+std::vector<uint8_t> expected() {
+    return isp_test::bytes_filled<T>(fill_expected);
 }
 
 TEST(gamma_convert, register_file_fills_every_group_and_exports_file_values_over_their_scale) {
@@ -76,9 +73,9 @@ TEST(gamma_convert, register_file_fills_every_group_and_exports_file_values_over
                   EXPECT_EQ(rtl_to_drv_gamma_user_lut(root, &lut, 3), 0);
               }),
               "");
-    EXPECT_EQ(bytes_of(setup), expected_setup_bytes());
-    EXPECT_EQ(bytes_of(dither), expected_dither_bytes());
-    EXPECT_EQ(bytes_of(lut), expected_lut_bytes());
+    EXPECT_EQ(bytes_of(setup), expected<_isp_gamma_user_setup_t>());
+    EXPECT_EQ(bytes_of(dither), expected<_isp_gamma_user_dither_t>());
+    EXPECT_EQ(bytes_of(lut), expected<_isp_gamma_user_lut_t>());
 
     picojson::object out = isp_test::parse_object(R"({"offset_in": "stale", "kept": true})");
     EXPECT_EQ(drv_to_cmodel_gamma_user_setup(&setup, out, 0), 0);
@@ -145,9 +142,9 @@ TEST(gamma_module, replays_setup_dither_and_curve_in_command_order) {
     const std::vector<isp_sim::call> pushes =
         isp_test::replay(qv_isp_module_gamma_json_register, dir);
     ASSERT_EQ(isp_test::commands_of(pushes), (std::vector<uint32_t>{0, 1, 2, 3}));
-    EXPECT_EQ(pushes[1].payload, expected_setup_bytes());
-    EXPECT_EQ(pushes[2].payload, expected_dither_bytes());
-    EXPECT_EQ(pushes[3].payload, expected_lut_bytes());
+    EXPECT_EQ(pushes[1].payload, expected<_isp_gamma_user_setup_t>());
+    EXPECT_EQ(pushes[2].payload, expected<_isp_gamma_user_dither_t>());
+    EXPECT_EQ(pushes[3].payload, expected<_isp_gamma_user_lut_t>());
 }
 
 }  // namespace

@@ -26,11 +26,8 @@ picojson::array &curve_of(picojson::object &root) {
     return root["isp_hdrc"].get<picojson::object>()["hdrc_lut"].get<picojson::array>();
 }
 
-/* The bytes of the fixture's scalar groups as the converters must fill them, cleared in place
- * first. */
-std::vector<uint8_t> expected_setup_bytes() {
-    _isp_hdrc_user_setup_t setup;
-    clear(setup);
+/* What the fixture's scalar groups hold, written out by hand. */
+void fill_expected(_isp_hdrc_user_setup_t &setup) {
     setup.dither_seed_enable = 1;
     setup.dither_enable      = 1;
     setup.affine_k           = 640;
@@ -42,15 +39,17 @@ std::vector<uint8_t> expected_setup_bytes() {
     setup.dither_pmask_16bit = 46080;
     setup.dither_pmask_15bit = 24576;
     setup.lut_max            = 65535;
-    return bytes_of(setup);
 }
 
-std::vector<uint8_t> expected_glb_ctrl_bytes() {
-    _isp_hdrc_user_glb_ctrl_t glb;
-    clear(glb);
+void fill_expected(_isp_hdrc_user_glb_ctrl_t &glb) {
     glb.manual_clk_en = 1;
     glb.bayer_pat     = 2;
-    return bytes_of(glb);
+}
+
+/* The bytes of the expected structure, padding included. */
+template <typename T>
+std::vector<uint8_t> expected() {
+    return isp_test::bytes_filled<T>(fill_expected);
 }
 
 /* Words of the fixture's curve: 65535 * log2(1 + 15 i / 256) / 4, two entries per word. */
@@ -74,8 +73,8 @@ TEST(hdrc_convert, register_file_fills_every_group) {
                   EXPECT_EQ(rtl_to_drv_hdrc_glb_ctl(root, &glb, 0), 0);
               }),
               "");
-    EXPECT_EQ(bytes_of(setup), expected_setup_bytes());
-    EXPECT_EQ(bytes_of(glb), expected_glb_ctrl_bytes());
+    EXPECT_EQ(bytes_of(setup), expected<_isp_hdrc_user_setup_t>());
+    EXPECT_EQ(bytes_of(glb), expected<_isp_hdrc_user_glb_ctrl_t>());
     expect_fixture_curve(lut);
 }
 
@@ -175,11 +174,11 @@ TEST(hdrc_module, replays_setup_curve_and_global_control_in_command_order) {
         isp_test::replay(qv_isp_module_hdrc_json_register, dir);
     // the default parameters, then setup, curve, global control
     ASSERT_EQ(isp_test::commands_of(pushes), (std::vector<uint32_t>{0, 1, 3, 4}));
-    EXPECT_EQ(pushes[1].payload, expected_setup_bytes());
+    EXPECT_EQ(pushes[1].payload, expected<_isp_hdrc_user_setup_t>());
     _isp_hdrc_user_hdrc_lut_t lut;
     isp_test::copy_bytes(pushes[2].payload, lut);
     expect_fixture_curve(lut);
-    EXPECT_EQ(pushes[3].payload, expected_glb_ctrl_bytes());
+    EXPECT_EQ(pushes[3].payload, expected<_isp_hdrc_user_glb_ctrl_t>());
 }
 
 }  // namespace

@@ -28,16 +28,18 @@ picojson::array &curve_of(picojson::object &root) {
     return root["isp_hidrc"].get<picojson::object>()["hidrc_lut"].get<picojson::array>();
 }
 
-/* The bytes of the fixture's setup group as the converter must fill it, cleared in place
- * first. */
-std::vector<uint8_t> expected_setup_bytes() {
-    _isp_hidrc_user_setup_t setup;
-    clear(setup);
+/* What the fixture's setup group holds, written out by hand. */
+void fill_expected(_isp_hidrc_user_setup_t &setup) {
     setup.affine_k     = 1536;
     setup.lut_inv_mode = 1;
     setup.offset_in    = 1024;
     isp_test::fill(setup.offset_out, {262144, 264192, 266240, 268288});  // beyond 16 bits
-    return bytes_of(setup);
+}
+
+/* The bytes of the expected structure, padding included. */
+template <typename T>
+std::vector<uint8_t> expected() {
+    return isp_test::bytes_filled<T>(fill_expected);
 }
 
 /* Words of the fixture's curve: 1048575 * (16^(i / 512) - 1) / 15, one entry per word. */
@@ -60,7 +62,7 @@ TEST(hidrc_convert, register_file_fills_both_groups_and_exports_the_setup_over_i
                   EXPECT_EQ(rtl_to_drv_hidrc_user_hidrc_lut(root, &lut, 0), 0);
               }),
               "");
-    EXPECT_EQ(bytes_of(setup), expected_setup_bytes());
+    EXPECT_EQ(bytes_of(setup), expected<_isp_hidrc_user_setup_t>());
     expect_fixture_curve(lut);
     picojson::object out;
     EXPECT_EQ(drv_to_cmodel_hidrc_user_setup(&setup, out, 0), 0);
@@ -125,7 +127,7 @@ TEST(hidrc_module, replays_setup_and_curve_in_command_order) {
     const std::vector<isp_sim::call> pushes =
         isp_test::replay(qv_isp_module_hidrc_json_register, dir);
     ASSERT_EQ(isp_test::commands_of(pushes), (std::vector<uint32_t>{0, 1, 2}));
-    EXPECT_EQ(pushes[1].payload, expected_setup_bytes());
+    EXPECT_EQ(pushes[1].payload, expected<_isp_hidrc_user_setup_t>());
     _isp_hidrc_user_hidrc_lut_t lut;
     isp_test::copy_bytes(pushes[2].payload, lut);
     expect_fixture_curve(lut);
