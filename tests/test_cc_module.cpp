@@ -2,7 +2,6 @@
  * read in row order into the partition sizes the init group points to, frames advancing then
  * freezing, the file index wrapping past 256 partitions, and the loads that raise or end the
  * process. Its records, codes and log lines are walked with every module in test_catalogue. */
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -14,7 +13,7 @@
 
 namespace {
 
-using isp_test::module;
+using isp_test::module_instance;
 
 /* A clc register file whose partition size tells which file it came from. */
 std::string clc_file(int h, int v) {
@@ -50,7 +49,7 @@ class cc_module : public isp_test::platform_test {
 TEST_F(cc_module, init_reads_the_grid_in_row_order_and_pushes_init_setup_and_matrices) {
     quiet_stderr();
     isp_test::pipe p(3, 2, write_case(3, 2));
-    module cc(qv_isp_module_cc_json_register, p);
+    module_instance cc(qv_isp_module_cc_json_register, p);
     size_capture sizes(6);
     ASSERT_EQ(cc.create(), 0);
     ASSERT_EQ(cc.init(), 0);
@@ -67,7 +66,7 @@ TEST_F(cc_module, init_reads_the_grid_in_row_order_and_pushes_init_setup_and_mat
 TEST_F(cc_module, frames_advance_then_freeze_on_the_last_directory) {
     quiet_stderr();
     isp_test::pipe p(1, 1, write_case(1, 1));
-    module cc(qv_isp_module_cc_json_register, p);
+    module_instance cc(qv_isp_module_cc_json_register, p);
     size_capture sizes(1);
     ASSERT_EQ(cc.create(), 0);
     ASSERT_EQ(cc.init(), 0);
@@ -87,7 +86,7 @@ TEST_F(cc_module, more_than_256_partitions_wrap_the_file_index) {
     for (int p = 0; p < 256; ++p)
         frame_file(0, "rtl_clc_p" + std::to_string(p) + ".json", clc_file(p, 1));
     isp_test::pipe p(17, 16, case_dir.path());  // 272 partitions: p256..p271 read p0..p15
-    module cc(qv_isp_module_cc_json_register, p);
+    module_instance cc(qv_isp_module_cc_json_register, p);
     size_capture sizes(272);
     ASSERT_EQ(cc.create(), 0);
     EXPECT_EQ(cc.init(), 0);
@@ -102,14 +101,14 @@ TEST_F(cc_module, more_than_256_partitions_wrap_the_file_index) {
 TEST_F(cc_module, a_root_that_is_not_an_object_raises_picojsons_type_error) {
     frame_file(0, "rtl_clc_p0.json", "[1, 2, 3]");
     isp_test::pipe p(1, 1, case_dir.path());
-    module cc(qv_isp_module_cc_json_register, p);
+    module_instance cc(qv_isp_module_cc_json_register, p);
     ASSERT_EQ(cc.create(), 0);
     EXPECT_EQ(isp_test::runtime_error_of([&] { cc.init(); }), isp_test::type_error("object"));
 }
 
 TEST_F(cc_module, a_missing_register_file_ends_the_process_naming_its_path) {
     isp_test::pipe p(2, 1, write_case(1, 1));  // p1 does not exist
-    module cc(qv_isp_module_cc_json_register, p);
+    module_instance cc(qv_isp_module_cc_json_register, p);
     ASSERT_EQ(cc.create(), 0);
     const std::string missing = case_dir.path() + "/cfgs/f0/rtl_clc_p1.json";
     EXPECT_DEATH(cc.init(), "\\[error\\] failed to read json file: " + missing);

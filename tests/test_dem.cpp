@@ -351,12 +351,12 @@ TEST_F(DemModule, FourModulesShareOneWrapperAndPushTheirGroups) {
     frame_file(0, "rtl_dem_p0.json", isp_test::data_text("dem/rtl_dem_p0.json"));
     frame_file(0, "rtl_dem_p1.json", isp_test::data_text("dem/rtl_dem_p1.json"));
     isp_test::pipe pipe(2, 1, case_dir.path());
-    std::vector<isp_test::module> dem = {
-        isp_test::module(qv_isp_module_demosaic_json_register, pipe),
-        isp_test::module(qv_isp_module_fcc_json_register, pipe),
-        isp_test::module(qv_isp_module_gic_json_register, pipe),
-        isp_test::module(qv_isp_module_edge_enhance_json_register, pipe)};
-    for (isp_test::module &m : dem) {
+    std::vector<isp_test::module_instance> dem = {
+        isp_test::module_instance(qv_isp_module_demosaic_json_register, pipe),
+        isp_test::module_instance(qv_isp_module_fcc_json_register, pipe),
+        isp_test::module_instance(qv_isp_module_gic_json_register, pipe),
+        isp_test::module_instance(qv_isp_module_edge_enhance_json_register, pipe)};
+    for (isp_test::module_instance &m : dem) {
         ASSERT_EQ(m.create(), 0);
         ASSERT_EQ(m.init(), 0);
     }
@@ -373,7 +373,7 @@ TEST_F(DemModule, FourModulesShareOneWrapperAndPushTheirGroups) {
     EXPECT_EQ(pushes[6].payload, expected<_isp_dem_user_fcc_t>());
     EXPECT_EQ(pushes[7].payload, expected<_isp_dem_user_gic_t>());
     EXPECT_EQ(pushes[8].payload, expected<_isp_dem_user_sharpen_t>());
-    for (isp_test::module &m : dem) {
+    for (isp_test::module_instance &m : dem) {
         EXPECT_EQ(m.deinit(), 0);
         EXPECT_EQ(m.destroy(), 0);
     }

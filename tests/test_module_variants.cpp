@@ -20,7 +20,7 @@ using isp_test::calls_since;
 using isp_test::error_line;
 using isp_test::expect_log;
 using isp_test::format;
-using isp_test::module;
+using isp_test::module_instance;
 using isp_test::names_of;
 
 /* Slots of the shared blocks and the codes the tests below meet. */
@@ -76,7 +76,8 @@ class variants : public isp_test::platform_test {
 TEST_F(variants, demosaic_then_gic_share_the_wrapper_that_demosaic_created) {
     frame_file(0, "rtl_dem_p0.json", "{\"isp_dem\": {}}");
     isp_test::pipe p(1, 1, case_dir.path());
-    module dem(qv_isp_module_demosaic_json_register, p), gic(qv_isp_module_gic_json_register, p);
+    module_instance dem(qv_isp_module_demosaic_json_register, p),
+        gic(qv_isp_module_gic_json_register, p);
     ASSERT_EQ(dem.create(), 0);
     ASSERT_EQ(gic.create(), 0);
     ASSERT_EQ(dem.init(), 0);
@@ -124,29 +125,31 @@ TEST_F(variants, demosaic_then_gic_share_the_wrapper_that_demosaic_created) {
 TEST_F(variants, the_five_lce_modules_push_their_commands_to_one_wrapper) {
     frame_file(0, "rtl_lce_p0.json", "{\"isp_lce\": {}}");
     isp_test::pipe p(1, 1, case_dir.path());
-    std::vector<module> lce = {
-        module(qv_isp_module_hs2dlut_json_register, p), module(qv_isp_module_ccmp_json_register, p),
-        module(qv_isp_module_ycproc_json_register, p),
-        module(qv_isp_module_sharpen_json_register, p), module(qv_isp_module_scm_json_register, p)};
-    for (module &m : lce) {
+    std::vector<module_instance> lce = {module_instance(qv_isp_module_hs2dlut_json_register, p),
+                                        module_instance(qv_isp_module_ccmp_json_register, p),
+                                        module_instance(qv_isp_module_ycproc_json_register, p),
+                                        module_instance(qv_isp_module_sharpen_json_register, p),
+                                        module_instance(qv_isp_module_scm_json_register, p)};
+    for (module_instance &m : lce) {
         ASSERT_EQ(m.create(), 0);
         ASSERT_EQ(m.init(), 0);
     }
     ASSERT_EQ(isp_sim::calls_of("vin_hal_wrapper_create").size(), 1u);
     const uint32_t wrapper = lce[0].wrapper();
-    for (const module &m : lce) EXPECT_EQ(m.wrapper(), wrapper);
+    for (const module_instance &m : lce) EXPECT_EQ(m.wrapper(), wrapper);
     EXPECT_EQ(p.ctx.wrapper_slot[slot_lce], lce[0].h.priv);
     EXPECT_EQ(pushes_of(isp_sim::calls()), to(wrapper, {0, 8, 9, 6, 7, 1, 2, 4, 5, 3, 11, 10}));
 
     /* the last one deinitialised finds nothing left to destroy */
     for (size_t i = lce.size(); i-- > 0;) EXPECT_EQ(lce[i].deinit(), 0);
     EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_destroy").size(), 1u);
-    for (module &m : lce) EXPECT_EQ(m.destroy(), 0);
+    for (module_instance &m : lce) EXPECT_EQ(m.destroy(), 0);
 }
 
 TEST_F(variants, sharpen_and_scm_mirror_different_bypass_bits_into_one_enable_bit) {
     isp_test::pipe p(1, 1, case_dir.path());
-    module sharpen(qv_isp_module_sharpen_json_register, p), scm(qv_isp_module_scm_json_register, p);
+    module_instance sharpen(qv_isp_module_sharpen_json_register, p),
+        scm(qv_isp_module_scm_json_register, p);
     ASSERT_EQ(sharpen.create(), 0);
     ASSERT_EQ(scm.create(), 0);
     const uint32_t others  = 0xA5A5A5A5 & ~(1u << 18);
@@ -168,7 +171,8 @@ TEST_F(variants, statistics_modules_write_each_partitions_addresses_on_every_loa
     write_frames("rtl_ae_stat_p%d.json", 1, 3, "{\"isp_ae_stat\": {}}");
     write_frames("rtl_awb_stat_p%d.json", 1, 3, "{\"isp_awb_stat\": {}}");
     isp_test::pipe p(3, 1, case_dir.path());
-    module ae(qv_isp_module_ae_stat_json_register, p), awb(qv_isp_module_awb_stat_json_register, p);
+    module_instance ae(qv_isp_module_ae_stat_json_register, p),
+        awb(qv_isp_module_awb_stat_json_register, p);
     ASSERT_EQ(ae.create(), 0);
     ASSERT_EQ(ae.init(), 0);
     ASSERT_EQ(ae.context<JsonStatContext>()->phys, 0x10000000u);
@@ -218,8 +222,8 @@ TEST_F(variants, statistics_modules_write_each_partitions_addresses_on_every_loa
 TEST_F(variants, a_statistics_module_reusing_the_wrapper_allocates_nothing) {
     write_frames("rtl_ae_stat_p%d.json", 1, 3, "{\"isp_ae_stat\": {}}");
     isp_test::pipe p(3, 1, case_dir.path());
-    module first(qv_isp_module_ae_stat_json_register, p);
-    module second(qv_isp_module_ae_stat_json_register, p);
+    module_instance first(qv_isp_module_ae_stat_json_register, p);
+    module_instance second(qv_isp_module_ae_stat_json_register, p);
     ASSERT_EQ(first.create(), 0);
     ASSERT_EQ(second.create(), 0);
     ASSERT_EQ(first.init(), 0);
@@ -265,7 +269,7 @@ TEST_F(variants, a_failed_statistics_allocation_is_only_logged) {
         isp_sim::reset();
         frame_file(0, m.file, m.content);
         isp_test::pipe p(1, 1, case_dir.path());
-        module stat(m.reg, p);
+        module_instance stat(m.reg, p);
         ASSERT_EQ(stat.create(), 0);
         const size_t logs = isp_sim::log_lines().size();  // after ae_stat's banner
         isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, 0x5A);
@@ -288,7 +292,7 @@ TEST_F(variants, a_failed_statistics_allocation_is_only_logged) {
     isp_sim::reset();
     frame_file(0, "rtl_ae_stat_p0.json", "{\"isp_ae_stat\": {}}");
     isp_test::pipe p(1, 1, case_dir.path());
-    module ae(qv_isp_module_ae_stat_json_register, p);
+    module_instance ae(qv_isp_module_ae_stat_json_register, p);
     ASSERT_EQ(ae.create(), 0);
     isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, -1);
     isp_sim::fail_call("vin_hal_wrapper_setup", 3);  // the second group
@@ -307,8 +311,8 @@ TEST_F(variants, a_failed_statistics_allocation_is_only_logged) {
 TEST_F(variants, a_failed_allocation_releases_a_buffer_the_context_still_holds) {
     frame_file(0, "rtl_ae_stat_p0.json", "{\"isp_ae_stat\": {}}");
     isp_test::pipe p(1, 1, case_dir.path());
-    module owner(qv_isp_module_ae_stat_json_register, p);
-    module sharer(qv_isp_module_ae_stat_json_register, p);
+    module_instance owner(qv_isp_module_ae_stat_json_register, p);
+    module_instance sharer(qv_isp_module_ae_stat_json_register, p);
     ASSERT_EQ(owner.create(), 0);
     ASSERT_EQ(sharer.create(), 0);
     ASSERT_EQ(owner.init(), 0);
@@ -350,7 +354,7 @@ TEST_F(variants, with_no_channel_a_channelled_module_never_touches_the_hardware)
         SCOPED_TRACE(c.second);
         isp_sim::reset();
         isp_test::pipe p(1, 1, case_dir.path(), 0);
-        module m(c.first, p);
+        module_instance m(c.first, p);
         ASSERT_EQ(m.create(), 0);
         const size_t mark = isp_sim::calls().size();
         EXPECT_EQ(m.init(), 0);
@@ -373,7 +377,7 @@ TEST_F(variants, two_channels_walk_the_frames_inside_the_channel_loop) {
     frame_file(1, "rtl_blc_p0_chn0.json", blc_file(310));
     frame_file(1, "rtl_blc_p0_chn1.json", blc_file(311));
     isp_test::pipe p(1, 1, case_dir.path(), 2);
-    module blc(qv_isp_module_blc_json_register, p, 0x99);
+    module_instance blc(qv_isp_module_blc_json_register, p, 0x99);
     ASSERT_EQ(blc.create(), 0);
     const JsonChnContext *ctx = blc.context<JsonChnContext>();
 
@@ -451,7 +455,7 @@ TEST_F(variants, two_channels_walk_the_frames_inside_the_channel_loop) {
 TEST_F(variants, a_failing_push_on_channel_one_comes_after_channel_zero_was_pushed) {
     write_frames("rtl_blc_p0_chn%d.json", 2, 2, blc_file(0));
     isp_test::pipe p(1, 1, case_dir.path(), 2);
-    module blc(qv_isp_module_blc_json_register, p);
+    module_instance blc(qv_isp_module_blc_json_register, p);
     ASSERT_EQ(blc.create(), 0);
     ASSERT_EQ(blc.init(), 0);
     const JsonChnContext *ctx                          = blc.context<JsonChnContext>();
@@ -478,7 +482,7 @@ TEST_F(variants, a_failing_push_on_channel_one_comes_after_channel_zero_was_push
 
 TEST_F(variants, a_failing_wrapper_on_channel_one_keeps_channel_zero) {
     isp_test::pipe p(1, 1, case_dir.path(), 2);
-    module blc(qv_isp_module_blc_json_register, p);
+    module_instance blc(qv_isp_module_blc_json_register, p);
     ASSERT_EQ(blc.create(), 0);
     isp_sim::fail_call("vin_hal_wrapper_create", 2);
     EXPECT_EQ(static_cast<uint32_t>(blc.init()), blc_hw);
@@ -500,7 +504,8 @@ TEST_F(variants, lin_before_blc_lends_its_context_words_and_no_more) {
         SCOPED_TRACE(channels);
         isp_sim::reset();
         isp_test::pipe p(1, 1, case_dir.path(), channels);
-        module lin(qv_isp_module_lin_json_register, p), blc(qv_isp_module_blc_json_register, p);
+        module_instance lin(qv_isp_module_lin_json_register, p),
+            blc(qv_isp_module_blc_json_register, p);
         ASSERT_EQ(lin.create(), 0);
         ASSERT_EQ(blc.create(), 0);
         ASSERT_EQ(lin.init(), 0);
@@ -537,7 +542,8 @@ TEST_F(variants, lin_after_blc_takes_the_first_channel_wrapper) {
     frame_file(0, "rtl_blc_p0.json", blc_file(0));
     write_frames("rtl_blc_p0_chn%d.json", 1, 2, blc_file(0));
     isp_test::pipe p(1, 1, case_dir.path(), 2);
-    module lin(qv_isp_module_lin_json_register, p), blc(qv_isp_module_blc_json_register, p);
+    module_instance lin(qv_isp_module_lin_json_register, p),
+        blc(qv_isp_module_blc_json_register, p);
     ASSERT_EQ(lin.create(), 0);
     ASSERT_EQ(blc.create(), 0);
     ASSERT_EQ(blc.init(), 0);
@@ -565,7 +571,7 @@ TEST_F(variants, ainr_reads_its_pattern_files_from_the_case_directory_on_every_l
     case_dir.mkdir("cfgs/f0");
     case_dir.mkdir("cfgs/f1");
     isp_test::pipe p(2, 2, case_dir.path());
-    module ainr(qv_isp_module_ainr_json_register, p);
+    module_instance ainr(qv_isp_module_ainr_json_register, p);
     ASSERT_EQ(ainr.create(), 0);
     ASSERT_EQ(ainr.init(), 0);
     for (int call = 0; call < 2; ++call) ASSERT_EQ(ainr.process(), 0);
@@ -587,7 +593,7 @@ TEST_F(variants, ainr_reads_its_pattern_files_from_the_case_directory_on_every_l
 
 TEST_F(variants, ainr_pushes_its_zeroed_group_for_a_grid_without_rows) {
     isp_test::pipe p(2, 0, case_dir.path());  // no file in the case directory at all
-    module ainr(qv_isp_module_ainr_json_register, p);
+    module_instance ainr(qv_isp_module_ainr_json_register, p);
     ASSERT_EQ(ainr.create(), 0);
     ASSERT_EQ(ainr.init(), 0);
     ASSERT_EQ(ainr.process(), 0);

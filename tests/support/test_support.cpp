@@ -210,7 +210,7 @@ std::vector<isp_sim::call> replay(register_fn reg, const temp_dir &case_dir, uin
     isp_sim::reset();
     isp_sim::set_log_echo(false);
     pipe p(part_h, part_v, case_dir.path(), channels);
-    module m(reg, p);
+    module_instance m(reg, p);
     EXPECT_EQ(m.create(), 0);
     EXPECT_EQ(m.init(), 0);
     const std::vector<isp_sim::call> pushed = pushes();

@@ -128,9 +128,9 @@ typedef int32_t (*register_fn)(JsonModuleOps **);
 JsonModuleOps *ops_of(register_fn reg);
 
 /* One module instance on a pipe: the operations its registration hands out and its handle. */
-struct module {
-    module(register_fn reg, pipe &p, uint32_t trigger_arg = 0) :ops(ops_of(reg)),
-        h(p.handle(trigger_arg)) {}
+struct module_instance {
+    module_instance(register_fn reg, pipe &p, uint32_t trigger_arg = 0)
+        : ops(ops_of(reg)), h(p.handle(trigger_arg)) {}
     JsonModuleOps *ops;
     JsonModuleHandle h;
 
