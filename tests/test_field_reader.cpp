@@ -23,18 +23,6 @@ using isp_test::serialized;
 using isp_test::stderr_of;
 using isp_test::type_error;
 
-TEST(field_reader, reads_and_encodes_present_fields_silently) {
-    picojson::object root = parse_object(R"({"isp_wbc": {
-        "d_gain": {"val": 256}, "offset": {"val": -1, "other": 7}}, "isp_blc": {}})");
-    const field_reader f(root, "isp_wbc");
-    const std::string err = stderr_of([&] {
-        EXPECT_EQ(f.read("d_gain", "val", "u10.8"), 256u);
-        EXPECT_EQ(f.read("offset", "val", "s3.8"), 0xFFFu);
-        EXPECT_EQ(f.read("offset", "other", "u8"), 7u);
-    });
-    EXPECT_EQ(err, "");
-}
-
 TEST(field_reader, a_missing_top_key_reports_every_field_in_order_and_inserts_null) {
     picojson::object root = parse_object(R"({"isp_blc": {"a": {"val": 1}}})");
     const field_reader f(root, "isp_wbc");
