@@ -52,6 +52,21 @@ ISP_SIM_API const std::vector<call> &calls();
 /* Recorded calls of one function only, in order. */
 ISP_SIM_API std::vector<call> calls_of(const std::string &function);
 
+/* How much has been recorded since the reset, and how much of it is still held. */
+struct record_counters {
+    size_t calls           = 0; /* every call recorded, the forgotten ones included */
+    size_t log_lines       = 0;
+    size_t held_calls      = 0; /* what calls() holds now */
+    size_t held_log_lines  = 0; /* what log_lines() holds now */
+    size_t held_bytes      = 0; /* their records and byte copies */
+    size_t peak_held_bytes = 0; /* the most they held at once */
+};
+ISP_SIM_API record_counters counters();
+/* Drops every call and log line recorded so far; they stay counted. Handles, wrappers,
+ * allocations, problems and injected failures are kept. A tool that reads the records after each
+ * operation and then forgets them holds one operation's records at most, however long it runs. */
+ISP_SIM_API void forget_records();
+
 /* Log lines: by default each is also written to stderr; echo can be switched off. Lines with a
  * level above the threshold are recorded but not echoed (default 7 = everything). */
 ISP_SIM_API const std::vector<log_line> &log_lines();

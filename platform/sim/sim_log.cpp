@@ -88,6 +88,46 @@ ISP_SIM_API const std::vector<call> &calls() {
     return sim().calls;
 }
 
+namespace {
+
+size_t held_bytes(const internal::state &s) {
+    size_t bytes = 0;
+    for (const call &c : s.calls)
+        bytes += sizeof c + c.function.size() + c.record.size() + c.payload.size() + c.name.size();
+    for (const log_line &l : s.log) bytes += sizeof l + l.tag.size() + l.text.size();
+    return bytes;
+}
+
+/* The records only grow between two forgets, so their peak is reached right before one. */
+size_t note_peak(internal::state &s) {
+    const size_t held = held_bytes(s);
+    if (held > s.peak_held_bytes) s.peak_held_bytes = held;
+    return held;
+}
+
+}  // namespace
+
+ISP_SIM_API record_counters counters() {
+    internal::state &s = sim();
+    record_counters n;
+    n.held_calls      = s.calls.size();
+    n.held_log_lines  = s.log.size();
+    n.calls           = s.forgotten_calls + n.held_calls;
+    n.log_lines       = s.forgotten_log_lines + n.held_log_lines;
+    n.held_bytes      = note_peak(s);
+    n.peak_held_bytes = s.peak_held_bytes;
+    return n;
+}
+
+ISP_SIM_API void forget_records() {
+    internal::state &s = sim();
+    note_peak(s);
+    s.forgotten_calls += s.calls.size();
+    s.forgotten_log_lines += s.log.size();
+    s.calls.clear();
+    s.log.clear();
+}
+
 ISP_SIM_API std::vector<call> calls_of(const std::string &function) {
     std::vector<call> selected;
     for (const call &c : sim().calls)

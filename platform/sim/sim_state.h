@@ -34,6 +34,8 @@ struct state {
     std::vector<call> calls;
     std::vector<log_line> log;
     std::vector<std::string> problems;
+    size_t forgotten_calls = 0, forgotten_log_lines = 0;
+    size_t peak_held_bytes = 0;
 
     std::map<std::string, unsigned> call_counts;
     std::multimap<std::string, injected_failure> failures;
