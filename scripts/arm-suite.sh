@@ -42,7 +42,7 @@ if [ -x "$native/tools/isp-case" ] && [ -x "$build/tools/isp-case" ]; then
         local name=$1
         shift
         local status=0
-        (cd "$root" && "$@" replay examples/sample_case --dump "$work/dump" \
+        (cd "$root" && "$@" replay examples/sample_case -v --dump "$work/dump" \
             >"$work/$name.out" 2>"$work/$name.err") || status=$?
         echo "$status" >"$work/$name.status"
         mv "$work/dump" "$work/$name-dump"

@@ -12,9 +12,9 @@
 #include "isp_json_utils.h"
 
 namespace isp_case {
-namespace {
-
 namespace fs = std::filesystem;
+
+namespace {
 
 std::string step_dir(const replay_step &step) {
     if (step.name.rfind("frame ", 0) == 0) return "frame" + step.name.substr(6);
@@ -37,6 +37,8 @@ picojson::value exported(const group_info &group, const std::vector<uint8_t> &by
     group.exporter(storage.data(), out, partition);
     return picojson::value(out);
 }
+
+}  // namespace
 
 class dump_writer {
   public:
@@ -93,8 +95,6 @@ class dump_writer {
     dump_summary summary_;
 };
 
-}  // namespace
-
 std::string dump_name(const std::string &step, const module_info &module,
                       const pushed_group &push) {
     std::string name = step + "/" + module.name + "/";
@@ -104,15 +104,20 @@ std::string dump_name(const std::string &step, const module_info &module,
     return name;
 }
 
-dump_summary write_dump(const std::string &dir, const replay_settings &settings,
-                        const replay_result &result) {
-    dump_writer writer(dir, settings);
-    for (const replay_step &step : result.steps)
-        for (const module_step &m : step.modules)
-            for (const op_outcome &op : m.ops)
-                for (const pushed_group &push : op.pushes)
-                    writer.write(step_dir(step), *m.module, push);
-    return writer.summary();
+dump_stream::dump_stream(const std::string &dir, const replay_settings &settings)
+    : writer_(new dump_writer(dir, settings)) {}
+
+dump_stream::~dump_stream() = default;
+
+void dump_stream::write(const replay_step &step) {
+    for (const module_step &m : step.modules)
+        for (const op_outcome &op : m.ops)
+            for (const pushed_group &push : op.pushes)
+                writer_->write(step_dir(step), *m.module, push);
+}
+
+dump_summary dump_stream::summary() const {
+    return writer_->summary();
 }
 
 }  // namespace isp_case

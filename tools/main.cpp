@@ -1,14 +1,16 @@
 /* isp-case: the replay, check and export of register-file cases on a workstation, with the
- * library and the simulated platform. */
+ * library and the simulated platform, and batches of cases for CI. */
 #include <unistd.h>
 
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include "tools/batch.h"
 #include "tools/check.h"
 #include "tools/dump.h"
 #include "tools/export_case.h"
@@ -22,9 +24,10 @@ using namespace isp_case;
 
 const char *const k_exit_statuses =
     "Exit status: 0 success (replay: every operation returned 0; check: a clean case; export: "
-    "every C-model file written), 1 failure (an operation failed or raised, the platform saw a "
-    "leak, problems found, a register file not converted), 2 usage error, 3 no usable case (no "
-    "such directory, or files that would stop the library).";
+    "every C-model file written; batch: every case passed), 1 failure (an operation failed or "
+    "raised, a value could not be read, the platform saw a leak, problems found, a register file "
+    "not converted, a case failed; with --strict also warnings), 2 usage error, 3 no usable case "
+    "(no such directory, no case found, or files that would stop the library).";
 
 /* only the progress of long replays is worth a line that keeps rewriting itself */
 const int k_progress_frames = 10;
@@ -88,20 +91,26 @@ void add_case_flags(CLI::App &command, case_flags &flags) {
         ->check(module_name_check());
 }
 
-bool settings_or_report(const case_flags &flags, const char *command, run_settings &settings,
+bool settings_or_report(const case_options &options, const char *command, run_settings &settings,
                         case_contents &contents) {
     std::string error;
-    if (resolve_settings(flags.options(), settings, contents, error)) return true;
+    if (resolve_settings(options, settings, contents, error)) return true;
     fmt::print(stderr, "isp-case {}: {}\n", command, error);
     return false;
 }
 
-int run_replay(const case_flags &flags, const std::vector<std::string> &bypass,
-               const std::string &dump_dir, const std::string &log_level) {
+/* The options of replay beyond the case's. */
+struct replay_flags {
+    std::vector<std::string> bypass;
+    std::string dump_dir, log_level = "warning", format = "text";
+    bool verbose = false, quiet = false, strict = false;
+};
+
+int run_replay(const case_options &options, const replay_flags &flags) {
     replay_settings settings;
     case_contents contents;
-    if (!settings_or_report(flags, "replay", settings.run, contents)) return exit_no_case;
-    for (const std::string &name : bypass) settings.bypass.push_back(find_module(name));
+    if (!settings_or_report(options, "replay", settings.run, contents)) return exit_no_case;
+    for (const std::string &name : flags.bypass) settings.bypass.push_back(find_module(name));
 
     const std::vector<problem> blockers = replay_blockers(settings.run);
     if (!blockers.empty()) {
@@ -113,27 +122,55 @@ int run_replay(const case_flags &flags, const std::vector<std::string> &bypass,
         return exit_no_case;
     }
 
-    settings.progress          = isatty(STDERR_FILENO) && settings.run.frames >= k_progress_frames;
-    const replay_result result = replay(settings);
-    print_replay(stdout, settings, result, parse_log_level(log_level));
-    bool failed = result.failed();
-    if (!dump_dir.empty()) {
-        const dump_summary dump = write_dump(dump_dir, settings, result);
-        fmt::print("  dump        {} raw files, {} C-model files under {}\n", dump.raw_files,
-                   dump.cmodel_files, dump_dir);
-        for (const std::string &p : dump.problems) fmt::print("  dump        {}\n", p);
-        failed = failed || !dump.problems.empty();
+    replay_output output;
+    output.format    = flags.format == "json" ? output_format::json : output_format::text;
+    output.detail    = flags.quiet     ? verbosity::quiet
+                       : flags.verbose ? verbosity::verbose
+                                       : verbosity::normal;
+    output.log_level = parse_log_level(flags.log_level);
+    output.strict    = flags.strict;
+    /* a frame line on a terminal is progress enough */
+    const bool lines_on_terminal = isatty(STDOUT_FILENO) && output.detail != verbosity::quiet;
+    settings.progress =
+        isatty(STDERR_FILENO) && !lines_on_terminal && settings.run.frames >= k_progress_frames;
+    settings.keep_bytes = !flags.dump_dir.empty();
+
+    replay_printer printer(stdout, settings, output);
+    std::optional<dump_stream> dump;
+    if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings);
+    const replay_result result = replay(settings, [&](const replay_step &step) {
+        if (dump) dump->write(step);
+        printer.step(step);
+    });
+    if (!dump) {
+        printer.finish(result);
+    } else {
+        const dump_summary written = dump->summary();
+        printer.finish(result, &written, flags.dump_dir);
     }
-    return failed ? exit_failed : exit_ok;
+    return printer.passed() ? exit_ok : exit_failed;
 }
 
-int run_check(const case_flags &flags) {
+/* Every problem check finds today is an error, so --strict does not change its status yet. */
+int run_check(const case_options &options, bool /* strict */) {
     run_settings settings;
     case_contents contents;
-    if (!settings_or_report(flags, "check", settings, contents)) return exit_no_case;
+    if (!settings_or_report(options, "check", settings, contents)) return exit_no_case;
     const check_result result = check_case(settings, contents);
     print_check(stdout, settings, result);
     return result.problems.empty() ? exit_ok : exit_failed;
+}
+
+/* One stage of a batch's case, in the batch's child process: the check, or a quiet replay. */
+int run_stage(batch_stage stage, const batch_case &c, const batch_settings &batch) {
+    case_options options;
+    options.case_path = c.path;
+    options.frames    = batch.frames;
+    if (stage == batch_stage::check) return run_check(options, batch.strict);
+    replay_flags flags;
+    flags.quiet  = true;
+    flags.strict = batch.strict;
+    return run_replay(options, flags);
 }
 
 int run_export(const export_settings &settings) {
@@ -149,10 +186,14 @@ int run_export(const export_settings &settings) {
 /* The values of every subcommand's options, filled by the parser. */
 struct command_line {
     case_flags replay, check;
-    std::vector<std::string> bypass;
-    std::string dump_dir, log_level = "warning";
+    replay_flags replay_options;
+    bool check_strict = false;
     export_settings exports;
-    CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr;
+    batch_settings batch;
+    std::string shard;
+    std::optional<int> batch_frames;
+    CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr,
+             *batch_cmd = nullptr;
 };
 
 void add_replay(CLI::App &app, command_line &cl) {
@@ -160,14 +201,15 @@ void add_replay(CLI::App &app, command_line &cl) {
         "replay",
         "Drive every module through create, init, frames of process, trigger and sync, "
         "deinit and destroy, and show what was programmed");
-    CLI::App &cmd = *cl.replay_cmd;
+    CLI::App &cmd   = *cl.replay_cmd;
+    replay_flags &f = cl.replay_options;
     cmd.footer(k_exit_statuses);
     add_case_flags(cmd, cl.replay);
-    cmd.add_option("--bypass", cl.bypass, "Modules whose bypass flag is set (enable bit cleared)")
+    cmd.add_option("--bypass", f.bypass, "Modules whose bypass flag is set (enable bit cleared)")
         ->delimiter(',')
         ->type_name("NAMES")
         ->check(module_name_check());
-    cmd.add_option("--dump", cl.dump_dir,
+    cmd.add_option("--dump", f.dump_dir,
                    "Write every pushed group, raw and as C-model JSON, under this directory")
         ->type_name("DIR");
     const CLI::Validator level_check(
@@ -176,10 +218,19 @@ void add_replay(CLI::App &app, command_line &cl) {
                                              : std::string();
         },
         "");
-    cmd.add_option("--log-level", cl.log_level,
+    cmd.add_option("--log-level", f.log_level,
                    "Library log lines shown: error, warning, debug or 0-7 (default: warning)")
         ->type_name("LEVEL")
         ->check(level_check);
+    CLI::Option *verbose =
+        cmd.add_flag("-v,--verbose", f.verbose, "The table of every frame, not one line per frame");
+    cmd.add_flag("-q,--quiet", f.quiet, "The summary only")->excludes(verbose);
+    cmd.add_option("--format", f.format,
+                   "text, or json: one JSON object per line for the start, each step and the "
+                   "summary (default: text)")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
+    cmd.add_flag("--strict", f.strict, "Warnings fail the replay too");
 }
 
 void add_check(CLI::App &app, command_line &cl) {
@@ -188,6 +239,41 @@ void add_check(CLI::App &app, command_line &cl) {
         "Find every problem of a case that would stop or spoil a replay, without aborting");
     cl.check_cmd->footer(k_exit_statuses);
     add_case_flags(*cl.check_cmd, cl.check);
+    cl.check_cmd->add_flag("--strict", cl.check_strict, "Warnings fail the check too");
+}
+
+void add_batch(CLI::App &app, command_line &cl) {
+    cl.batch_cmd = app.add_subcommand(
+        "batch",
+        "Check and replay every case (a directory holding cfgs/) under the paths, each in a "
+        "process of its own, a few at a time; report per case and as JUnit XML or JSON");
+    CLI::App &cmd     = *cl.batch_cmd;
+    batch_settings &b = cl.batch;
+    cmd.footer(k_exit_statuses);
+    cmd.add_option("CASE_OR_SUITE", b.paths, "Case directories, or directories searched for cases")
+        ->required()
+        ->type_name("DIR");
+    cmd.add_option("-j,--jobs", b.jobs, "Cases run at a time (default: the processors available)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024));
+    const CLI::Validator shard_check(
+        [](std::string &text) {
+            int k = 0, n = 0;
+            return parse_shard(text, k, n) ? std::string() : "expected K/N with 1 <= K <= N";
+        },
+        "");
+    cmd.add_option("--shard", cl.shard,
+                   "Run every N-th case of the sorted suite, starting at the K-th (1-based)")
+        ->type_name("K/N")
+        ->check(shard_check);
+    cmd.add_option("--junit", b.junit_file, "Write JUnit XML: one testcase per case")
+        ->type_name("FILE");
+    cmd.add_option("--json", b.json_file, "Write the results as one JSON document")
+        ->type_name("FILE");
+    cmd.add_option("--frames", cl.batch_frames, "Frames each replay runs (default: the case's)")
+        ->type_name("N")
+        ->check(CLI::Range(0, 1000000));
+    cmd.add_flag("--strict", b.strict, "Warnings fail a case too");
 }
 
 void add_export(CLI::App &app, command_line &cl) {
@@ -223,12 +309,21 @@ int main(int argc, char **argv) {
     add_replay(app, cl);
     add_check(app, cl);
     add_export(app, cl);
+    add_batch(app, cl);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &e) {
         return app.exit(e) == 0 ? exit_ok : exit_usage;
     }
-    if (cl.replay_cmd->parsed()) return run_replay(cl.replay, cl.bypass, cl.dump_dir, cl.log_level);
-    if (cl.check_cmd->parsed()) return run_check(cl.check);
+    if (cl.replay_cmd->parsed()) return run_replay(cl.replay.options(), cl.replay_options);
+    if (cl.check_cmd->parsed()) return run_check(cl.check.options(), cl.check_strict);
+    if (cl.batch_cmd->parsed()) {
+        batch_settings &b = cl.batch;
+        b.frames          = cl.batch_frames;
+        if (!cl.shard.empty()) parse_shard(cl.shard, b.shard_index, b.shard_count);
+        return run_batch(
+            b, [&b](batch_stage stage, const batch_case &c) { return run_stage(stage, c, b); },
+            stdout, stderr);
+    }
     return run_export(cl.exports);
 }

@@ -1,15 +1,17 @@
 /* The replay: register all modules, create all, init all; per frame process all, trigger all,
  * sync all; deinit all, destroy all. Each operation's effects are cut out of the simulated
- * platform's records by position, since the operations run one after another. */
+ * platform's records by position, since the operations run one after another, and what it wrote
+ * on standard error is what the capture gained meanwhile. */
 #include "tools/replay.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 
 #include "isp_json.h"
-#include "tools/stderr_capture.h"
+#include "tools/stderr_stream.h"
 
 namespace isp_case {
 namespace {
@@ -76,7 +78,8 @@ std::vector<int> frames_of_load(const module_info &module, int before, int after
 
 class runner {
   public:
-    explicit runner(const replay_settings &settings) : settings_(settings) {
+    runner(const replay_settings &settings, const step_sink &sink)
+        : settings_(settings), sink_(sink) {
         const run_settings &run = settings.run;
         pipe_.attr.part_h       = static_cast<uint8_t>(run.part_h);
         pipe_.attr.part_v       = static_cast<uint8_t>(run.part_v);
@@ -101,23 +104,24 @@ class runner {
     runner &operator=(const runner &) = delete;
 
     replay_result run() {
-        replay_result result;
-        result.steps.push_back(step("setup", {op_kind::reg, op_kind::create, op_kind::init}));
+        step("setup", {op_kind::reg, op_kind::create, op_kind::init});
         const int frames = settings_.run.frames;
         for (int frame = 0; frame < frames; ++frame) {
-            if (settings_.progress) std::fprintf(stderr, "\rframe %d of %d", frame + 1, frames);
-            result.steps.push_back(step("frame " + std::to_string(frame),
-                                        {op_kind::process, op_kind::trigger, op_kind::sync}));
+            if (settings_.progress) show_progress(frame, frames);
+            step("frame " + std::to_string(frame),
+                 {op_kind::process, op_kind::trigger, op_kind::sync});
         }
-        if (settings_.progress) std::fprintf(stderr, "\r%*s\r", 24, "");
-        result.steps.push_back(step("teardown", {op_kind::deinit, op_kind::destroy}));
+        if (settings_.progress) std::fprintf(capture_.original(), "\r%*s\r", 32, "");
+        step("teardown", {op_kind::deinit, op_kind::destroy});
+        replay_result result;
         result.platform_problems = platform_problems();
         return result;
     }
 
   private:
-    /* Every module runs the first operation, then every module the next one. */
-    replay_step step(const std::string &name, std::initializer_list<op_kind> kinds) {
+    /* Every module runs the first operation, then every module the next one; the step goes to
+     * the sink and is dropped. */
+    void step(const std::string &name, std::initializer_list<op_kind> kinds) {
         replay_step s{name, {}};
         for (module_slot &slot : slots_) s.modules.push_back({slot.info, {}, -1});
         for (op_kind kind : kinds) {
@@ -127,7 +131,15 @@ class runner {
                     s.modules[i].enable = enable_bit(*slots_[i].info);
             }
         }
-        return s;
+        sink_(s);
+    }
+
+    /* A few times a second at most: a terminal takes longer to draw than a frame to run. */
+    void show_progress(int frame, int frames) {
+        const auto now = std::chrono::steady_clock::now();
+        if (frame + 1 < frames && now - last_progress_ < std::chrono::milliseconds(200)) return;
+        last_progress_ = now;
+        std::fprintf(capture_.original(), "\rframe %d of %d", frame + 1, frames);
     }
 
     static bool updates_enable(const module_info &m, op_kind kind) {
@@ -152,7 +164,6 @@ class runner {
             out.status = slot.info->register_fn(&slot.ops);
         } else if (JsonModuleOp fn = slot.ops ? operation(*slot.ops, kind) : nullptr) {
             out.ran = true;
-            stderr_capture capture;
             try {
                 out.status = fn(&slot.handle);
             } catch (const std::exception &e) {
@@ -160,11 +171,12 @@ class runner {
             } catch (...) {
                 out.exception = "an exception that is not a std::exception";
             }
-            out.messages = capture.finish();
         }
+        if (out.ran) out.messages = capture_.take();
         collect_calls(*slot.info, calls, out);
         const std::vector<isp_sim::log_line> &lines = isp_sim::log_lines();
         out.log.assign(lines.begin() + long(log), lines.end());
+        if (!settings_.keep_platform_records) isp_sim::forget_records();
         if (loads && out.ran)
             out.frames_read =
                 frames_of_load(*slot.info, frame_before, next_frame(*slot.info, slot.handle.priv),
@@ -184,7 +196,8 @@ class runner {
             push.channel = isp_sim::wrapper(c.handle).channel;
             push.cmd     = c.cmd;
             push.group   = find_pushed_group(module.block, c.cmd);
-            push.bytes   = c.payload;
+            push.size    = c.payload.size();
+            if (settings_.keep_bytes) push.bytes = c.payload;
             if (std::strcmp(module.block, "clc") == 0 && c.cmd == 3 &&
                 part_sizes_used < part_sizes_.size()) {
                 push.part_size_h = part_sizes_[part_sizes_used].h;
@@ -196,7 +209,9 @@ class runner {
     }
 
     void keep_part_sizes(uint32_t handle, const VinHalSetupCmd *cmd) {
-        if (!cmd || cmd->cmd != 3 || !cmd->data || isp_sim::wrapper(handle).block != "clc") return;
+        if (!settings_.keep_bytes || !cmd || cmd->cmd != 3 || !cmd->data ||
+            isp_sim::wrapper(handle).block != "clc")
+            return;
         const auto *init   = static_cast<const _isp_clc_user_init_t *>(cmd->data);
         const size_t count = size_t(pipe_.attr.part_h) * pipe_.attr.part_v;
         part_sizes_.push_back(
@@ -220,6 +235,9 @@ class runner {
     }
 
     const replay_settings &settings_;
+    const step_sink &sink_;
+    stderr_stream capture_;
+    std::chrono::steady_clock::time_point last_progress_;
     PipeContext pipe_{};
     IspRegShadow shadow_{};
     std::vector<module_slot> slots_;
@@ -250,20 +268,11 @@ const char *op_name(op_kind kind) {
     return "";
 }
 
-bool replay_result::failed() const {
-    if (!platform_problems.empty()) return true;
-    for (const replay_step &s : steps)
-        for (const module_step &m : s.modules)
-            for (const op_outcome &op : m.ops)
-                if (op.failed()) return true;
-    return false;
-}
-
-replay_result replay(const replay_settings &settings) {
+replay_result replay(const replay_settings &settings, const step_sink &sink) {
     isp_sim::reset();
     isp_sim::set_log_echo(false);
     isp_sim::set_log_level(7);
-    runner r(settings);
+    runner r(settings, sink);
     return r.run();
 }
 

@@ -1,11 +1,13 @@
 /* Driving the modules as a pipeline framework does, on the simulated platform, and recording what
  * every operation did: its status, the groups it pushed, its triggers, log lines and the
- * converters' messages. */
+ * converters' messages. Each step is handed on as soon as it ends and dropped afterwards, so a
+ * replay of any length holds one step at a time. */
 #ifndef ISP_CASE_REPLAY_H
 #define ISP_CASE_REPLAY_H
 
 #include <stdint.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,7 +26,8 @@ struct pushed_group {
     uint8_t channel         = 0; /* register I/O channel of the wrapper */
     uint32_t cmd            = 0;
     const group_info *group = nullptr; /* null for a command the tool does not know */
-    std::vector<uint8_t> bytes;
+    size_t size             = 0;       /* bytes pushed */
+    std::vector<uint8_t> bytes;        /* a copy of them, when the replay keeps the bytes */
     /* colour correction init: the partition-size arrays its pointers lead to */
     std::vector<uint8_t> part_size_h, part_size_v;
 };
@@ -60,18 +63,22 @@ struct replay_step {
 struct replay_settings {
     run_settings run;
     std::vector<const module_info *> bypass;
-    bool progress = false; /* a progress line on standard error between frames */
+    bool progress   = false; /* a progress line on standard error between frames */
+    bool keep_bytes = false; /* a copy of every pushed structure in the steps (for a dump) */
+    bool keep_platform_records = false; /* the simulated platform keeps all its records */
 };
 
 struct replay_result {
-    std::vector<replay_step> steps;
     std::vector<std::string> platform_problems; /* leaks and misuse seen by the platform */
-    bool failed() const;
 };
 
-/* Runs the whole lifecycle once. The simulated platform is reset first and keeps the records
- * of this replay afterwards. */
-replay_result replay(const replay_settings &settings);
+/* Receives each step as soon as it ends; the step is dropped when it returns. */
+using step_sink = std::function<void(const replay_step &)>;
+
+/* Runs the whole lifecycle once. The simulated platform is reset first; it forgets its records
+ * of each operation once they are read, unless asked to keep them. Standard error is captured for
+ * the whole run; the progress line goes to the stream it had before. */
+replay_result replay(const replay_settings &settings, const step_sink &sink);
 
 }  // namespace isp_case
 

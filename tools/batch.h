@@ -1,0 +1,57 @@
+/* A suite of cases run as a batch: every case found under the paths given, each checked and
+ * replayed in a process of its own, a few at a time, with a line per case, a summary, and JUnit
+ * XML or JSON for CI. */
+#ifndef ISP_CASE_BATCH_H
+#define ISP_CASE_BATCH_H
+
+#include <cstdio>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace isp_case {
+
+/* One case of a suite: its directory and its name, the path relative to the suite it was
+ * found in (the path as given for a case given directly). */
+struct batch_case {
+    std::string path, name;
+};
+
+/* Every directory holding cfgs/ at or under the paths, sorted by path, each once; a case's own
+ * subdirectories are not searched. False with a message when a path is not a directory. */
+bool find_cases(const std::vector<std::string> &paths, std::vector<batch_case> &cases,
+                std::string &error);
+
+/* The cases of shard index (1-based) of count: every count-th case starting at the index-th. */
+std::vector<batch_case> shard_of(const std::vector<batch_case> &cases, int index, int count);
+
+/* "2/5" to 2 and 5, with 1 <= index <= count. */
+bool parse_shard(const std::string &text, int &index, int &count);
+
+enum class batch_stage { check, replay };
+
+/* Runs one stage of one case in the calling process and returns its exit status; it is called
+ * in a child process of the batch, whose standard output and error go to the batch. */
+using stage_runner = std::function<int(batch_stage stage, const batch_case &c)>;
+
+struct batch_settings {
+    std::vector<std::string> paths;
+    int jobs        = 0; /* cases at a time; 0: the processors this process may use */
+    int shard_index = 1, shard_count = 1;
+    std::string junit_file, json_file;
+    std::optional<int> frames;
+    bool strict = false;
+};
+
+/* The processors this process may run on. */
+int available_processors();
+
+/* Runs the batch; returns the exit status: 0 when every case passed, 1 otherwise, 3 when a path
+ * is not a directory or no case was found. */
+int run_batch(const batch_settings &settings, const stage_runner &run_stage, std::FILE *out,
+              std::FILE *err);
+
+}  // namespace isp_case
+
+#endif
