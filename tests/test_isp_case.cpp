@@ -178,7 +178,7 @@ TEST(IspCaseReplay, ConverterFailuresFailTheReplayWithoutAborting) {
     EXPECT_TRUE(contains_line(run.out, "  error       csc process (frame 2): " + raised));
     EXPECT_TRUE(contains_line(run.out, "  result      FAILED: 6 errors, 0 warnings"));
 
-    const tool_run json = run_tool(dir, args + " --format json");
+    const tool_run json = run_tool(dir, args + " --format json -v");
     EXPECT_EQ(json.status, 1);
     std::vector<std::string> types;
     picojson::object frame, summary;
@@ -192,6 +192,14 @@ TEST(IspCaseReplay, ConverterFailuresFailTheReplayWithoutAborting) {
     EXPECT_EQ(types,
               (std::vector<std::string>{"start", "step setup", "step frame 0", "step frame 1",
                                         "step frame 2", "step teardown", "summary"}));
+    // -v adds the table's rows to each step
+    ASSERT_EQ(frame.count("rows"), 1u);
+    EXPECT_EQ(frame.at("rows").get<picojson::array>().front().serialize(),
+              R"j({"details":["process raised: \"type mismatch! call is<type>() before )j"
+              R"j(get<type>()\" && is<object>()"],"enable":1,"module":"csc",)j"
+              R"j("operations":{"process":"raised","sync":"ok","trigger":"ok"},"pushed":[],)j"
+              R"j("read":"f0"})j");
+    frame.erase("rows");
     EXPECT_EQ(isp_test::serialized(frame),
               R"j({"bytes":)j" + std::to_string(308 + sizeof(_isp_clc_user_init_t)) +
                   R"j(,"failed":1,"failed_operations":1,"findings":[{"severity":"error",)j"

@@ -315,7 +315,7 @@ void replay_printer::json_step(const replay_step &step, const step_outcome &outc
         std::vector<std::string> modules;
         for (const module_step &m : step.modules)
             modules.push_back(json_module(m, output_.log_level));
-        o.add_raw("modules", json_array(modules));
+        o.add_raw("rows", json_array(modules));
     }
     fmt::print(out_, "{}\n", o.text());
 }
