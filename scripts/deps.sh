@@ -2,7 +2,7 @@
 # Installs the Debian packages a task needs, only those that are missing.
 #   scripts/deps.sh build   compiler, CMake, picojson, GoogleTest, CLI11, fmt
 #   scripts/deps.sh arm     the 32-bit ARM cross compiler and qemu-user
-#   scripts/deps.sh bench   Google Benchmark
+#   scripts/deps.sh bench   Google Benchmark, GNU time
 #   scripts/deps.sh fuzz    clang with its libFuzzer runtime
 set -euo pipefail
 
@@ -12,7 +12,7 @@ for task in "$@"; do
         build) packages+=(g++ cmake ninja-build pkg-config picojson-dev libgtest-dev libgmock-dev
                           libcli11-dev libfmt-dev python3) ;;
         arm) packages+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user googletest) ;;
-        bench) packages+=(libbenchmark-dev) ;;
+        bench) packages+=(libbenchmark-dev time) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         valgrind) packages+=(valgrind) ;;
         *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind)" >&2; exit 2 ;;
