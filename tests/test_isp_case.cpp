@@ -22,6 +22,7 @@
 #include "tools/file_probe.h"
 #include "tools/module_table.h"
 #include "tools/replay.h"
+#include "tools/replay_report.h"
 #include "tools/settings.h"
 #include "tools/text_table.h"
 
@@ -211,6 +212,54 @@ TEST(IspCaseReplay, ConverterFailuresFailTheReplayWithoutAborting) {
     EXPECT_EQ(summary.at("findings").get<picojson::array>().size(), 6u);
     EXPECT_EQ(summary.at("result").to_str(), "failed");
     EXPECT_EQ(summary.at("exit_status").get<double>(), 1);
+}
+
+/* What an operation's outcome counts as, and what --strict makes of a warning. */
+TEST(IspCaseReplay, FindingsHaveASeverityAndStrictFailsOnWarnings) {
+    isp_case::op_outcome raised, returned, converted, warned, quiet;
+    raised.kind = returned.kind = converted.kind = isp_case::op_kind::process;
+    warned.kind = quiet.kind = isp_case::op_kind::sync;
+    raised.ran = returned.ran = converted.ran = warned.ran = quiet.ran = true;
+    raised.exception                                                   = "bad";
+    returned.status                                                    = int32_t(0x80011980);
+    returned.log       = {{3, "ISP", 1, "[E] its own report\n"}};
+    converted.messages = {"read json_obj failed: d_gain.val"};
+    warned.log         = {{4, "ISP", 1, "[W] context already calloc!\n"}};
+    quiet.log          = {{7, "ISP", 1, "[D] banner\n"}};
+    isp_case::replay_step step{"frame 3", {}};
+    for (const isp_case::op_outcome &op : {raised, returned, converted, warned, quiet})
+        step.modules.push_back({isp_case::find_module("wbc"), {op}, -1});
+
+    std::vector<std::string> found;
+    for (const std::vector<isp_case::finding> &module : isp_case::findings_of(step))
+        for (const isp_case::finding &f : module)
+            found.push_back(std::string(isp_case::severity_name(f.level)) + " " + f.step + " " +
+                            f.where + ": " + f.text);
+    EXPECT_EQ(found, (std::vector<std::string>{
+                         "error frame 3 wbc process: raised: bad",
+                         "error frame 3 wbc process: returned 0x80011980",
+                         "error frame 3 wbc process: read json_obj failed: d_gain.val",
+                         "warning frame 3 wbc sync: [W] context already calloc!",
+                     }));
+
+    isp_case::replay_settings settings;
+    isp_case::replay_step only_warned{"frame 0", {{isp_case::find_module("wbc"), {warned}, -1}}};
+    for (bool strict : {false, true}) {
+        isp_case::replay_output output;
+        output.detail = isp_case::verbosity::quiet;
+        output.strict = strict;
+        temp_dir dir;
+        std::FILE *out = std::fopen((dir.path() + "/out").c_str(), "w");
+        isp_case::replay_printer printer(out, settings, output);
+        printer.step(only_warned);
+        printer.finish({});
+        std::fclose(out);
+        EXPECT_EQ(printer.passed(), !strict);
+        EXPECT_EQ(split_lines(read_file(dir.path() + "/out")).back(),
+                  strict ? "  result      FAILED: 0 errors, 1 warning (--strict)"
+                         : "  result      ok: 0 modules, every operation returned 0 on 1 frame "
+                           "(1 warning)");
+    }
 }
 
 /* A long replay holds one operation's platform records at a time, however many frames it runs,

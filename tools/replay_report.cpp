@@ -192,8 +192,9 @@ std::vector<std::vector<finding>> findings_of(const replay_step &step) {
             }
             for (const std::string &message : op.messages)
                 all[i].push_back({severity::error, step.name, where, message});
+            /* a failed operation's own error report is part of its failure */
             for (const isp_sim::log_line &line : op.log)
-                if (line.level <= 4)
+                if (line.level <= 4 && !op.failed())
                     all[i].push_back({severity::warning, step.name, where, trimmed(line.text)});
         }
     }

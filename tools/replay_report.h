@@ -29,7 +29,7 @@ struct replay_output {
 
 /* What a step found, module by module: a failed or raising operation and a value a converter
  * could not read (its message on standard error) are errors, a library log line at warning
- * level or below is a warning. */
+ * level or below from an operation that did not fail is a warning. */
 std::vector<std::vector<finding>> findings_of(const replay_step &step);
 
 /* Consumes the steps of a replay as they end and prints them, then the summary. */
