@@ -9,13 +9,12 @@
 namespace isp_case {
 namespace {
 
-/* What the handler of a fatal signal needs, as plain values it may read. */
+/* What the handler of SIGABRT needs, as plain values it may read. */
 volatile int g_sink_fd     = -1;
 volatile int g_original_fd = -1;
 volatile long g_taken      = 0; /* bytes of the file already taken */
 
-const int k_fatal_signals[] = {SIGABRT, SIGSEGV};
-struct sigaction g_previous[2];
+struct sigaction g_previous;
 
 /* The file is emptied once this much has been taken, so a long run keeps no more on disk. */
 const long k_reuse_after = 1 << 20;
@@ -62,13 +61,13 @@ stderr_stream::stderr_stream() {
     struct sigaction action {};
     action.sa_handler = forward_and_die;
     sigemptyset(&action.sa_mask);
-    for (size_t i = 0; i < 2; ++i) sigaction(k_fatal_signals[i], &action, &g_previous[i]);
+    sigaction(SIGABRT, &action, &g_previous);
 }
 
 stderr_stream::~stderr_stream() {
     if (!sink_) return;
     std::fflush(stderr);
-    for (size_t i = 0; i < 2; ++i) sigaction(k_fatal_signals[i], &g_previous[i], nullptr);
+    sigaction(SIGABRT, &g_previous, nullptr);
     forward_rest();
     dup2(g_original_fd, STDERR_FILENO);
     g_sink_fd = g_original_fd = -1;
