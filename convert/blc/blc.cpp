@@ -172,3 +172,7 @@ int drv_to_cmodel_blc_user_gbl(_isp_blc_user_gbl_t *, picojson::object &, uint8_
 int drv_to_cmodel_blc_user_sbl(_isp_blc_user_sbl_t *, picojson::object &, uint8_t) {
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/blc/blc.def"
+#define ISP_DEF_BLOCK blc
+#include "convert/common/register_map_build.h"

@@ -115,3 +115,7 @@ int drv_to_cmodel_clc_user_clc(_isp_clc_user_clc_t *in, picojson::object &out, u
     w.array("sat_mit_upper_lut_slope", in->sat_mit_upper_lut_slope, "u1.7");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/clc/clc.def"
+#define ISP_DEF_BLOCK clc
+#include "convert/common/register_map_build.h"

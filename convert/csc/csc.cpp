@@ -68,3 +68,7 @@ int drv_to_cmodel_csc_user_setup(_isp_csc_user_setup_t *in, picojson::object &ou
     w.array("offset_in", in->offset_in, "s8.2");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/csc/csc.def"
+#define ISP_DEF_BLOCK csc
+#include "convert/common/register_map_build.h"

@@ -163,3 +163,7 @@ int rtl_to_drv_dem_kernel_mem_ctrl(picojson::object &root, _isp_dem_kernel_mem_c
     out->sw_clr = f.read("wb_stat_mem_ctrl", "sw_clr", "u1");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/dem/dem.def"
+#define ISP_DEF_BLOCK dem
+#include "convert/common/register_map_build.h"

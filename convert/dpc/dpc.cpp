@@ -196,3 +196,7 @@ int drv_to_cmodel_dpc_user_calc_color_limit(_isp_dpc_user_calc_color_limit_t *in
     w.array("margin_l", in->margin_l, "u8.6");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/dpc/dpc.def"
+#define ISP_DEF_BLOCK dpc
+#include "convert/common/register_map_build.h"

@@ -81,3 +81,7 @@ int drv_to_cmodel_gamma_user_lut(_isp_gamma_user_lut_t *in, picojson::object &ou
     isp::cmodel_writer(out).array("lut", in->gam_lut, "u8.4");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/gamma/gamma.def"
+#define ISP_DEF_BLOCK gamma
+#include "convert/common/register_map_build.h"

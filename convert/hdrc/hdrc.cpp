@@ -62,3 +62,7 @@ int drv_to_cmodel_hdrc_user_setup(_isp_hdrc_user_setup_t *in, picojson::object &
     w.array("hdrc_lut", no_curve, "u16.0");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/hdrc/hdrc.def"
+#define ISP_DEF_BLOCK hdrc
+#include "convert/common/register_map_build.h"

@@ -34,3 +34,7 @@ int drv_to_cmodel_hidrc_user_setup(_isp_hidrc_user_setup_t *in, picojson::object
     w.array("offset_out", in->offset_out, "u14.6");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/hidrc/hidrc.def"
+#define ISP_DEF_BLOCK hidrc
+#include "convert/common/register_map_build.h"

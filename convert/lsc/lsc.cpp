@@ -77,3 +77,7 @@ int drv_to_cmodel_lsc_user_coord(_isp_lsc_user_coord_t *in, picojson::object &ou
     w.array("mesh_end", {end.y, end.x}, "u7");
     return 0;
 }
+
+#define ISP_DEF_FILE "convert/lsc/lsc.def"
+#define ISP_DEF_BLOCK lsc
+#include "convert/common/register_map_build.h"
