@@ -156,8 +156,10 @@ void export_rows(const block_map &map, const char *group, const void *in, picojs
                     row.format);
             continue;
         }
+        /* a per-partition array of rows exports the partition's row */
+        const uint32_t first = row.per_partition ? partition * row.count : 0;
         std::vector<uint32_t> codes(row.count);
-        for (uint32_t k = 0; k < row.count; ++k) codes[k] = load_code(in, row.member, k);
+        for (uint32_t k = 0; k < row.count; ++k) codes[k] = load_code(in, row.member, first + k);
         w.array(row.key, codes.data(), codes.size(), row.format);
     }
 }

@@ -87,12 +87,13 @@ struct field_row {
 };
 
 /* A key an exporter writes from one member: a value for a scalar, an array of every element in
- * index order otherwise, the partition's element for a per-partition member. */
+ * index order otherwise, the partition's element for a per-partition member (the partition's row,
+ * as an array, for a per-partition member of rows). */
 struct export_row {
     const char *group;
     const char *key;
     member_ref member;
-    uint32_t count;
+    uint32_t count; /* elements exported as an array (of a row, if per partition); 0: a value */
     bool per_partition;
     const char *format;
 };

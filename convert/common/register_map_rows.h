@@ -23,6 +23,9 @@
 #ifndef ISP_FIELD_SUB
 #define ISP_FIELD_SUB(...)
 #endif
+#ifndef ISP_FIELD_PART_ELEM
+#define ISP_FIELD_PART_ELEM(...)
+#endif
 #ifndef ISP_GROUP_FIELD
 #define ISP_GROUP_FIELD(...)
 #endif
@@ -59,6 +62,7 @@
 #undef ISP_POINTER
 #undef ISP_FIELD
 #undef ISP_FIELD_SUB
+#undef ISP_FIELD_PART_ELEM
 #undef ISP_GROUP_FIELD
 #undef ISP_GROUP_EACH
 #undef ISP_ELEMENT
