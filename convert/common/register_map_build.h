@@ -15,8 +15,9 @@
  *   ISP_ELEMENT(group, member, element, array, index, field, format)
  *   ISP_ELEMENT_EACH(group, member, first, step, array, count, field, format)
  *   ISP_TABLE(group, member, reg, key, count, format)                reg may be nullptr
- *   ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)  entries side by side in
- *                                            the member's words, one `entry`-typed piece each
+ *   ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)  entries packed into the
+ *                                            member's words: entry k is its k-th piece of type
+ *                                            `entry` in memory (a word's low half first)
  *   ISP_HAND(group, reader, note) ... ISP_HAND_END(group)            rows the reader reads
  *   ISP_EXPORT(group, key, member, format)      a value, or an array of every element
  *   ISP_EXPORT_PART(group, key, member, format) the partition's element, as a value
