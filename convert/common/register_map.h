@@ -59,7 +59,8 @@ enum class read_kind : uint8_t {
 /* Reads a quirk the rows cannot express; called once, at the first row that names it. */
 using hand_reader = void (*)(const field_reader &f, void *out, uint8_t partition);
 
-/* The element a row writes. */
+/* The element a row writes. For a member that holds a pointer, its size and sign are those of
+ * the element pointed to: such rows only describe what a hand-written reader stores there. */
 struct member_ref {
     const char *name;
     uint32_t offset;
@@ -130,6 +131,10 @@ void store_code(void *base, const member_ref &m, uint32_t element, uint32_t code
 namespace detail {
 template <typename T>
 using element_of = std::remove_cv_t<std::remove_all_extents_t<T>>;
+
+/* The element a row stores into: through a member that holds a pointer, the element pointed to. */
+template <typename T>
+using stored_of = std::remove_cv_t<std::remove_pointer_t<element_of<T>>>;
 
 template <typename T>
 constexpr bool is_signed_element() {

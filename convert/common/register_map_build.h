@@ -17,6 +17,9 @@
  *   ISP_ELEMENT(group, member, element, array, index, field, format)
  *   ISP_ELEMENT_EACH(group, member, first, step, array, count, field, format)
  *   ISP_TABLE(group, member, reg, key, count, format)                reg may be nullptr
+ *   ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)  entries packed into the
+ *                                            member's words: entry k is its k-th piece of type
+ *                                            `entry` in memory (a word's low half first)
  *   ISP_HAND(group, reader, note) ... ISP_HAND_END(group)            rows the reader reads
  *   ISP_EXPORT(group, key, member, format)      a value, or an array of every element
  *   ISP_EXPORT_PART(group, key, member, format) the partition's element, as a value; of a
@@ -104,11 +107,12 @@ constexpr struct_desc structs[] = {
     {nullptr, nullptr, 0, nullptr, 0}};
 
 /* ---- register rows ---- */
+#define ISP_DEF_STORED(group, member) ::isp::detail::stored_of<decltype(group##_t::member)>
 #define ISP_DEF_REF(group, member)                                                            \
     ::isp::member_ref {                                                                       \
-        #member, offsetof(group##_t, member), sizeof(ISP_DEF_ELEM(group, member)),            \
-            sizeof(ISP_DEF_ELEM(group, member)),                                              \
-            ::isp::detail::is_signed_element<decltype(group##_t::member)>()                   \
+        #member, offsetof(group##_t, member), sizeof(ISP_DEF_STORED(group, member)),          \
+            sizeof(ISP_DEF_STORED(group, member)),                                            \
+            std::is_signed<ISP_DEF_STORED(group, member)>::value                              \
     }
 #define ISP_DEF_ROW(kind, group, ref, elem, step, array, index, reg, fld, format, by, note) \
     {::isp::read_kind::kind, #group, ref, elem, step, array, index, reg, fld, format, by, note},
@@ -143,6 +147,11 @@ constexpr struct_desc structs[] = {
     ISP_DEF_ROW(element_each, group, ISP_DEF_REF(group, member), first, step, array, count, nullptr, fld, format, nullptr, nullptr)
 #define ISP_TABLE(group, member, reg, key, count, format) \
     ISP_DEF_ROW(table, group, ISP_DEF_REF(group, member), 0, 1, nullptr, count, reg, key, format, nullptr, nullptr)
+#define ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)                                  \
+    ISP_DEF_ROW(table, group,                                                                            \
+                (::isp::member_ref{#member, offsetof(group##_t, member), sizeof(entry), sizeof(entry),   \
+                                   std::is_signed<entry>::value}),                                       \
+                0, 1, nullptr, count, reg, key, format, nullptr, nullptr)
 #define ISP_HAND(group, reader, note) \
     ISP_DEF_ROW(hand_begin, group, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0, nullptr, nullptr, nullptr, reader, note)
 #define ISP_HAND_END(group) \
@@ -191,6 +200,7 @@ const block_map ISP_DEF_MAP = {ISP_DEF_STR(ISP_DEF_BLOCK),
 #undef ISP_DEF_ELEM
 #undef ISP_DEF_DESC
 #undef ISP_DEF_SPAN
+#undef ISP_DEF_STORED
 #undef ISP_DEF_REF
 #undef ISP_DEF_ROW
 #undef ISP_DEF_NS

@@ -41,6 +41,9 @@
 #ifndef ISP_TABLE
 #define ISP_TABLE(...)
 #endif
+#ifndef ISP_TABLE_PACKED
+#define ISP_TABLE_PACKED(...)
+#endif
 #ifndef ISP_HAND
 #define ISP_HAND(...)
 #endif
@@ -68,6 +71,7 @@
 #undef ISP_ELEMENT
 #undef ISP_ELEMENT_EACH
 #undef ISP_TABLE
+#undef ISP_TABLE_PACKED
 #undef ISP_HAND
 #undef ISP_HAND_END
 #undef ISP_EXPORT
