@@ -43,6 +43,19 @@ void check_hand_reader(const isp::block_map &map, const isp::field_row *hand, ui
     picojson::object &top          = object_in(root[map.top_key]);
     const isp::struct_desc &layout = struct_of(map, hand->group);
     std::vector<uint8_t> expected(layout.size), filled(layout.size);
+    /* A member that holds a pointer leads to an array the caller provides: rows on it describe
+     * that array's elements. */
+    std::vector<std::vector<uint8_t>> expected_arrays, filled_arrays;
+    std::vector<uint32_t> pointer_offsets;
+    for (uint32_t i = 0; i < layout.member_count; ++i) {
+        if (!layout.members[i].pointer) continue;
+        pointer_offsets.push_back(layout.members[i].offset);
+        expected_arrays.emplace_back(ISP_MAX_PARTITIONS * sizeof(uint64_t));
+        filled_arrays.emplace_back(ISP_MAX_PARTITIONS * sizeof(uint64_t));
+        void *array = filled_arrays.back().data();
+        memcpy(filled.data() + layout.members[i].offset, &array, sizeof array);
+        memcpy(expected.data() + layout.members[i].offset, &array, sizeof array);
+    }
     int value = 0;
     for (const isp::field_row *row = hand + 1; row->kind != isp::read_kind::hand_end; ++row) {
         const uint32_t first = row->element == isp::part_element ? partition : row->element;
@@ -75,7 +88,12 @@ void check_hand_reader(const isp::block_map &map, const isp::field_row *hand, ui
             /* a table holds raw numbers, which saturate below zero */
             ++value;
             *slot = picojson::value(static_cast<double>(table ? value : -value));
-            isp::store_code(expected.data(), row->member, first + k * row->step,
+            uint8_t *target       = expected.data();
+            isp::member_ref where = row->member;
+            for (size_t p = 0; p < pointer_offsets.size(); ++p)
+                if (pointer_offsets[p] == where.offset) target = expected_arrays[p].data();
+            if (target != expected.data()) where.offset = 0;
+            isp::store_code(target, where, first + k * row->step,
                             table ? value : sign_to_regval(-value, row->format));
         }
     }
@@ -83,6 +101,7 @@ void check_hand_reader(const isp::block_map &map, const isp::field_row *hand, ui
     const isp::field_reader f(root, map.top_key);
     EXPECT_EQ(isp_test::stderr_of([&] { hand->by(f, filled.data(), partition); }), "");
     EXPECT_EQ(filled, expected);
+    EXPECT_EQ(filled_arrays, expected_arrays);
 }
 
 TEST(RegisterMaps, HandWrittenReadersReadExactlyTheirDescribedRows) {

@@ -32,7 +32,8 @@ struct member_desc {
     uint32_t stride;    /* bytes from one element to the next */
     uint8_t elem_size;  /* 1, 2, 4 or 8 */
     bool is_signed;     /* of the C element type */
-    bool per_partition; /* element p belongs to partition p */
+    bool per_partition; /* the first dimension is the partition: count / ISP_MAX_PARTITIONS
+                         * elements each, partition p's first at element p * that */
     bool pointer;       /* holds a host address, not a register value */
 };
 
