@@ -3,10 +3,11 @@
 
 #include <sys/wait.h>
 
-#include <cstring>
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -19,6 +20,8 @@
 #include "tools/case_layout.h"
 #include "tools/dump.h"
 #include "tools/file_probe.h"
+#include "tools/json_locations.h"
+#include "tools/lint.h"
 #include "tools/module_table.h"
 #include "tools/replay.h"
 #include "tools/settings.h"
@@ -171,82 +174,267 @@ TEST(IspCaseReplay, FilesThatWouldStopTheLibraryAreNamedBeforeAnythingRuns) {
     EXPECT_EQ(split_lines(run.err), expected);
 }
 
-TEST(IspCaseCheck, SampleCaseIsClean) {
+TEST(IspCaseCheck, SampleCaseIsCleanUnderStrict) {
     temp_dir dir;
-    const tool_run run = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR);
+    const tool_run run = run_tool(dir, "check --strict " ISP_SAMPLE_CASE_DIR);
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_TRUE(contains_line(run.out, "summary (224 files read)"));
     EXPECT_TRUE(contains_line(run.out, "  result: clean"));
 }
 
-TEST(IspCaseCheck, FindsEveryPlantedProblemAndExitsNonZero) {
-    temp_dir dir;
-    const std::string c = copy_sample(dir);
-    fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json");
-    fs::create_directory(c + "/cfgs/f3");
-    fs::remove(c + "/cfgs/f0/rtl_hdr_p0.json");
-    fs::create_directory(c + "/cfgs/f0/rtl_hdr_p0.json");
-    std::ofstream(c + "/cfgs/f0/rtl_gamma_p1.json")
-        << "{\n  \"isp_gamma\": {\n    \"gamma\": {\"mode\": 0,}\n  }\n}\n";
-    std::ofstream(c + "/cfgs/f0/rtl_csc_p0.json") << "[1, 2]\n";
-    std::ofstream(c + "/cfgs/f0/rtl_wbc_p3.json")
-        << "{\"isp_wbc\":\n {\"d_gain\": {\"val\": 1e999}}}\n";
-    remove_register(c + "/cfgs/f0/rtl_dem_p1.json", "isp_dem", "fc_cor1");
-    remove_register(c + "/cfgs/f1/rtl_lsc_p0.json", "isp_lsc", "gb_mesh");
-
-    const tool_run run = run_tool(dir, "check " + c);
-    ASSERT_EQ(run.status, 1) << run.out << run.err;
-    const std::string type_error = "\"type mismatch! call is<type>() before get<type>()\" && ";
-    const std::vector<std::pair<std::string, std::string>> expected = {
-        {c + "/cfgs/f2", "  missing frame directory: the frames after it are never read (cfgs/f3)"},
-        {c + "/cfgs/f0/rtl_hdr_p0.json", "  cannot read the file: a directory (read by hdr)"},
-        {c + "/cfgs/f1/rtl_lsc_p0.json",
-         "  rtl_to_drv_lsc_user_mesh (lsc) raises: " + type_error + "is<array>()"},
-        {c + "/cfgs/f0/rtl_wbc_p3.json",
-         "  number out of range (picojson raises overflow_error): line 2: 1e999 (read by wbc)"},
-        {c + "/cfgs/f1/rtl_wbc_p2.json", "  missing file (read by wbc)"},
-        {c + "/cfgs/f0/rtl_dem_p1.json", "  read json_obj failed: fc_cor1.limit (fcc)"},
-        {c + "/cfgs/f0/rtl_gamma_p1.json",
-         "  JSON does not parse: syntax error at line 3 near: } (read by gamma)"},
-        {c + "/cfgs/f0/rtl_csc_p0.json",
-         "  root is not an object: the root is an array (read by csc)"},
-    };
-    const std::vector<std::string> lines = split_lines(run.out);
-    for (const auto &[file, problem] : expected) {
-        auto at = std::find(lines.begin(), lines.end(), file);
-        ASSERT_NE(at, lines.end()) << file << "\n" << run.out;
-        ASSERT_NE(at + 1, lines.end());
-        EXPECT_EQ(*(at + 1), problem);
-    }
-    const std::vector<std::string> summary = {
-        "  problem                  files  count", "  missing frame directory  1      1",
-        "  missing file             1      1",     "  unreadable file          1      1",
-        "  JSON does not parse      1      1",     "  number out of range      1      1",
-        "  root is not an object    1      1",     "  field not read           1      4",
-        "  converter raises         1      1",     "  channel count rejected   0      0",
-        "  empty grid rejected      0      0",     "  result: 11 problems",
-    };
-    ASSERT_GE(lines.size(), summary.size());
-    EXPECT_EQ(std::vector<std::string>(lines.end() - long(summary.size()), lines.end()), summary);
+/* Replaces the first occurrence of from in a file. */
+void replace_in(const std::string &path, const std::string &from, const std::string &to) {
+    std::string text = read_file(path);
+    const size_t at  = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    std::ofstream(path) << text.replace(at, from.size(), to);
 }
 
-TEST(IspCaseCheck, RejectedChannelCountAndEmptyGrid) {
-    temp_dir dir;
-    const tool_run run = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --channels 7 --grid 0x2");
-    EXPECT_EQ(run.status, 1);
-    const std::vector<std::string> expected = {
-        "check of " ISP_SAMPLE_CASE_DIR ": grid 0x2, 7 channels, 2 frames, 34 modules",
-        "",
-        "settings",
-        "  channel count 7: bl_det, blc, dpc accept 0 to 6 channels",
-        "  grid 0x2 is empty: dpc, cc, dehaze report \"partition err!!!.\"",
-        "",
-        "summary (0 files read)",
+/* One broken copy of the sample case per kind of finding: the line that names it, and status 1
+ * under --strict. "C" in the expected line stands for the copy's directory. */
+TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
+    using plant            = std::function<void(const std::string &)>;
+    const std::string wbc0 = "/cfgs/f0/rtl_wbc_p0.json";
+    auto edit = [](const std::string &file, const std::string &from, const std::string &to) {
+        return plant([=](const std::string &c) { replace_in(c + file, from, to); });
     };
-    const std::vector<std::string> lines = split_lines(run.out);
-    ASSERT_GE(lines.size(), expected.size());
-    EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + long(expected.size())),
-              expected);
+    auto d_gain = [&](const std::string &value) {
+        return edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {\"val\": " + value + "}");
+    };
+    const plant nothing = [](const std::string &) {};
+    struct row {
+        plant broken;
+        std::string args, line;
+    };
+    const std::string mismatch = "\"type mismatch! call is<type>() before get<type>()\" && ";
+    const row rows[]           = {
+                  {edit(wbc0, "\"offset_in\": {\"val\": 0}", "\"offset_in\": {\"val\": \"12\"}"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:4:26: error: wbc: offset_in.val (u14.6): expected a number, "
+                             "got the string \"12\"; the field reads as 0 [type]"},
+                  {edit(wbc0, "\"offset_out\": {\"val\": 0}", "\"offset_out\": {\"val\": null}"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:5:27: error: wbc: offset_out.val (u14.6): expected a number, "
+                             "got null; the field reads as 0 [type]"},
+                  {edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {}"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:6:15: error: wbc: d_gain.val (u10.8): no \"val\" in "
+                             "\"d_gain\"; the field reads as 0 [missing-field]"},
+                  {d_gain("-5"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = -5 (u10.8): the format is "
+                             "unsigned and the sign is dropped; the hardware gets 5 (0.01953125) [sign-dropped]"},
+                  {d_gain("1048576"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1048576 (u10.8): wider than "
+                             "u10.8 (18 bits), the register keeps the low 18 bits; the hardware gets 0 (0) "
+                             "[too-wide]"},
+                  {d_gain("100.5"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 100.5 (u10.8): the fraction "
+                             "below one step is truncated to 100; the hardware gets 100 (0.390625) [truncated]"},
+                  {d_gain("99999999999"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 99999999999 (u10.8): beyond "
+                             "the 32-bit range, it saturates to 2147483647, wider than u10.8 (18 bits), the register "
+                             "keeps the low 18 bits; the hardware gets 262143 (1023.99609375) [saturated]"},
+                  {edit(wbc0, "\"d_gain\"", "\"d_gian\""), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:6:5: warning: unknown register \"d_gian\" in \"isp_wbc\": "
+                             "ignored; did you mean \"d_gain\"? [unknown-key]"},
+                  {edit(wbc0, "\"val1\": 256}", "\"val1\": 256, \"val2\": 3}"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:7:44: warning: unknown field \"val2\" in \"wb_gain0\": "
+                             "ignored; did you mean \"val0\"? [unknown-key]"},
+                  {edit(wbc0, "\"val3\": 256}", "\"val3\": 256, \"val3\": 300}"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json:8:44: warning: wbc: key \"val3\" repeats in \"wb_gain2\": "
+                             "picojson keeps the last value, 300 (line 8), and ignores 256 (line 8, column 31) "
+                             "[duplicate-key]"},
+                  {d_gain("300"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p3.json:6:23: warning: wbc: d_gain.val (u10.8) is not per partition "
+                             "and the partitions disagree: p0 300, p1 256, p2 256, p3 256; only p3's 256 reaches the "
+                             "hardware [partitions-disagree]"},
+                  {[](const std::string &c) {
+             const std::string path = c + "/cfgs/f0/rtl_gamma_p1.json";
+             const std::string text = read_file(path);
+             std::ofstream(path) << "\xEF\xBB\xBF" << text;
+         },
+                   "gamma",
+                   "C/cfgs/f0/rtl_gamma_p1.json:1:1: error: gamma: the file starts with a UTF-8 byte-order "
+                             "mark, which picojson does not accept: the library aborts [byte-order-mark]"},
+                  {[](const std::string &c) { fs::create_directory(c + "/cfgs/f3"); }, "wbc",
+                   "C/cfgs/f2: warning: missing frame directory: the frames after it are never read "
+                             "(cfgs/f3) [frame-directory]"},
+                  {nothing, "wbc --frames 4",
+                   "settings: warning: 4 frames asked for and the case holds 2 (cfgs/f0 to cfgs/f1): "
+                             "frames 2 to 3 replay cfgs/f1 again [frames]"},
+                  {nothing, "wbc --grid 17x16",
+                   "settings: warning: grid 17x16 has 272 partitions and the partition index is 8 bits "
+                             "wide: partitions 256 to 271 read the files of p0 to p15 again [grid]"},
+                  {nothing, "cc --grid 0x2",
+                   "settings: error: grid 0x2 is empty: cc report \"partition err!!!.\" [grid]"},
+                  {nothing, "blc,lin --channels 0",
+                   "settings: error: channel count 0: blc creates no wrapper, and its deinit, which runs "
+                             "before lin's, empties the block's wrapper slot: lin's wrapper is never destroyed "
+                             "[module-order]"},
+                  {nothing, "lin,blc",
+                   "settings: error: lin runs before blc with 2 channels: blc takes lin's context (one "
+                             "wrapper, then its frame index and flag) as its channel wrappers, and the wrapper calls "
+                             "of channel 1 fail [module-order]"},
+                  {nothing, "dpc --channels 7",
+                   "settings: error: channel count 7: dpc accept 0 to 6 channels [channels]"},
+                  {[](const std::string &c) { fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json"); }, "wbc",
+                   "C/cfgs/f1/rtl_wbc_p2.json: error: wbc: missing file [missing-file]"},
+                  {[](const std::string &c) {
+             fs::remove(c + "/cfgs/f0/rtl_hdr_p0.json");
+             fs::create_directory(c + "/cfgs/f0/rtl_hdr_p0.json");
+         },
+                   "hdr",
+                   "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a directory "
+                             "[unreadable-file]"},
+                  {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}", "\"mode\": 0,}"), "gamma",
+                   "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line "
+                             "3 near: }, [syntax]"},
+                  {d_gain("1e999"), "wbc",
+                   "C/cfgs/f0/rtl_wbc_p0.json: error: wbc: number out of range (picojson raises "
+                             "overflow_error): line 6: 1e999 [number-out-of-range]"},
+                  {[](const std::string &c) { std::ofstream(c + "/cfgs/f0/rtl_csc_p0.json") << "[1, 2]"; },
+                   "csc",
+                   "C/cfgs/f0/rtl_csc_p0.json:1:1: error: csc: root is not an object: the root is an "
+                             "array [root-not-object]"},
+                  {[](const std::string &c) {
+             remove_register(c + "/cfgs/f0/rtl_dem_p1.json", "isp_dem", "fc_cor1");
+         },
+                   "fcc",
+                   "C/cfgs/f0/rtl_dem_p1.json: error: fcc: read json_obj failed: fc_cor1.limit "
+                             "[field-not-read]"},
+                  {[](const std::string &c) {
+             remove_register(c + "/cfgs/f1/rtl_lsc_p0.json", "isp_lsc", "gb_mesh");
+         },
+                   "lsc",
+                   "C/cfgs/f1/rtl_lsc_p0.json: error: lsc: rtl_to_drv_lsc_user_mesh raises: " + mismatch +
+                       "is<array>() [converter-raises]"},
+    };
+    for (const row &r : rows) {
+        temp_dir dir;
+        const std::string c = copy_sample(dir);
+        r.broken(c);
+        const tool_run run = run_tool(dir, "check --strict " + c + " --modules " + r.args);
+        std::string line   = r.line;
+        if (line.rfind("C/", 0) == 0) line = c + line.substr(1);
+        EXPECT_EQ(run.status, 1) << line;
+        EXPECT_TRUE(contains_line(run.out, line)) << line << "\n" << run.out;
+    }
+}
+
+/* Warnings alone leave the status at 0 without --strict, in check and in replay; replay names
+ * them in its summary and does not call the run ok. */
+TEST(IspCaseCheck, WarningsFailOnlyUnderStrictAndJsonListsThem) {
+    temp_dir dir;
+    const std::string c = copy_sample(dir);
+    replace_in(c + "/cfgs/f0/rtl_wbc_p0.json", "\"d_gain\": {\"val\": 256}",
+               "\"d_gain\": {\"val\": -5}");
+    const tool_run check = run_tool(dir, "check --format json --modules wbc " + c);
+    ASSERT_EQ(check.status, 0) << check.out;
+    picojson::value doc;
+    ASSERT_EQ(picojson::parse(doc, check.out), "");
+    EXPECT_EQ(doc.get("files_read").get<double>(), 8.0); /* f0 and f1, four partitions each */
+    EXPECT_EQ(doc.get("errors").get<double>(), 0.0);
+    EXPECT_EQ(doc.get("warnings").get<double>(), 2.0); /* the value, and p0 against p1 to p3 */
+    const picojson::value &first = doc.get("findings").get<picojson::array>().at(0);
+    std::string escaped; /* picojson writes every slash as \/ */
+    for (char ch : c) escaped += ch == '/' ? std::string("\\/") : std::string(1, ch);
+    EXPECT_EQ(first.serialize(),
+              "{\"column\":23,\"field\":\"val\",\"file\":\"" + escaped +
+                  "\\/cfgs\\/f0\\/rtl_wbc_p0.json\",\"format\":\"u10.8\",\"hardware\":\"5 "
+                  "(0.01953125)\",\"kind\":\"sign-dropped\",\"line\":6,\"message\":\"d_gain.val "
+                  "= -5 (u10.8): the format is unsigned and the sign is dropped; the hardware "
+                  "gets 5 (0.01953125)\",\"module\":\"wbc\",\"register\":\"d_gain\","
+                  "\"severity\":\"warning\",\"value\":\"-5\"}");
+
+    const tool_run replay = run_tool(dir, "replay --modules wbc " + c);
+    EXPECT_EQ(replay.status, 0);
+    EXPECT_TRUE(contains_line(replay.out, "  findings    0 errors, 2 warnings"));
+    EXPECT_TRUE(contains_line(replay.out,
+                              "  result      not clean: 2 warnings, 0 converter lines; 1 modules, "
+                              "every operation returned 0 on 2 frames"));
+    const tool_run strict = run_tool(dir, "replay --strict --modules wbc " + c);
+    EXPECT_EQ(strict.status, 1);
+    EXPECT_TRUE(contains_line(strict.out, "  result      FAILED"));
+
+    /* a value that cannot be read fails the replay as it fails the check */
+    replace_in(c + "/cfgs/f0/rtl_wbc_p0.json", "-5", "\"12\"");
+    EXPECT_EQ(run_tool(dir, "replay --modules wbc " + c).status, 1);
+}
+
+/* The rows of a block drive the lint: a signed field, a register group read element by element
+ * and a table of raw numbers, on a map made up for the test. */
+TEST(IspCaseLint, RowsOfEveryShapeAgainstTheirFormats) {
+    using isp::read_kind;
+    const isp::field_row rows[] = {
+        {read_kind::field,
+         "g",
+         {"coeff", 0, 2, 2, true},
+         0,
+         1,
+         nullptr,
+         0,
+         "coeff",
+         "c0",
+         "s3.8",
+         nullptr,
+         nullptr},
+        {read_kind::group_each,
+         "g",
+         {"knee", 2, 2, 2, false},
+         0,
+         1,
+         "grp",
+         2,
+         "knee",
+         "x",
+         "u8.4",
+         nullptr,
+         nullptr},
+        {read_kind::table,
+         "g",
+         {"lut", 6, 2, 2, false},
+         0,
+         1,
+         nullptr,
+         3,
+         nullptr,
+         "lut",
+         "u10",
+         nullptr,
+         nullptr},
+    };
+    const isp::block_map map = {"test", "isp_test", nullptr, 0, rows, 3, nullptr, 0};
+    struct row {
+        std::string registers;
+        std::vector<std::string> lines;
+    };
+    const std::string ok_grp = R"("grp": [{"knee": {"x": 1}}, {"knee": {"x": 2}}])";
+    const row cases[]        = {
+               {R"("coeff": {"c0": 5000}, )" + ok_grp + R"(, "lut": [1, 2, 3])",
+                {"f:1:31: warning: t: coeff.c0 = 5000 (s3.8): beyond -2048 to 2047 of s3.8, the code "
+                        "wraps; the hardware gets 904 (3.53125) [wrapped]"}},
+               {R"("coeff": {"c0": -3000}, )" + ok_grp + R"(, "lut": [1, -5, 2000])",
+                {"f:1:31: warning: t: coeff.c0 = -3000 (s3.8): beyond -2048 to 2047 of s3.8, the code "
+                        "wraps; the hardware gets 3144 (-3.71875) [wrapped]",
+                 "f:1:99: warning: t: lut[1] = -5 (u10): negative, it reads as 0; the hardware gets 0 "
+                        "(and 1 more entry of this table) [sign-dropped]"}},
+               {R"("coeff": {"c0": -1}, "grp": [{"knee": {"x": 1}}], "lut": [1, "x", 3], "extra": 1)",
+                {"f:1:43: error: t: grp[1].knee.x (u8.4): \"grp\" has 1 element, none at index 1; the "
+                        "field reads as 0 [missing-field]",
+                 "f:1:76: error: t: lut[1] (u10): expected a number, got the string \"x\"; the "
+                        "converter raises picojson's type error [type]",
+                 "f:1:85: warning: unknown register \"extra\" in \"isp_test\": ignored [unknown-key]"}},
+    };
+    for (const row &c : cases) {
+        const isp_case::located_document doc =
+            isp_case::parse_located(std::string(R"({"isp_test": {)") + c.registers + "}}");
+        ASSERT_EQ(doc.error, "") << c.registers;
+        std::vector<std::string> raising;
+        std::vector<std::string> lines;
+        for (const isp_case::finding &f : isp_case::lint_rows(
+                 map, doc, "f", [](const char *) { return std::string("t"); }, nullptr, nullptr,
+                 &raising))
+            lines.push_back(isp_case::finding_line(f));
+        std::sort(lines.begin(), lines.end());
+        EXPECT_EQ(lines, c.lines) << c.registers;
+    }
 }
 
 TEST(IspCaseExport, WritesCModelFilesThatReadBack) {

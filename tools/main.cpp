@@ -23,7 +23,8 @@ using namespace isp_case;
 const char *const k_exit_statuses =
     "Exit status: 0 success (replay: every operation returned 0; check: a clean case; export: "
     "every C-model file written), 1 failure (an operation failed or raised, the platform saw a "
-    "leak, problems found, a register file not converted), 2 usage error, 3 no usable case (no "
+    "leak, errors found, or warnings under --strict, a register file not converted), 2 usage "
+    "error, 3 no usable case (no "
     "such directory, or files that would stop the library).";
 
 /* only the progress of long replays is worth a line that keeps rewriting itself */
@@ -97,24 +98,30 @@ bool settings_or_report(const case_flags &flags, const char *command, run_settin
 }
 
 int run_replay(const case_flags &flags, const std::vector<std::string> &bypass,
-               const std::string &dump_dir, const std::string &log_level) {
+               const std::string &dump_dir, const std::string &log_level, bool strict) {
     replay_settings settings;
     case_contents contents;
     if (!settings_or_report(flags, "replay", settings.run, contents)) return exit_no_case;
     for (const std::string &name : bypass) settings.bypass.push_back(find_module(name));
 
-    const std::vector<problem> blockers = replay_blockers(settings.run);
+    /* the pre-flight: the check's own lint, so that check and replay never disagree */
+    const lint_result lint = lint_case(settings.run, contents);
+    std::vector<finding> blockers;
+    for (const finding &f : lint.findings)
+        if (stops_library(f)) blockers.push_back(f);
     if (!blockers.empty()) {
         fmt::print(stderr, "isp-case replay: {} file(s) of {} would stop the library:\n",
                    blockers.size(), settings.run.case_path);
-        for (const problem &p : blockers) fmt::print(stderr, "  {}: {}\n", p.where, p.text);
+        for (const finding &f : blockers) fmt::print(stderr, "  {}: {}\n", f.file, f.message);
         fmt::print(stderr, "run 'isp-case check {}' for every problem of the case\n",
                    settings.run.case_path);
         return exit_no_case;
     }
 
-    settings.progress          = isatty(STDERR_FILENO) && settings.run.frames >= k_progress_frames;
-    const replay_result result = replay(settings);
+    settings.progress    = isatty(STDERR_FILENO) && settings.run.frames >= k_progress_frames;
+    replay_result result = replay(settings);
+    result.findings      = lint.findings;
+    result.strict        = strict;
     print_replay(stdout, settings, result, parse_log_level(log_level));
     bool failed = result.failed();
     if (!dump_dir.empty()) {
@@ -127,13 +134,17 @@ int run_replay(const case_flags &flags, const std::vector<std::string> &bypass,
     return failed ? exit_failed : exit_ok;
 }
 
-int run_check(const case_flags &flags) {
+int run_check(const case_flags &flags, bool strict, const std::string &format) {
     run_settings settings;
     case_contents contents;
     if (!settings_or_report(flags, "check", settings, contents)) return exit_no_case;
     const check_result result = check_case(settings, contents);
-    print_check(stdout, settings, result);
-    return result.problems.empty() ? exit_ok : exit_failed;
+    if (format == "json")
+        print_check_json(stdout, settings, result);
+    else
+        print_check(stdout, settings, result);
+    const finding_counts counts = count_findings(result.findings);
+    return counts.errors > 0 || (strict && counts.warnings > 0) ? exit_failed : exit_ok;
 }
 
 int run_export(const export_settings &settings) {
@@ -150,7 +161,8 @@ int run_export(const export_settings &settings) {
 struct command_line {
     case_flags replay, check;
     std::vector<std::string> bypass;
-    std::string dump_dir, log_level = "warning";
+    std::string dump_dir, log_level = "warning", check_format = "text";
+    bool replay_strict = false, check_strict = false;
     export_settings exports;
     CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr;
 };
@@ -180,6 +192,7 @@ void add_replay(CLI::App &app, command_line &cl) {
                    "Library log lines shown: error, warning, debug or 0-7 (default: warning)")
         ->type_name("LEVEL")
         ->check(level_check);
+    cmd.add_flag("--strict", cl.replay_strict, "Fail on the case's warnings too, not only errors");
 }
 
 void add_check(CLI::App &app, command_line &cl) {
@@ -188,6 +201,12 @@ void add_check(CLI::App &app, command_line &cl) {
         "Find every problem of a case that would stop or spoil a replay, without aborting");
     cl.check_cmd->footer(k_exit_statuses);
     add_case_flags(*cl.check_cmd, cl.check);
+    cl.check_cmd->add_flag("--strict", cl.check_strict, "Exit with 1 on warnings too");
+    cl.check_cmd
+        ->add_option("--format", cl.check_format,
+                     "text (default) or json: every finding in one JSON document")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
 }
 
 void add_export(CLI::App &app, command_line &cl) {
@@ -228,7 +247,8 @@ int main(int argc, char **argv) {
     } catch (const CLI::ParseError &e) {
         return app.exit(e) == 0 ? exit_ok : exit_usage;
     }
-    if (cl.replay_cmd->parsed()) return run_replay(cl.replay, cl.bypass, cl.dump_dir, cl.log_level);
-    if (cl.check_cmd->parsed()) return run_check(cl.check);
+    if (cl.replay_cmd->parsed())
+        return run_replay(cl.replay, cl.bypass, cl.dump_dir, cl.log_level, cl.replay_strict);
+    if (cl.check_cmd->parsed()) return run_check(cl.check, cl.check_strict, cl.check_format);
     return run_export(cl.exports);
 }
