@@ -206,105 +206,111 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
         plant broken;
         std::string args, line;
     };
-    const std::string mismatch = "\"type mismatch! call is<type>() before get<type>()\" && ";
-    const row rows[]           = {
-                  {edit(wbc0, "\"offset_in\": {\"val\": 0}", "\"offset_in\": {\"val\": \"12\"}"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:4:26: error: wbc: offset_in.val (u14.6): expected a number, "
-                             "got the string \"12\"; the field reads as 0 [type]"},
-                  {edit(wbc0, "\"offset_out\": {\"val\": 0}", "\"offset_out\": {\"val\": null}"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:5:27: error: wbc: offset_out.val (u14.6): expected a number, "
-                             "got null; the field reads as 0 [type]"},
-                  {edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {}"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:6:15: error: wbc: d_gain.val (u10.8): no \"val\" in "
-                             "\"d_gain\"; the field reads as 0 [missing-field]"},
-                  {d_gain("-5"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = -5 (u10.8): the format is "
-                             "unsigned and the sign is dropped; the hardware gets 5 (0.01953125) [sign-dropped]"},
-                  {d_gain("1048576"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1048576 (u10.8): wider than "
-                             "u10.8 (18 bits), the register keeps the low 18 bits; the hardware gets 0 (0) "
-                             "[too-wide]"},
-                  {d_gain("100.5"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 100.5 (u10.8): the fraction "
-                             "below one step is truncated to 100; the hardware gets 100 (0.390625) [truncated]"},
-                  {d_gain("99999999999"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 99999999999 (u10.8): beyond "
-                             "the 32-bit range, it saturates to 2147483647, wider than u10.8 (18 bits), the register "
-                             "keeps the low 18 bits; the hardware gets 262143 (1023.99609375) [saturated]"},
-                  {edit(wbc0, "\"d_gain\"", "\"d_gian\""), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:6:5: warning: unknown register \"d_gian\" in \"isp_wbc\": "
-                             "ignored; did you mean \"d_gain\"? [unknown-key]"},
-                  {edit(wbc0, "\"val1\": 256}", "\"val1\": 256, \"val2\": 3}"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:7:44: warning: unknown field \"val2\" in \"wb_gain0\": "
-                             "ignored; did you mean \"val0\"? [unknown-key]"},
-                  {edit(wbc0, "\"val3\": 256}", "\"val3\": 256, \"val3\": 300}"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json:8:44: warning: wbc: key \"val3\" repeats in \"wb_gain2\": "
-                             "picojson keeps the last value, 300 (line 8), and ignores 256 (line 8, column 31) "
-                             "[duplicate-key]"},
-                  {d_gain("300"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p3.json:6:23: warning: wbc: d_gain.val (u10.8) is not per partition "
-                             "and the partitions disagree: p0 300, p1 256, p2 256, p3 256; only p3's 256 reaches the "
-                             "hardware [partitions-disagree]"},
-                  {[](const std::string &c) {
+    const row rows[] = {
+        {edit(wbc0, "\"offset_in\": {\"val\": 0}", "\"offset_in\": {\"val\": \"12\"}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:4:26: error: wbc: offset_in.val (u14.6): expected a number, "
+         "got the string \"12\"; the field reads as 0 [type]"},
+        {edit(wbc0, "\"offset_out\": {\"val\": 0}", "\"offset_out\": {\"val\": null}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:5:27: error: wbc: offset_out.val (u14.6): expected a number, "
+         "got null; the field reads as 0 [type]"},
+        {edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:15: error: wbc: d_gain.val (u10.8): no \"val\" in "
+         "\"d_gain\"; the field reads as 0 [missing-field]"},
+        {d_gain("-5"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = -5 (u10.8): the format is "
+         "unsigned and the sign is dropped; the hardware gets 5 (0.01953125) [sign-dropped]"},
+        {d_gain("1048576"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1048576 (u10.8): wider than "
+         "u10.8 (18 bits), the register keeps the low 18 bits; the hardware gets 0 (0) "
+         "[too-wide]"},
+        {d_gain("100.5"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 100.5 (u10.8): the fraction "
+         "below one step is truncated to 100; the hardware gets 100 (0.390625) [truncated]"},
+        {d_gain("99999999999"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 99999999999 (u10.8): beyond "
+         "the 32-bit range, it saturates to 2147483647, wider than u10.8 (18 bits), the register "
+         "keeps the low 18 bits; the hardware gets 262143 (1023.99609375) [saturated]"},
+        {edit(wbc0, "\"d_gain\"", "\"d_gian\""), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:5: warning: unknown register \"d_gian\" in \"isp_wbc\": "
+         "ignored; did you mean \"d_gain\"? [unknown-key]"},
+        {edit(wbc0, "\"val1\": 256}", "\"val1\": 256, \"val2\": 3}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:7:44: warning: unknown field \"val2\" in \"wb_gain0\": "
+         "ignored; did you mean \"val0\"? [unknown-key]"},
+        {edit(wbc0, "\"val3\": 256}", "\"val3\": 256, \"val3\": 300}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:8:44: warning: wbc: key \"val3\" repeats in \"wb_gain2\": "
+         "picojson keeps the last value, 300 (line 8), and ignores 256 (line 8, column 31) "
+         "[duplicate-key]"},
+        {d_gain("300"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p3.json:6:23: warning: wbc: d_gain.val (u10.8) is not per partition "
+         "and the partitions disagree: p0 300, p1 256, p2 256, p3 256; only p3's 256 reaches the "
+         "hardware [partitions-disagree]"},
+        {[](const std::string &c) {
              const std::string path = c + "/cfgs/f0/rtl_gamma_p1.json";
              const std::string text = read_file(path);
              std::ofstream(path) << "\xEF\xBB\xBF" << text;
          },
-                   "gamma",
-                   "C/cfgs/f0/rtl_gamma_p1.json:1:1: error: gamma: the file starts with a UTF-8 byte-order "
-                             "mark, which picojson does not accept: the library aborts [byte-order-mark]"},
-                  {[](const std::string &c) { fs::create_directory(c + "/cfgs/f3"); }, "wbc",
-                   "C/cfgs/f2: warning: missing frame directory: the frames after it are never read "
-                             "(cfgs/f3) [frame-directory]"},
-                  {nothing, "wbc --frames 4",
-                   "settings: warning: 4 frames asked for and the case holds 2 (cfgs/f0 to cfgs/f1): "
-                             "frames 2 to 3 replay cfgs/f1 again [frames]"},
-                  {nothing, "wbc --grid 17x16",
-                   "settings: warning: grid 17x16 has 272 partitions and the partition index is 8 bits "
-                             "wide: partitions 256 to 271 read the files of p0 to p15 again [grid]"},
-                  {nothing, "cc --grid 0x2",
-                   "settings: error: grid 0x2 is empty: cc report \"partition err!!!.\" [grid]"},
-                  {nothing, "blc,lin --channels 0",
-                   "settings: error: channel count 0: blc creates no wrapper, and its deinit, which runs "
-                             "before lin's, empties the block's wrapper slot: lin's wrapper is never destroyed "
-                             "[module-order]"},
-                  {nothing, "lin,blc",
-                   "settings: error: lin runs before blc with 2 channels: blc takes lin's context (one "
-                             "wrapper, then its frame index and flag) as its channel wrappers, and the wrapper calls "
-                             "of channel 1 fail [module-order]"},
-                  {nothing, "dpc --channels 7",
-                   "settings: error: channel count 7: dpc accept 0 to 6 channels [channels]"},
-                  {[](const std::string &c) { fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json"); }, "wbc",
-                   "C/cfgs/f1/rtl_wbc_p2.json: error: wbc: missing file [missing-file]"},
-                  {[](const std::string &c) {
+         "gamma",
+         "C/cfgs/f0/rtl_gamma_p1.json:1:1: error: gamma: the file starts with a UTF-8 byte-order "
+         "mark, which picojson does not accept: the library aborts [byte-order-mark]"},
+        {[](const std::string &c) { fs::create_directory(c + "/cfgs/f3"); }, "wbc",
+         "C/cfgs/f2: warning: missing frame directory: the frames after it are never read "
+         "(cfgs/f3) [frame-directory]"},
+        {nothing, "wbc --frames 4",
+         "settings: warning: 4 frames asked for and the case holds 2 (cfgs/f0 to cfgs/f1): "
+         "frames 2 to 3 replay cfgs/f1 again [frames]"},
+        {nothing, "wbc --grid 17x16",
+         "settings: warning: grid 17x16 has 272 partitions and the partition index is 8 bits "
+         "wide: partitions 256 to 271 read the files of p0 to p15 again [grid]"},
+        {nothing, "cc --grid 0x2",
+         "settings: error: grid 0x2 is empty: cc report \"partition err!!!.\" [grid]"},
+        {nothing, "blc,lin --channels 0",
+         "settings: error: channel count 0: blc creates no wrapper, and its deinit, which runs "
+         "before lin's, empties the block's wrapper slot: lin's wrapper is never destroyed "
+         "[module-order]"},
+        {nothing, "lin,blc",
+         "settings: error: lin runs before blc with 2 channels: blc takes lin's context (one "
+         "wrapper, then its frame index and flag) as its channel wrappers, and the wrapper calls "
+         "of channel 1 fail [module-order]"},
+        {nothing, "dpc --channels 7",
+         "settings: error: channel count 7: dpc accept 0 to 6 channels [channels]"},
+        {[](const std::string &c) { fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json"); }, "wbc",
+         "C/cfgs/f1/rtl_wbc_p2.json: error: wbc: missing file [missing-file]"},
+        {[](const std::string &c) {
              fs::remove(c + "/cfgs/f0/rtl_hdr_p0.json");
              fs::create_directory(c + "/cfgs/f0/rtl_hdr_p0.json");
          },
-                   "hdr",
-                   "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a directory "
-                             "[unreadable-file]"},
-                  {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}", "\"mode\": 0,}"), "gamma",
-                   "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line "
-                             "3 near: }, [syntax]"},
-                  {d_gain("1e999"), "wbc",
-                   "C/cfgs/f0/rtl_wbc_p0.json: error: wbc: number out of range (picojson raises "
-                             "overflow_error): line 6: 1e999 [number-out-of-range]"},
-                  {[](const std::string &c) { std::ofstream(c + "/cfgs/f0/rtl_csc_p0.json") << "[1, 2]"; },
-                   "csc",
-                   "C/cfgs/f0/rtl_csc_p0.json:1:1: error: csc: root is not an object: the root is an "
-                             "array [root-not-object]"},
-                  {[](const std::string &c) {
+         "hdr",
+         "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a directory "
+         "[unreadable-file]"},
+        {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}", "\"mode\": 0,}"), "gamma",
+         "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line "
+         "3 near: }, [syntax]"},
+        {d_gain("1e999"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json: error: wbc: number out of range (picojson raises "
+         "overflow_error): line 6: 1e999 [number-out-of-range]"},
+        {[](const std::string &c) { std::ofstream(c + "/cfgs/f0/rtl_csc_p0.json") << "[1, 2]"; },
+         "csc",
+         "C/cfgs/f0/rtl_csc_p0.json:1:1: error: csc: root is not an object: the root is an "
+         "array [root-not-object]"},
+        {[](const std::string &c) {
              remove_register(c + "/cfgs/f0/rtl_dem_p1.json", "isp_dem", "fc_cor1");
          },
-                   "fcc",
-                   "C/cfgs/f0/rtl_dem_p1.json: error: fcc: read json_obj failed: fc_cor1.limit "
-                             "[field-not-read]"},
-                  {[](const std::string &c) {
+         "fcc",
+         "C/cfgs/f0/rtl_dem_p1.json:1:12: error: fcc: fc_cor1.limit (u8.4): no \"fc_cor1\" "
+         "in \"isp_dem\"; the field reads as 0 [missing-field]"},
+        {[](const std::string &c) {
              remove_register(c + "/cfgs/f1/rtl_lsc_p0.json", "isp_lsc", "gb_mesh");
          },
-                   "lsc",
-                   "C/cfgs/f1/rtl_lsc_p0.json: error: lsc: rtl_to_drv_lsc_user_mesh raises: " + mismatch +
-                       "is<array>() [converter-raises]"},
+         "lsc",
+         "C/cfgs/f1/rtl_lsc_p0.json:1:12: error: lsc: gb_mesh (u32): no \"gb_mesh\" in "
+         "\"isp_lsc\"; the converter raises picojson's type error [missing-field]"},
+        {edit("/cfgs/f0/rtl_clc_p0.json", "\"matrix_list0\": {\"val0\": 256,",
+              "\"matrix_list0\": {\"val0\": 5000,"),
+         "cc",
+         "C/cfgs/f0/rtl_clc_p0.json:12:34: warning: cc: matrix_list[0].matrix_list0.val0 = 5000 "
+         "(s3.8): "
+         "beyond "
+         "-2048 to 2047 of s3.8, the code wraps; the hardware gets 904 (3.53125) [wrapped]"},
     };
     for (const row &r : rows) {
         temp_dir dir;
