@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include "convert/common/register_map.h"
 #include "isp_json.h"
 #include "isp_sim.h"
 #include "tests/support/test_support.h"
@@ -745,6 +746,57 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
         EXPECT_TRUE(run.out.empty()) << row.args;
     }
     EXPECT_TRUE(fs::is_empty(locked));
+}
+
+/* A member's format and register path come from the first row that writes into it, whatever the
+ * row's kind; a sub-member of a per-partition record is not confused with its neighbour. */
+TEST(IspCaseDecode, FirstRowLandingInAMemberGivesItsFormatAndPath) {
+    using isp::read_kind;
+    const isp::member_desc members[] = {
+        {"gain", 0, 1, 4, 4, false, false, false},
+        {"lut", 4, 4, 2, 2, false, false, false},
+        {"locat.y", 12, 256, 4, 2, false, true, false},
+        {"locat.x", 14, 256, 4, 2, false, true, false},
+        {"curve", 1036, 3, 2, 2, true, false, false},
+        {"unread", 1042, 1, 2, 2, false, false, false},
+    };
+    const isp::struct_desc type = {"_isp_blk_user_grp_t", "grp", 1044, members, 6};
+    auto row = [](read_kind kind, const char *group, uint32_t offset, uint32_t element,
+                  const char *array, uint32_t index, const char *reg, const char *field,
+                  const char *format) {
+        return isp::field_row{kind,    group,   {"m", offset, 2, 2, false},
+                              element, 1,       array,
+                              index,   reg,     field,
+                              format,  nullptr, nullptr};
+    };
+    const isp::field_row rows[] = {
+        row(read_kind::field, "other", 0, 0, nullptr, 0, "gain", "val", "u9"),  // another group
+        row(read_kind::hand_begin, "grp", 0, 0, nullptr, 0, nullptr, nullptr, nullptr),
+        row(read_kind::field, "grp", 0, 0, nullptr, 0, "gain", "val", "u10.8"),
+        row(read_kind::hand_end, "grp", 0, 0, nullptr, 0, nullptr, nullptr, nullptr),
+        row(read_kind::group_each, "grp", 4, 0, "grp0", 4, "lut", "low", "u12"),
+        row(read_kind::field, "grp", 14, isp::part_element, nullptr, 0, "locat", "x", "u13"),
+        row(read_kind::group_field, "grp", 12, isp::part_element, "win", 3, "locat", "y", "u11"),
+        row(read_kind::table, "grp", 1036, 0, nullptr, 3, "curve", "knots", "s8.4"),
+    };
+    const isp::block_map map = {"blk", "isp_blk", &type, 1, rows, 8, nullptr, 0};
+    const struct {
+        const char *member, *format, *path;
+    } expected[] = {
+        {"gain", "u10.8", "isp_blk.gain.val"},
+        {"lut", "u12", "isp_blk.grp0[0..3].lut.low"},
+        {"locat.y", "u11", "isp_blk.win[3].locat.y"},
+        {"locat.x", "u13", "isp_blk.locat.x"},
+        {"curve", "s8.4", "isp_blk.curve.knots[0..2]"},
+        {"unread", nullptr, nullptr},
+    };
+    for (size_t i = 0; i < 6; ++i) {
+        const isp::field_row *found = isp::member_row(map, type, members[i]);
+        EXPECT_STREQ(isp::member_format(map, type, members[i]), expected[i].format) << i;
+        EXPECT_EQ(found ? isp::register_path(map, *found) : "",
+                  expected[i].path ? expected[i].path : "")
+            << expected[i].member;
+    }
 }
 
 }  // namespace
