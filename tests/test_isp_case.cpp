@@ -1,7 +1,9 @@
 /* isp-case on the sample case and on broken copies of it: exit statuses, the reports, the C-model
  * files of export and the dump of a replay against what the simulated wrapper recorded. */
 
+#include <pwd.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -14,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include "convert/common/register_map.h"
 #include "isp_json.h"
 #include "isp_sim.h"
 #include "tests/support/test_support.h"
@@ -659,62 +662,335 @@ TEST(IspCaseSample, GeneratorReproducesTheCommittedCase) {
     }
 }
 
-/* The dump of a replay holds, push by push, the bytes the simulated wrapper copied. */
-TEST(IspCaseDump, RawFilesAreTheRecordedPushes) {
+/* The dump of a replay holds, push by push, the bytes the simulated wrapper copied (with the
+ * host's pointers cleared) and every member decoded. */
+TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
     temp_dir dir;
     isp_case::replay_settings settings;
     settings.run.case_path = ISP_SAMPLE_CASE_DIR;
     settings.run.part_h = settings.run.part_v = 2;
     settings.run.channels                     = 2;
     settings.run.frames                       = 2;
-    settings.run.modules = {isp_case::find_module("wbc"), isp_case::find_module("cc")};
+    for (const char *name : {"wbc", "cc", "lsc", "gamma"})
+        settings.run.modules.push_back(isp_case::find_module(name));
     const isp_case::replay_result result = isp_case::replay(settings);
     ASSERT_FALSE(result.failed());
     const isp_case::dump_summary summary = isp_case::write_dump(dir.path(), settings, result);
     EXPECT_TRUE(summary.problems.empty());
-    EXPECT_EQ(summary.raw_files, 24u);  // 3 loads x (3 wbc + 3 cc groups + 2 size arrays)
-    EXPECT_EQ(summary.cmodel_files, 12u);
+    EXPECT_EQ(summary.pushes, 36u);     // 3 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups)
+    EXPECT_EQ(summary.raw_files, 42u);  // and the 2 size arrays of each cc init
+    EXPECT_EQ(summary.decoded_files, 36u);
+    EXPECT_EQ(summary.cmodel_files, 36u);  // lsc coord: one per partition; cc init, lsc mesh: none
 
-    std::vector<isp_sim::call> wbc, clc;
-    for (const isp_sim::call &c : isp_sim::calls_of("vin_hal_wrapper_setup")) {
-        if (!c.has_data) continue;
-        (isp_sim::wrapper(c.handle).block == "wbc" ? wbc : clc).push_back(c);
-    }
+    std::vector<isp_sim::call> wbc;
+    for (const isp_sim::call &c : isp_sim::calls_of("vin_hal_wrapper_setup"))
+        if (c.has_data && isp_sim::wrapper(c.handle).block == "wbc") wbc.push_back(c);
     const std::vector<std::string> wbc_files = {
         "init/wbc/cmd01_ctrl",   "init/wbc/cmd02_setup",   "init/wbc/cmd03_init",
         "frame0/wbc/cmd01_ctrl", "frame0/wbc/cmd02_setup", "frame0/wbc/cmd03_init",
         "frame1/wbc/cmd01_ctrl", "frame1/wbc/cmd02_setup", "frame1/wbc/cmd03_init"};
-    const std::vector<std::string> clc_files = {
-        "init/cc/cmd03_init",   "init/cc/cmd01_clc_setup",   "init/cc/cmd02_clc",
-        "frame0/cc/cmd03_init", "frame0/cc/cmd01_clc_setup", "frame0/cc/cmd02_clc",
-        "frame1/cc/cmd03_init", "frame1/cc/cmd01_clc_setup", "frame1/cc/cmd02_clc"};
     ASSERT_EQ(wbc.size(), wbc_files.size());
-    ASSERT_EQ(clc.size(), clc_files.size());
     for (size_t i = 0; i < wbc.size(); ++i) {
         const std::string bytes(wbc[i].payload.begin(), wbc[i].payload.end());
         EXPECT_EQ(read_file(dir.path() + "/" + wbc_files[i] + ".bin"), bytes) << wbc_files[i];
     }
-    for (size_t i = 0; i < clc.size(); ++i) {
-        const std::string bytes(clc[i].payload.begin(), clc[i].payload.end());
-        EXPECT_EQ(read_file(dir.path() + "/" + clc_files[i] + ".bin"), bytes) << clc_files[i];
-    }
-
     // d_gain 1.0 in u10.8, four gains 1.0 in u4.8, clip level 1023.0 in u14.6, little-endian
     const std::string ctrl("\x00\x01\x00\x00\x00\x01\x00\x01\x00\x01\x00\x01\xc0\xff\x00\x00", 16);
     EXPECT_EQ(read_file(dir.path() + "/frame1/wbc/cmd01_ctrl.bin"), ctrl);
-    EXPECT_EQ(read_json_file(dir.path() + "/frame1/wbc/cmd01_ctrl.json").serialize(),
-              R"({"clip_level":1023,"d_gain":1,"wb_gain":[1,1,1,1]})");
-    // the partition sizes behind the init group's pointers: 960 x 540 for each of 4 partitions
+    EXPECT_EQ(read_file(dir.path() + "/frame1/wbc/cmd01_ctrl.cmodel.json"),
+              "{\n  \"clip_level\": 1023,\n  \"d_gain\": 1,\n  \"wb_gain\": [\n    1,\n    1,\n"
+              "    1,\n    1\n  ]\n}\n\n");
+    // the colour-correction init group: clock bit 0, its two pointers cleared
+    EXPECT_EQ(read_file(dir.path() + "/frame0/cc/cmd03_init.bin"),
+              std::string(sizeof(_isp_clc_user_init_t), '\0'));
+    // the partition sizes behind them: 960 x 540 for each of 4 partitions
     EXPECT_EQ(read_file(dir.path() + "/init/cc/cmd03_init.part_size_h.bin"),
               std::string("\xc0\x03\xc0\x03\xc0\x03\xc0\x03", 8));
-    EXPECT_EQ(read_file(dir.path() + "/init/cc/cmd03_init.part_size_v.bin"),
-              std::string("\x1c\x02\x1c\x02\x1c\x02\x1c\x02", 8));
-    const picojson::value clc_cmodel = read_json_file(dir.path() + "/init/cc/cmd02_clc.json");
-    const picojson::array &matrices  = clc_cmodel.get("matrix_list").get<picojson::array>();
-    ASSERT_EQ(matrices.size(), 96u);
-    std::string first;
-    for (size_t i = 0; i < 12; ++i) first += matrices[i].serialize() + " ";
-    EXPECT_EQ(first, "1 0 0 0 0 1 0 0 0 0 1 0 ");
+
+    const unsigned ptr = sizeof(void *);
+    const struct {
+        std::string file, member, expected;
+    } members[] = {
+        {"init/wbc/cmd01_ctrl", "d_gain",
+         R"({"code":256,"count":1,"elem_size":4,"format":"u10.8","name":"d_gain","offset":0,)"
+         R"("per_partition":false,"pointer":false,"register":"isp_wbc.d_gain.val",)"
+         R"("signed":false,"value":1})"},
+        {"frame1/wbc/cmd01_ctrl", "wb_gain",
+         R"({"codes":[256,256,256,256],"count":4,"elem_size":2,"format":"u4.8","name":"wb_gain",)"
+         R"("offset":4,"per_partition":false,"pointer":false,)"
+         R"("register":"isp_wbc.wb_gain0.val0","signed":false,"values":[1,1,1,1]})"},
+        // only the grid's four partitions of the 256 elements
+        {"frame0/lsc/cmd01_setup", "img_size_h",
+         R"({"codes":[960,960,960,960],"count":256,"elem_size":2,"format":"u14",)"
+         R"("name":"img_size_h","offset":522,"per_partition":true,"pointer":false,)"
+         R"("register":"isp_lsc.img_size.h","signed":false,"values":[960,960,960,960]})"},
+        {"init/cc/cmd03_init", "part_size_v",
+         isp_test::format(
+             R"({"code":0,"count":1,"elem_size":%u,"format":"u14","name":"part_size_v",)"
+             R"("offset":%u,"per_partition":false,"pointer":true,"register":"isp_clc.part_size.v",)"
+             R"("signed":false,"target":{"codes":[540,540,540,540],"elem_size":2,)"
+             R"("per_partition":true}})",
+             ptr, 2 * ptr)},
+    };
+    for (const auto &row : members) {
+        const picojson::value decoded = read_json_file(dir.path() + "/" + row.file + ".json");
+        std::string found;
+        for (const picojson::value &m : decoded.get("members").get<picojson::array>())
+            if (m.get("name").to_str() == row.member) found = m.serialize();
+        EXPECT_EQ(found, row.expected) << row.file << " " << row.member;
+    }
+    // the gamma curve: 129 knots as the register file's grp0 pairs give them
+    const picojson::value lut = read_json_file(dir.path() + "/frame1/gamma/cmd03_lut.json");
+    EXPECT_EQ(lut.get("type").to_str(), "_isp_gamma_user_lut_t");
+    const picojson::array &codes =
+        lut.get("members").get<picojson::array>()[0].get("codes").get<picojson::array>();
+    ASSERT_EQ(codes.size(), 129u);
+    EXPECT_EQ(picojson::value(picojson::array(codes.begin(), codes.begin() + 5)).serialize(),
+              "[0,346,537,677,791]");
+
+    const picojson::value manifest = read_json_file(dir.path() + "/manifest.json");
+    const picojson::array &pushes  = manifest.get("pushes").get<picojson::array>();
+    ASSERT_EQ(pushes.size(), 36u);
+    EXPECT_EQ(
+        pushes[31].serialize(),  // the last load of lsc coord
+        R"({"block":"lsc","channel":0,"cmd":2,"files":{"bin":"frame1\/lsc\/cmd02_coord.bin",)"
+        R"("cmodel":["frame1\/lsc\/cmd02_coord.p0.cmodel.json","frame1\/lsc\/cmd02_coord.p1.cmodel.json",)"
+        R"("frame1\/lsc\/cmd02_coord.p2.cmodel.json","frame1\/lsc\/cmd02_coord.p3.cmodel.json"],)"
+        R"("json":"frame1\/lsc\/cmd02_coord.json","targets":[]},"group":"coord","module":"lsc",)"
+        R"("size":4108,"sources":[{"channel":0,"file":"cfgs\/f1\/rtl_lsc_p0.json","partition":0},)"
+        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p1.json","partition":1},)"
+        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p2.json","partition":2},)"
+        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p3.json","partition":3}],"step":"frame1",)"
+        R"("type":"_isp_lsc_user_coord_t"})");
+}
+
+/* A dump of the sample case, or of a copy of it, through the tool. */
+std::string dump_of(const temp_dir &dir, const std::string &name, const std::string &case_dir,
+                    const std::string &options = "") {
+    const std::string target = dir.path() + "/" + name;
+    const tool_run run = run_tool(dir, "replay " + case_dir + " --dump " + target + " " + options);
+    EXPECT_EQ(run.status, 0) << run.err;
+    return target;
+}
+
+std::map<std::string, std::string> files_under(const std::string &root) {
+    std::map<std::string, std::string> files;
+    for (const auto &entry : fs::recursive_directory_iterator(root))
+        if (entry.is_regular_file())
+            files[fs::relative(entry.path(), root).string()] = read_file(entry.path().string());
+    return files;
+}
+
+TEST(IspCaseDump, TwoDumpsOfTheSampleCaseAreIdenticalAndDecodeEveryPush) {
+    temp_dir dir;
+    const auto first  = files_under(dump_of(dir, "one", ISP_SAMPLE_CASE_DIR));
+    const auto second = files_under(dump_of(dir, "two", ISP_SAMPLE_CASE_DIR));
+    EXPECT_TRUE(first == second);
+    size_t pushes = 0;
+    for (const auto &[name, bytes] : first) {
+        if (name.size() < 4 || name.compare(name.size() - 4, 4, ".bin") != 0) continue;
+        if (name.find(".part_size_") != std::string::npos) continue;  // arrays behind pointers
+        ++pushes;
+        EXPECT_EQ(first.count(name.substr(0, name.size() - 4) + ".json"), 1u) << name;
+    }
+    EXPECT_EQ(pushes, 465u);
+    EXPECT_EQ(first.count("manifest.json"), 1u);
+}
+
+/* One register value changed, one module left out, a directory that is not a dump. */
+TEST(IspCaseDiff, NamesEveryDifferenceAndExitsByOutcome) {
+    temp_dir dir;
+    const std::string changed = copy_sample(dir);
+    for (int p = 0; p < 4; ++p) {
+        const std::string path = changed + "/cfgs/f1/rtl_wbc_p" + std::to_string(p) + ".json";
+        picojson::object root  = isp_test::parse_object(read_file(path));
+        root["isp_wbc"].get<picojson::object>()["d_gain"] =
+            picojson::value(picojson::object{{"val", picojson::value(512.0)}});
+        std::ofstream(path) << picojson::value(root).serialize();
+    }
+    std::string all_but_gamma;
+    for (const isp_case::module_info &m : isp_case::modules())
+        if (std::string(m.name) != "gamma")
+            all_but_gamma += std::string(all_but_gamma.empty() ? "" : ",") + m.name;
+    const std::string a = dump_of(dir, "a", ISP_SAMPLE_CASE_DIR);
+    const std::string b = dump_of(dir, "b", changed);
+    const std::string c = dump_of(dir, "c", ISP_SAMPLE_CASE_DIR, "--modules " + all_but_gamma);
+
+    const struct {
+        std::string args;
+        int status;
+        std::vector<std::string> lines; /* each on a line of its own in the output */
+    } cases[] = {
+        {a + " " + a,
+         0,
+         {"summary: 465 pushes in A, 465 in B; 0 differ (0 members or elements), 0 only in A, 0 "
+          "only in B",
+          "result: identical"}},
+        {a + " " + b,
+         1,
+         {"frame0", "  wbc", "    cmd01_ctrl d_gain: code 256 -> 512, value 1 -> 2", "frame1",
+          "summary: 465 pushes in A, 465 in B; 2 differ (2 members or elements), 0 only in A, 0 "
+          "only in B",
+          "result: different"}},
+        {a + " " + b + " --tolerance 1", 0, {"result: identical"}},
+        {a + " " + c,
+         1,
+         {"  gamma", "    only in A: cmd01_setup, cmd02_dither, cmd03_lut",
+          "summary: 465 pushes in A, 456 in B; 0 differ (0 members or elements), 9 only in A, 0 "
+          "only in B"}},
+    };
+    for (const auto &row : cases) {
+        const tool_run run = run_tool(dir, "diff " + row.args);
+        EXPECT_EQ(run.status, row.status) << row.args << "\n" << run.out << run.err;
+        for (const std::string &line : row.lines)
+            EXPECT_TRUE(contains_line(run.out, line)) << row.args << ": " << line << "\n"
+                                                      << run.out;
+    }
+    const tool_run json          = run_tool(dir, "diff " + a + " " + b + " --format json");
+    const picojson::value report = isp_test::parse_object(json.out)["differences"];
+    ASSERT_EQ(report.get<picojson::array>().size(), 2u) << json.out;
+    EXPECT_EQ(report.get<picojson::array>()[1].serialize(),
+              R"({"a":{"code":256,"value":1},"b":{"code":512,"value":2},"channel":0,"cmd":1,)"
+              R"("group":"ctrl","index":null,"kind":"member","member":"d_gain",)"
+              R"("module":"wbc","step":"frame1"})");
+
+    const tool_run not_a_dump = run_tool(dir, "diff " + a + " " + changed);
+    EXPECT_EQ(not_a_dump.status, 3);
+    EXPECT_EQ(not_a_dump.err, "isp-case diff: " + changed + "/manifest.json: cannot be read\n");
+}
+
+/* Runs the tool as a user that cannot write where root can: root drops to nobody in a child. */
+tool_run run_tool_unprivileged(const temp_dir &dir, const std::string &args) {
+    if (getuid() != 0) return run_tool(dir, args);
+    const struct passwd *nobody = getpwnam("nobody");
+    if (!nobody) return {};
+    fs::remove(dir.path() + "/tool.out"), fs::remove(dir.path() + "/tool.err");  // root's
+    const pid_t child = fork();
+    if (child == 0) {
+        if (setgid(nobody->pw_gid) != 0 || setuid(nobody->pw_uid) != 0) _exit(120);
+        _exit(run_tool(dir, args).status & 0xff);
+    }
+    int raw = 0;
+    waitpid(child, &raw, 0);
+    tool_run run;
+    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    run.out    = read_file(dir.path() + "/tool.out");
+    run.err    = read_file(dir.path() + "/tool.err");
+    return run;
+}
+
+/* Places the dump and the export cannot use: one line on standard error naming the place and
+ * the reason, nothing on standard output, nothing created. */
+TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
+    temp_dir dir;
+    const std::string file     = dir.write("a_file", "x");
+    const std::string occupied = dir.write("occupied/stale.bin", "old"),
+                      used     = dir.path() + "/occupied";
+    const std::string out      = dir.path() + "/out";
+    const struct {
+        std::string args;
+        int status;
+        std::string err;
+    } cases[] = {
+        {"replay " ISP_SAMPLE_CASE_DIR " --dump " + file, 1,
+         "isp-case replay: " + file + ": not a directory\n"},
+        {"replay " ISP_SAMPLE_CASE_DIR " --dump " + used, 1,
+         "isp-case replay: " + used + ": not empty (--force replaces its contents)\n"},
+        {"export " ISP_SAMPLE_CASE_DIR " --frame 0 --partition 0 --out " + file, 1,
+         "isp-case export: " + file + ": not a directory\n"},
+        {"export " ISP_SAMPLE_CASE_DIR " --frame 5 --partition 0 --out " + out, 3,
+         "isp-case export: no frame directory cfgs/f5\n"},
+    };
+    for (const auto &row : cases) {
+        const tool_run run = run_tool(dir, row.args);
+        EXPECT_EQ(run.status, row.status) << row.args;
+        EXPECT_EQ(run.err, row.err) << row.args;
+        EXPECT_TRUE(run.out.empty()) << row.args;
+    }
+    EXPECT_FALSE(fs::exists(out));
+    EXPECT_EQ(read_file(occupied), "old");
+
+    const tool_run forced =
+        run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + used + " --force");
+    EXPECT_EQ(forced.status, 0) << forced.err;
+    EXPECT_FALSE(fs::exists(occupied));
+    EXPECT_TRUE(fs::exists(used + "/manifest.json"));
+
+    // a directory only its owner may write: root's, seen by nobody; the tool's output files go
+    // into the test directory, which everyone may write
+    const std::string locked = dir.mkdir("locked");
+    fs::permissions(dir.path(), fs::perms::all);
+    fs::permissions(locked, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                                fs::perms::others_read | fs::perms::others_exec);
+    if (getuid() != 0) fs::permissions(locked, fs::perms::owner_write, fs::perm_options::remove);
+    const struct {
+        std::string args, err;
+    } unwritable[] = {
+        {"replay " ISP_SAMPLE_CASE_DIR " --dump " + locked + "/dump",
+         "isp-case replay: " + locked + "/dump: cannot create it: Permission denied\n"},
+        {"export " ISP_SAMPLE_CASE_DIR " --frame 0 --partition 0 --out " + locked,
+         "isp-case export: " + locked + ": cannot write into it: Permission denied\n"},
+    };
+    for (const auto &row : unwritable) {
+        const tool_run run = run_tool_unprivileged(dir, row.args);
+        if (run.status == 120 || run.status == 126 || run.status == 127)
+            GTEST_SKIP() << "the tool cannot be run as an unprivileged user here";
+        EXPECT_EQ(run.status, 1) << row.args;
+        EXPECT_EQ(run.err, row.err) << row.args;
+        EXPECT_TRUE(run.out.empty()) << row.args;
+    }
+    EXPECT_TRUE(fs::is_empty(locked));
+}
+
+/* A member's format and register path come from the first row that writes into it, whatever the
+ * row's kind; a sub-member of a per-partition record is not confused with its neighbour. */
+TEST(IspCaseDecode, FirstRowLandingInAMemberGivesItsFormatAndPath) {
+    using isp::read_kind;
+    const isp::member_desc members[] = {
+        {"gain", 0, 1, 4, 4, false, false, false},
+        {"lut", 4, 4, 2, 2, false, false, false},
+        {"locat.y", 12, 256, 4, 2, false, true, false},
+        {"locat.x", 14, 256, 4, 2, false, true, false},
+        {"curve", 1036, 3, 2, 2, true, false, false},
+        {"unread", 1042, 1, 2, 2, false, false, false},
+    };
+    const isp::struct_desc type = {"_isp_blk_user_grp_t", "grp", 1044, members, 6};
+    auto row = [](read_kind kind, const char *group, uint32_t offset, uint32_t element,
+                  const char *array, uint32_t index, const char *reg, const char *field,
+                  const char *format) {
+        return isp::field_row{kind,    group,   {"m", offset, 2, 2, false},
+                              element, 1,       array,
+                              index,   reg,     field,
+                              format,  nullptr, nullptr};
+    };
+    const isp::field_row rows[] = {
+        row(read_kind::field, "other", 0, 0, nullptr, 0, "gain", "val", "u9"),  // another group
+        row(read_kind::hand_begin, "grp", 0, 0, nullptr, 0, nullptr, nullptr, nullptr),
+        row(read_kind::field, "grp", 0, 0, nullptr, 0, "gain", "val", "u10.8"),
+        row(read_kind::hand_end, "grp", 0, 0, nullptr, 0, nullptr, nullptr, nullptr),
+        row(read_kind::group_each, "grp", 4, 0, "grp0", 4, "lut", "low", "u12"),
+        row(read_kind::field, "grp", 14, isp::part_element, nullptr, 0, "locat", "x", "u13"),
+        row(read_kind::group_field, "grp", 12, isp::part_element, "win", 3, "locat", "y", "u11"),
+        row(read_kind::table, "grp", 1036, 0, nullptr, 3, "curve", "knots", "s8.4"),
+    };
+    const isp::block_map map = {"blk", "isp_blk", &type, 1, rows, 8, nullptr, 0};
+    const struct {
+        const char *member, *format, *path;
+    } expected[] = {
+        {"gain", "u10.8", "isp_blk.gain.val"},
+        {"lut", "u12", "isp_blk.grp0[0..3].lut.low"},
+        {"locat.y", "u11", "isp_blk.win[3].locat.y"},
+        {"locat.x", "u13", "isp_blk.locat.x"},
+        {"curve", "s8.4", "isp_blk.curve.knots[0..2]"},
+        {"unread", nullptr, nullptr},
+    };
+    for (size_t i = 0; i < 6; ++i) {
+        const isp::field_row *found = isp::member_row(map, type, members[i]);
+        EXPECT_STREQ(isp::member_format(map, type, members[i]), expected[i].format) << i;
+        EXPECT_EQ(found ? isp::register_path(map, *found) : "",
+                  expected[i].path ? expected[i].path : "")
+            << expected[i].member;
+    }
 }
 
 }  // namespace

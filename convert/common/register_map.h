@@ -15,6 +15,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <string>
 #include <type_traits>
 
 #include <picojson.h>
@@ -127,6 +128,17 @@ void export_rows(const block_map &map, const char *group, const void *in, picojs
 uint32_t load_code(const void *base, const member_ref &m, uint32_t element);
 /* Stores the low bits of a code into an element, as an assignment to the member would. */
 void store_code(void *base, const member_ref &m, uint32_t element, uint32_t code);
+
+/* The first row that writes into a member of a structure (any element, or the same sub-member of
+ * any partition's record), nullptr when no row reads it: members of blocks without a register
+ * map, pointers, addresses the module fills in. The row gives the member's format and where in a
+ * register file its first element comes from. */
+const field_row *member_row(const block_map &map, const struct_desc &type, const member_desc &m);
+/* The fixed-point format of a member, nullptr when no row reads it. */
+const char *member_format(const block_map &map, const struct_desc &type, const member_desc &m);
+/* Where a row reads, as text: "isp_wbc.wb_gain0.val1", "isp_dem.win[3].size.h",
+ * "isp_gamma.lut[0..128]" (an each or table row reads every index of the range). */
+std::string register_path(const block_map &map, const field_row &row);
 
 /* ---- building blocks of the .def files ------------------------------------------------------ */
 namespace detail {

@@ -35,12 +35,6 @@
 #define ISP_DEF_CAT(a, b) ISP_DEF_CAT2(a, b)
 #define ISP_DEF_NS ISP_DEF_CAT(ISP_DEF_BLOCK, _def)
 
-/* The rows keep the address of each hand-written reader; a program that reads the rows without
- * the block's converters (the tool) defines this as nullptr, since the readers are the block's own. */
-#ifndef ISP_DEF_HAND_READER
-#define ISP_DEF_HAND_READER(reader) reader
-#endif
-
 namespace isp {
 namespace ISP_DEF_NS {
 
@@ -159,7 +153,7 @@ constexpr struct_desc structs[] = {
                                    std::is_signed<entry>::value}),                                       \
                 0, 1, nullptr, count, reg, key, format, nullptr, nullptr)
 #define ISP_HAND(group, reader, note) \
-    ISP_DEF_ROW(hand_begin, group, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0, nullptr, nullptr, nullptr, ISP_DEF_HAND_READER(reader), note)
+    ISP_DEF_ROW(hand_begin, group, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0, nullptr, nullptr, nullptr, reader, note)
 #define ISP_HAND_END(group) \
     ISP_DEF_ROW(hand_end, group, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0, nullptr, nullptr, nullptr, nullptr, nullptr)
 constexpr field_row rows[] = {
