@@ -153,6 +153,23 @@ constexpr size_t stat_index(module_id m) {
     return k_none;
 }
 
+constexpr size_t k_pipeline_positions[] = {
+#define ISP_MODULE(mod, block, file, type, code0, code1, depth0, depth1, tag, arg, hw, alloc, \
+                   bypass, enable, where, kind, grid, noop, banner, lines, pipeline)          \
+    pipeline,
+#include "modules/modules.def"
+};
+constexpr bool one_position_each() {
+    const size_t n = std::size(k_pipeline_positions);
+    for (size_t i = 0; i < n; ++i) {
+        if (k_pipeline_positions[i] >= n) return false;
+        for (size_t j = i + 1; j < n; ++j)
+            if (k_pipeline_positions[i] == k_pipeline_positions[j]) return false;
+    }
+    return true;
+}
+static_assert(one_position_each(), "every module has its own pipeline position");
+
 /* ---- groups ------------------------------------------------------------------------------- */
 #define ISP_GROUP_ROW(mod, member, type, cmd, message, exporter, reads) \
     {#member,                                                           \
