@@ -28,8 +28,8 @@ using isp_test::expect_log;
 using isp_test::format;
 using isp_test::names_of;
 
-enum class kind { generic, statistics, channelled, pattern };
-enum class enable_at { sync, trigger, none };
+using kind      = isp::module_kind;
+using enable_at = isp::enable_update;
 
 struct group {
     uint32_t cmd;
@@ -88,10 +88,7 @@ module_row row_from_table(const isp::module_desc &m) {
     row.file =
         m.file_pattern + strlen(m.kind == isp::module_kind::pattern ? "%s/" : "%s/cfgs/f%d/");
     row.regio        = std::string("mod_") + m.block;
-    row.variant      = m.kind == isp::module_kind::statistics   ? kind::statistics
-                       : m.kind == isp::module_kind::channelled ? kind::channelled
-                       : m.kind == isp::module_kind::pattern    ? kind::pattern
-                                                                : kind::generic;
+    row.variant      = m.kind;
     row.type         = m.wrapper_type;
     row.slot         = m.wrapper_type - 6;
     row.code0        = m.block_code[0];
@@ -103,9 +100,7 @@ module_row row_from_table(const isp::module_desc &m) {
     row.hw           = static_cast<uint32_t>(m.code_hw);
     row.alloc        = static_cast<uint32_t>(m.code_alloc);
     row.grid         = static_cast<uint32_t>(m.code_grid);
-    row.at           = m.enable == isp::enable_update::in_sync      ? enable_at::sync
-                       : m.enable == isp::enable_update::in_trigger ? enable_at::trigger
-                                                                    : enable_at::none;
+    row.at           = m.enable;
     row.bypass       = row.at == enable_at::none ? -1 : m.bypass_bit;
     row.enable       = row.at == enable_at::none ? -1 : m.enable_bit;
     row.trigger_noop = m.trigger_noop;
@@ -381,7 +376,7 @@ TEST_P(catalogue, registration_fills_every_slot_with_the_exported_operation) {
         EXPECT_EQ(slot.first, exported(slot.second)) << slot.second;
         /* only the four modules without a sync slot leave one empty */
         EXPECT_EQ(slot.first != nullptr,
-                  std::string(slot.second) != "sync" || row().at == enable_at::sync)
+                  std::string(slot.second) != "sync" || row().at == enable_at::in_sync)
             << slot.second;
     }
 
@@ -617,7 +612,7 @@ TEST_P(catalogue, trigger_checks_handle_and_case_path_and_reports_the_wrapper) {
         EXPECT_EQ(calls[0].arg, walk_trigger);
         EXPECT_EQ(calls[0].channel, 0u);
         EXPECT_EQ(p.shadow.module_enable,
-                  m.at == enable_at::trigger ? with_bit(others, !bypassed) : others);
+                  m.at == enable_at::in_trigger ? with_bit(others, !bypassed) : others);
     }
 
     /* bypass bit clear, enable bit clear: a trigger that updates the bit would set it */
@@ -639,14 +634,14 @@ TEST_P(catalogue, trigger_checks_handle_and_case_path_and_reports_the_wrapper) {
     expect_log(logs + 3, error_line(op("trigger"), m.lines->trigger_fail, m.hw,
                                     std::string("Isp ") + m.name + " hal trigger failed."));
     EXPECT_EQ(names_of(calls_since(mark)), std::vector<std::string>{"vin_hal_wrapper_trigger"});
-    EXPECT_EQ(p.shadow.module_enable, with_bit(0, m.at == enable_at::trigger));
+    EXPECT_EQ(p.shadow.module_enable, with_bit(0, m.at == enable_at::in_trigger));
     EXPECT_EQ(mod.deinit(), 0);
     EXPECT_EQ(mod.destroy(), 0);
 }
 
 TEST_P(catalogue, sync_checks_its_handle_before_touching_the_shadow) {
     const module_row &m = row();
-    if (m.at != enable_at::sync) GTEST_SKIP() << "no sync operation";
+    if (m.at != enable_at::in_sync) GTEST_SKIP() << "no sync operation";
     isp_test::pipe p = make_pipe();
     isp_test::module_instance mod(m.reg, p);
     p.shadow.module_enable = 0;
