@@ -36,7 +36,7 @@ size_t words(size_t bytes) {
 }
 
 /* One load per block with a register map (the blocks with C-model exporters). */
-std::vector<partition_load> &loads() {
+std::vector<partition_load> &partition_loads() {
     static std::vector<partition_load> loads = [] {
         std::vector<partition_load> loads;
         for (const char *block : isp::blocks()) {
@@ -86,7 +86,7 @@ void floor_load(benchmark::State &state, const std::string &path) {
 
 int run_partition(const std::string &case_dir, const std::string &block, const std::string &what,
                   int loads) {
-    for (partition_load &load : loads()) {
+    for (partition_load &load : partition_loads()) {
         if (block != load.block) continue;
         const std::string path = case_dir + "/cfgs/f0/" + load.file;
         for (int i = 0; i < loads; ++i) {
@@ -107,7 +107,7 @@ int run_partition(const std::string &case_dir, const std::string &block, const s
 }
 
 void register_partition_benchmarks(const std::string &case_dir) {
-    for (partition_load &load : loads()) {
+    for (partition_load &load : partition_loads()) {
         const std::string path = case_dir + "/cfgs/f0/" + load.file;
         const std::string name = std::string("partition/") + load.block;
         benchmark::RegisterBenchmark((name + "/floor").c_str(), floor_load, path)
