@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <iterator>
 #include <type_traits>
-#include <stdexcept>
 
 #include "isp_json.h"
 #include "modules/module.h"
