@@ -107,8 +107,8 @@ std::string laid_out(const picojson::value &v) {
 
 dump_writer::dump_writer(const std::string &dir, const replay_settings &settings)
     : dir_(dir), partitions_(std::min(settings.run.part_h * settings.run.part_v, 256)) {
-    manifest_.tool          = "isp-case " ISP_CASE_VERSION;
-    manifest_.library       = "libisp_json " ISP_CASE_VERSION;
+    manifest_.tool          = "isp-case " ISP_JSON_VERSION;
+    manifest_.library       = "libisp_json " ISP_JSON_VERSION;
     manifest_.case_path     = settings.run.case_path;
     manifest_.part_h        = settings.run.part_h;
     manifest_.part_v        = settings.run.part_v;

@@ -275,7 +275,7 @@ int main(int argc, char **argv) {
         "library and a simulated platform.",
         "isp-case");
     app.footer(k_exit_statuses);
-    app.set_version_flag("--version", "isp-case 2.0.0");
+    app.set_version_flag("--version", "isp-case " ISP_JSON_VERSION);
     app.require_subcommand(1, 1);
     command_line cl;
     add_replay(app, cl);
