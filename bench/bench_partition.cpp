@@ -1,113 +1,74 @@
 /* One partition of each block with a register map, loaded as its module loads it (read, parse,
- * convert with the module's converters in its order) against the floor: the same file opened,
- * read and parsed with picojson, nothing else. */
+ * convert into the module's frame with its converters in its order) against the floor: the same
+ * file opened, read and parsed with picojson, nothing else. */
 #include <benchmark/benchmark.h>
 #include <stdio.h>
+#include <string.h>
 
 #include <string>
 #include <vector>
 
 #include "bench/benchmarks.h"
 #include "bench/sample_case.h"
-#include "isp_json.h"
+#include "isp_json_utils.h"
+#include "modules/tables.h"
 
 namespace isp_bench {
 namespace {
 
-using step = void (*)(picojson::object &root, uint8_t partition);
-
-/* Converts into a structure of its own that lives as long as the program, as the module's frame
- * buffer outlives the files. */
-template <typename T, int (*convert)(picojson::object &, T *, uint8_t)>
-void into(picojson::object &root, uint8_t partition) {
-    static T out;
-    convert(root, &out, partition);
-}
-
-void clc_init(picojson::object &root, uint8_t partition) {
-    static uint16_t sizes_h[k_grid_h * k_grid_v], sizes_v[k_grid_h * k_grid_v];
-    static _isp_clc_user_init_t out;
-    out.part_size_h = sizes_h;
-    out.part_size_v = sizes_v;
-    rtl_to_drv_clc_user_init(root, &out, partition);
-}
-
+/* The block's module (the channelled one where the block has one) with its frame, which lives as
+ * long as the program, as the module's frame buffer outlives the files. */
 struct partition_load {
-    const char *block;
-    const char *file; /* under the frame directory */
-    std::vector<step> steps;
+    std::string block;
+    std::string file; /* under the frame directory */
+    const isp::module_desc *module;
+    std::vector<max_align_t> frame;
+
+    void convert(picojson::object &root) {
+        unsigned char *bytes = reinterpret_cast<unsigned char *>(frame.data());
+        for (const isp::converter_desc &c : module->converters)
+            c.convert(root, bytes + c.group->offset, 0);
+    }
 };
 
-/* The converters of the block's module (the channelled ones per channel), in its order. */
-const partition_load k_loads[] = {
-    {"wbc",
-     "rtl_wbc_p0.json",
-     {into<_isp_wbc_user_ctrl_t, rtl_to_drv_wbc_user_ctrl>,
-      into<_isp_wbc_user_setup_t, rtl_to_drv_wbc_user_setup>,
-      into<_isp_wbc_user_init_t, rtl_to_drv_wbc_user_init>}},
-    {"blc",
-     "rtl_blc_p0_chn0.json",
-     {into<_isp_blc_user_lin_t, rtl_to_drv_blc_user_lin>,
-      into<_isp_blc_user_common_t, rtl_to_drv_blc_user_common>,
-      into<_isp_blc_user_dither_t, rtl_to_drv_blc_user_dither>,
-      into<_isp_blc_user_setup_t, rtl_to_drv_blc_user_setup>,
-      into<_isp_blc_user_init_t, rtl_to_drv_blc_user_init>,
-      into<_isp_blc_kernel_gbl_t, rtl_to_drv_blc_kernel_gbl>,
-      into<_isp_blc_kernel_sbl_t, rtl_to_drv_blc_kernel_sbl>,
-      into<_isp_blc_kernel_ctrl_t, rtl_to_drv_blc_kernel_ctrl>}},
-    {"dpc",
-     "rtl_dpc_p0_chn0.json",
-     {into<_isp_dpc_user_calc_dp_strength_t, rtl_to_drv_dpc_user_calc_dp_strength>,
-      into<_isp_dpc_user_setup_t, rtl_to_drv_dpc_user_setup>,
-      into<_isp_dpc_user_calc_top_control_t, rtl_to_drv_dpc_user_calc_top_control>,
-      into<_isp_dpc_user_calc_noise_t, rtl_to_drv_dpc_user_calc_noise>,
-      into<_isp_dpc_user_calc_wb_gain_t, rtl_to_drv_dpc_user_calc_wb_gain>,
-      into<_isp_dpc_user_calc_quick_det_t, rtl_to_drv_dpc_user_calc_quick_det>,
-      into<_isp_dpc_user_calc_dp_correct_t, rtl_to_drv_dpc_user_calc_dp_correct>,
-      into<_isp_dpc_user_calc_color_limit_t, rtl_to_drv_dpc_user_calc_color_limit>,
-      into<_isp_dpc_user_init_t, rtl_to_drv_dpc_user_init>}},
-    {"lsc",
-     "rtl_lsc_p0.json",
-     {into<_isp_lsc_user_setup_t, rtl_to_drv_lsc_user_setup>,
-      into<_isp_lsc_user_coord_t, rtl_to_drv_lsc_user_coord>,
-      into<_isp_lsc_user_mesh_t, rtl_to_drv_lsc_user_mesh>}},
-    {"dem",
-     "rtl_dem_p0.json",
-     {into<_isp_dem_user_init_t, rtl_to_drv_dem_user_init>,
-      into<_isp_dem_user_setup_t, rtl_to_drv_dem_user_setup>,
-      into<_isp_dem_user_dem_mode_t, rtl_to_drv_dem_user_dem_mode>,
-      into<_isp_dem_user_dem_core_t, rtl_to_drv_dem_user_dem_core>,
-      into<_isp_dem_user_wbc_t, rtl_to_drv_dem_user_wbc>}},
-    {"clc",
-     "rtl_clc_p0.json",
-     {clc_init, into<_isp_clc_user_clc_setup_t, rtl_to_drv_clc_user_clc_setup>,
-      into<_isp_clc_user_clc_t, rtl_to_drv_clc_user_clc>}},
-    {"gamma",
-     "rtl_gamma_p0.json",
-     {into<_isp_gamma_user_setup_t, rtl_to_drv_gamma_user_setup>,
-      into<_isp_gamma_user_dither_t, rtl_to_drv_gamma_user_dither>,
-      into<_isp_gamma_user_lut_t, rtl_to_drv_gamma_user_lut>}},
-    {"csc",
-     "rtl_csc_p0.json",
-     {into<_isp_csc_user_core_t, rtl_to_drv_csc_user_core>,
-      into<_isp_csc_user_setup_t, rtl_to_drv_csc_user_setup>,
-      into<_isp_csc_user_init_t, rtl_to_drv_csc_user_init>}},
-    {"hdrc",
-     "rtl_hdrc_p0.json",
-     {into<_isp_hdrc_user_setup_t, rtl_to_drv_hdrc_user_setup>,
-      into<_isp_hdrc_user_hdrc_lut_t, rtl_to_drv_hdrc_user_hdrc_lut>,
-      into<_isp_hdrc_user_glb_ctrl_t, rtl_to_drv_hdrc_glb_ctl>}},
-    {"hidrc",
-     "rtl_hidrc_p0.json",
-     {into<_isp_hidrc_user_setup_t, rtl_to_drv_hidrc_user_setup>,
-      into<_isp_hidrc_user_hidrc_lut_t, rtl_to_drv_hidrc_user_hidrc_lut>}},
-};
+size_t words(size_t bytes) {
+    return (bytes + sizeof(max_align_t) - 1) / sizeof(max_align_t);
+}
 
-void library_load(benchmark::State &state, const partition_load *load, const std::string &path) {
+/* One load per block with a register map (the blocks with C-model exporters). */
+std::vector<partition_load> &partition_loads() {
+    static std::vector<partition_load> loads = [] {
+        std::vector<partition_load> loads;
+        for (const char *block : isp::blocks()) {
+            const isp::module_desc *chosen = nullptr;
+            bool exported                  = false;
+            for (const isp::module_desc &m : isp::modules()) {
+                if (strcmp(m.block, block) != 0) continue;
+                if (!chosen || isp::file_kind_of(m) == isp::file_kind::per_channel) chosen = &m;
+                for (const isp::converter_desc &c : m.converters) exported |= c.exporter != nullptr;
+            }
+            if (!exported) continue;
+            const size_t partitions = size_t{k_grid_h} * k_grid_v;
+            partition_load load{
+                block, isp::relative_file(*chosen, 0, 0, 0).substr(strlen("cfgs/f0/")), chosen,
+                std::vector<max_align_t>(words(chosen->frame_size) +
+                                         words(isp::partition_size_bytes(partitions)))};
+            unsigned char *bytes = reinterpret_cast<unsigned char *>(load.frame.data());
+            for (const isp::group_desc &g : chosen->groups)
+                isp::attach_partition_sizes(
+                    g, bytes + g.offset, load.frame.data() + words(chosen->frame_size), partitions);
+            loads.push_back(std::move(load));
+        }
+        return loads;
+    }();
+    return loads;
+}
+
+void library_load(benchmark::State &state, partition_load *load, const std::string &path) {
     for (auto _ : state) {
         picojson::value document = read_json_file(path);
         picojson::object &root   = document.get<picojson::object>();
-        for (step convert : load->steps) convert(root, 0);
+        load->convert(root);
         benchmark::DoNotOptimize(root);
     }
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(file_size(path)));
@@ -125,14 +86,14 @@ void floor_load(benchmark::State &state, const std::string &path) {
 
 int run_partition(const std::string &case_dir, const std::string &block, const std::string &what,
                   int loads) {
-    for (const partition_load &load : k_loads) {
+    for (partition_load &load : partition_loads()) {
         if (block != load.block) continue;
         const std::string path = case_dir + "/cfgs/f0/" + load.file;
         for (int i = 0; i < loads; ++i) {
             if (what == "library") {
                 picojson::value document = read_json_file(path);
                 picojson::object &root   = document.get<picojson::object>();
-                for (step convert : load.steps) convert(root, 0);
+                load.convert(root);
                 benchmark::DoNotOptimize(root);
             } else {
                 picojson::value document = parse_file(path);
@@ -146,7 +107,7 @@ int run_partition(const std::string &case_dir, const std::string &block, const s
 }
 
 void register_partition_benchmarks(const std::string &case_dir) {
-    for (const partition_load &load : k_loads) {
+    for (partition_load &load : partition_loads()) {
         const std::string path = case_dir + "/cfgs/f0/" + load.file;
         const std::string name = std::string("partition/") + load.block;
         benchmark::RegisterBenchmark((name + "/floor").c_str(), floor_load, path)

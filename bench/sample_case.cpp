@@ -10,26 +10,10 @@
 
 #include <stdexcept>
 
-#include "fuzz/module_files.h"
+#include "modules/tables.h"
 
 namespace isp_bench {
 namespace {
-
-/* The order of the picture through the ISP, as isp-case replays it: blc before lin, so that the
- * module holding one wrapper per channel creates the shared black-level wrappers. */
-const char *const k_pipeline_order[] = {
-    "ifa",      "bl_det",   "blc",     "lin",      "hdr",          "dpc",      "raw2dnr",
-    "lsc",      "wbc",      "ae_stat", "awb_stat", "af_stat",      "hidrc",    "hdrc",
-    "rltm",     "demosaic", "gic",     "fcc",      "edge_enhance", "cc",       "gamma",
-    "depurple", "dehaze",   "csc",     "hs2dlut",  "ccmp",         "ycproc",   "sharpen",
-    "scm",      "y2dnr",    "yuv3dnr", "ainr",     "eis_pre",      "eis_post",
-};
-
-const isp_modules::module_file &module_named(const char *name) {
-    for (const isp_modules::module_file &m : isp_modules::modules)
-        if (strcmp(m.name, name) == 0) return m;
-    throw std::logic_error(std::string("no module ") + name);
-}
 
 bool is_dir(const std::string &path) {
     struct stat st;
@@ -67,7 +51,7 @@ picojson::value parse_file(const std::string &path) {
 }
 
 struct frame_runner::module {
-    const isp_modules::module_file *file;
+    const isp::module_desc *desc;
     JsonModuleOps *ops;
     JsonModuleHandle handle;
 };
@@ -80,10 +64,11 @@ frame_runner::frame_runner(const std::string &case_dir) : case_dir_(case_dir) {
     pipe_.reg_shadow    = &shadow_;
     pipe_.channel_count = k_channels;
     strncpy(pipe_.case_path, case_dir.c_str(), sizeof pipe_.case_path - 1);
-    for (const char *name : k_pipeline_order) {
-        module m{&module_named(name), nullptr, JsonModuleHandle{}};
+    /* along the picture path, as isp-case replays it */
+    for (const isp::module_desc *desc : isp::pipeline_order()) {
+        module m{desc, nullptr, JsonModuleHandle{}};
         m.handle.pipe = &pipe_;
-        m.file->register_module(&m.ops);
+        isp::registration_of (*desc)(&m.ops);
         modules_.push_back(m);
     }
     for (module &m : modules_)
@@ -109,10 +94,10 @@ std::vector<std::string> frame_runner::frame_files() const {
     while (is_dir(case_dir_ + "/cfgs/f" + std::to_string(last + 1))) ++last;
     std::vector<std::string> files;
     for (const module &m : modules_) {
-        const int channels = m.file->kind == isp_modules::file_kind::channelled ? k_channels : 1;
-        for (int c = 0; c < channels; ++c)
+        const bool channelled = isp::file_kind_of(*m.desc) == isp::file_kind::per_channel;
+        for (int c = 0; c < (channelled ? k_channels : 1); ++c)
             for (int p = 0; p < k_grid_h * k_grid_v; ++p)
-                files.push_back(isp_modules::path_of(*m.file, case_dir_, last, p, c));
+                files.push_back(case_dir_ + "/" + isp::relative_file(*m.desc, last, p, c));
     }
     return files;
 }

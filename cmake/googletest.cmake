@@ -21,7 +21,10 @@ set(gtest_force_shared_crt OFF CACHE BOOL "" FORCE)
 # Third-party code is built with its own warning settings, not with the project's -Werror.
 get_directory_property(isp_saved_compile_options COMPILE_OPTIONS)
 set_directory_properties(PROPERTIES COMPILE_OPTIONS "")
+set(isp_saved_warning_as_error ${CMAKE_COMPILE_WARNING_AS_ERROR})
+set(CMAKE_COMPILE_WARNING_AS_ERROR OFF)
 add_subdirectory("${ISP_GTEST_SOURCE_DIR}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+set(CMAKE_COMPILE_WARNING_AS_ERROR ${isp_saved_warning_as_error})
 set_directory_properties(PROPERTIES COMPILE_OPTIONS "${isp_saved_compile_options}")
 
 if(NOT TARGET GTest::gtest)

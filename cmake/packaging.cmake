@@ -48,6 +48,7 @@ write_basic_package_version_file(
     COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/isp_json-config.cmake"
               "${PROJECT_BINARY_DIR}/isp_json-config-version.cmake"
+              "${CMAKE_CURRENT_LIST_DIR}/Findpicojson.cmake"
         DESTINATION "${ISP_JSON_INSTALL_CMAKEDIR}"
         COMPONENT development)
 

@@ -18,9 +18,9 @@
 #include <string>
 
 #include "fuzz/fuzz_support.h"
-#include "fuzz/module_files.h"
 #include "isp_framework.h"
 #include "isp_sim.h"
+#include "modules/tables.h"
 
 namespace {
 
@@ -60,6 +60,13 @@ void guarded(const char *what, bool type_error_allowed, Operation operation) {
     abort();
 }
 
+/* a module with curve or mesh converters passes their type errors on */
+bool reads_raw_tables(const isp::module_desc &m) {
+    for (const isp::converter_desc &c : m.converters)
+        if (c.raises_type_error) return true;
+    return false;
+}
+
 void check_platform() {
     for (const std::string &problem : isp_sim::problems()) platform_misuse(problem);
     for (const auto &tag : isp_sim::live_allocations())
@@ -90,12 +97,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < 2) return 0;
     picojson::value document;
     if (!isp_fuzz::parse(data + 2, size - 2, document)) return 0;
-    const isp_modules::module_file &m = isp_modules::modules[data[0] % isp_modules::module_count];
+    const isp::module_desc &m = isp::modules()[data[0] % isp::modules().size()];
     const uint8_t part_h = 1 + (data[1] & 1), part_v = 1 + ((data[1] >> 1) & 1);
     const int32_t channels = 1 + ((data[1] >> 2) & 1);
     for (int partition = 0; partition < part_h * part_v; ++partition)
         for (int channel = 0; channel < channels; ++channel)
-            write_file(isp_modules::path_of(m, case_dir, 0, partition, channel), data + 2,
+            write_file(case_dir + "/" + isp::relative_file(m, 0, partition, channel), data + 2,
                        size - 2);
 
     isp_sim::reset();
@@ -112,8 +119,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     handle->pipe = pipe.get();
 
     JsonModuleOps *ops = nullptr;
-    m.register_module(&ops);
-    const bool type_error_allowed = m.raw_tables || !document.is<picojson::object>();
+    isp::registration_of(m)(&ops);
+    const bool type_error_allowed = reads_raw_tables(m) || !document.is<picojson::object>();
     JsonModuleHandle *h           = handle.get();
     ops->create(h);
     guarded("init", type_error_allowed, [&] { ops->init(h); });

@@ -5,7 +5,7 @@
 
 OUTPUT_DIR/converters: every register and pattern file of the case's first frame as it is.
 OUTPUT_DIR/case_loader: for each module, its partition 0 file (channel 0) behind the two
-    harness bytes: the module's position in fuzz/module_files.h, then the grid and channel
+    harness bytes: the module's position in modules/modules.def, then the grid and channel
     byte (0: one partition and channel; 7: 2x2 partitions and two channels).
 OUTPUT_DIR/fixed_point: a value as four little-endian bytes followed by a format string, for
     the usual formats and a few odd ones.
@@ -25,10 +25,11 @@ VALUES = [0, 1, -1, 255, -256, 300, 3000, -3000, 0x7FFFFFFF, -0x80000000]
 
 
 def module_patterns():
-    """(position, pattern, kind) of every row of the harnesses' module table."""
-    text = open(os.path.join(HERE, "module_files.h")).read()
-    rows = re.findall(r'\{"(\w+)", \w+, "([^"]+)", file_kind::(\w+), (?:true|false)\}', text)
-    return [(i, pattern, kind) for i, (_, pattern, kind) in enumerate(rows)]
+    """(position, pattern, kind) of every module row of the module table, in catalogue order."""
+    text = open(os.path.join(HERE, "..", "modules", "modules.def")).read()
+    rows = re.findall(r'^ISP_MODULE\(\w+,\s*"\w+",\s*"([^"]+)",(?:[^,]*,){12}\s*(\w+),',
+                      text, re.M)
+    return [(i, pattern, kind) for i, (pattern, kind) in enumerate(rows)]
 
 
 def main():

@@ -42,45 +42,63 @@ struct case_dir {
     char text[sizeof(PipeContext::case_path) + 1];
 };
 
-/* One buffer per load holding every group's structure, plus whatever the module provides beside
- * it for this grid; cleared before the module's pointers are attached. */
+/* One buffer per load holding every group's structure, plus the partition-size arrays beside it
+ * where the module has them; cleared before they are attached. */
 class frame_buffer {
   public:
-    frame_buffer(const frame_layout &layout, const PipeContext *pipe)
-        : layout_(layout),
-          extra_size_(layout.extra_size ? layout.extra_size(pipe) : 0),
-          bytes_(new max_align_t[words(layout.size) + words(extra_size_)]) {}
+    frame_buffer(const module_desc &m, const PipeContext *pipe)
+        : module_(m),
+          partitions_(static_cast<size_t>(pipe->attr.part_h) * pipe->attr.part_v),
+          extra_size_(has_sizes(m) ? partition_size_bytes(partitions_) : 0),
+          bytes_(new max_align_t[words(m.frame_size) + words(extra_size_)]) {}
 
-    void clear(const PipeContext *pipe) {
-        memset(bytes_.get(), 0, (words(layout_.size) + words(extra_size_)) * sizeof(max_align_t));
-        if (layout_.attach_extra) layout_.attach_extra(frame(), extra(), pipe);
+    void clear() {
+        memset(bytes_.get(), 0,
+               (words(module_.frame_size) + words(extra_size_)) * sizeof(max_align_t));
+        for (const group_desc &g : module_.groups)
+            if (g.partition_sizes) attach_partition_sizes(g, group(g.offset), extra(), partitions_);
     }
-    void *frame() { return bytes_.get(); }
-    void *group(size_t offset) { return reinterpret_cast<unsigned char *>(frame()) + offset; }
+    void *group(size_t offset) { return reinterpret_cast<unsigned char *>(bytes_.get()) + offset; }
 
   private:
     static size_t words(size_t size) {
         return (size + sizeof(max_align_t) - 1) / sizeof(max_align_t);
     }
-    void *extra() { return bytes_.get() + words(layout_.size); }
+    static bool has_sizes(const module_desc &m) {
+        for (const group_desc &g : m.groups)
+            if (g.partition_sizes) return true;
+        return false;
+    }
+    void *extra() { return bytes_.get() + words(module_.frame_size); }
 
-    const frame_layout &layout_;
+    const module_desc &module_;
+    size_t partitions_;
     size_t extra_size_;
     std::unique_ptr<max_align_t[]> bytes_;
 };
+
+/* Each partition owns an area of the statistics buffer with its sub-areas; the hardware takes
+ * their addresses in 8-byte units, whatever the register file says. */
+void write_addresses(const stat_buffer &buffer, frame_buffer &frame, uint64_t phys,
+                     uint8_t partition) {
+    const uint32_t base =
+        static_cast<uint32_t>((phys + uint64_t{buffer.area_size} * partition) >> 3);
+    for (const stat_address &a : buffer.addresses)
+        a.write(frame.group(a.group->offset), partition, base + a.offset);
+}
 
 /* Reads one partition's file and runs the module's converters on it. A file that cannot be read
  * or parsed ends the process; a root that is not an object raises picojson's type error. */
 void convert_file(const module_desc &m, const JsonModuleHandle *handle, frame_buffer &buffer,
                   const path_buffer &path, uint8_t partition) {
-    const frame_layout &layout = *m.layout;
-    picojson::value document   = read_json_file(path);
-    picojson::object &root     = document.get<picojson::object>();
-    for (size_t i = 0; i < layout.converter_count; ++i) {
-        layout.converters[i](root, buffer.frame(), partition);
-        if (i == 0 && layout.write_addresses) {
+    picojson::value document = read_json_file(path);
+    picojson::object &root   = document.get<picojson::object>();
+    for (size_t i = 0; i < m.converters.size(); ++i) {
+        const converter_desc &c = m.converters[i];
+        c.convert(root, buffer.group(c.group->offset), partition);
+        if (i == 0 && m.buffer) {
             const JsonStatContext *ctx = static_cast<const JsonStatContext *>(handle->priv);
-            layout.write_addresses(buffer.frame(), ctx->phys, partition);
+            write_addresses(*m.buffer, buffer, ctx->phys, partition);
         }
     }
 }
@@ -115,14 +133,15 @@ void advance_frame(const PipeContext *pipe, frame_cursor cursor) {
         ++*cursor.frame;
 }
 
-/* Pushes every group in the catalogue's order; stops at the first failure. */
+/* Pushes every group in the catalogue's order, skipping the structures the module keeps; stops
+ * at the first failure. */
 int32_t push_groups(const module_desc &m, uint32_t wrapper, frame_buffer &buffer) {
-    const frame_layout &layout = *m.layout;
-    for (size_t i = 0; i < layout.group_count; ++i) {
-        const group_push &g      = layout.groups[i];
+    int pushed = 0;
+    for (const group_desc &g : m.groups) {
+        if (g.cmd == 0) continue;
         const VinHalSetupCmd cmd = {g.cmd, buffer.group(g.offset)};
+        const int line           = m.lines->push_first + pushed++ * m.lines->push_step;
         if (vin_hal_wrapper_setup(wrapper, &cmd) != 0) {
-            const int line = m.lines->push_first + static_cast<int>(i) * m.lines->push_step;
             log_code(m.names.load, line, m.code_hw, g.message);
             return m.code_hw;
         }
@@ -134,8 +153,8 @@ int32_t load_frame(const module_desc &m, JsonModuleHandle *handle) {
     const PipeContext *pipe   = handle->pipe;
     const frame_cursor cursor = cursor_of(m, handle->priv);
     const case_dir dir(pipe);
-    frame_buffer buffer(*m.layout, pipe);
-    buffer.clear(pipe);
+    frame_buffer buffer(m, pipe);
+    buffer.clear();
     convert_grid(m, handle, buffer, [&](path_buffer &path, uint8_t partition) {
         format_path(path, m.file_pattern, dir.text, *cursor.frame, partition);
     });
@@ -154,11 +173,11 @@ int32_t load_channels(const module_desc &m, JsonModuleHandle *handle) {
     }
     if (pipe->channel_count < 1) return 0;
     const case_dir dir(pipe);
-    frame_buffer buffer(*m.layout, pipe);
+    frame_buffer buffer(m, pipe);
     const uint32_t *wrappers = static_cast<const uint32_t *>(handle->priv);
     for (int32_t channel = 0; channel < pipe->channel_count && channel < ISP_MAX_CHANNELS;
          ++channel) {
-        buffer.clear(pipe);
+        buffer.clear();
         convert_grid(m, handle, buffer, [&](path_buffer &path, uint8_t partition) {
             format_path(path, m.file_pattern, dir.text, *cursor.frame, partition, channel);
         });
@@ -173,8 +192,8 @@ int32_t load_channels(const module_desc &m, JsonModuleHandle *handle) {
 int32_t load_patterns(const module_desc &m, JsonModuleHandle *handle) {
     const PipeContext *pipe = handle->pipe;
     const case_dir dir(pipe);
-    frame_buffer buffer(*m.layout, pipe);
-    buffer.clear(pipe);
+    frame_buffer buffer(m, pipe);
+    buffer.clear();
     convert_grid(m, handle, buffer, [&](path_buffer &path, uint8_t partition) {
         format_path(path, m.file_pattern, dir.text, partition);
     });

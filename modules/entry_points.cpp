@@ -1,4 +1,4 @@
-/* The exported entry points of every module, generated from the module list: a registration
+/* The exported entry points of every module, generated from the module table: a registration
  * function filling the module's operations table, and thin operations calling the generic
  * module with the module's catalogue row. */
 #include "isp_json_modules.h"
@@ -8,9 +8,9 @@
 namespace isp {
 namespace {
 
-/* The version banner, logged by every registration of the ae_stat module. */
-const char k_banner[] = "[SDK version]: libisp_json.so V2.0.0_P5_" ISP_JSON_BUILD_STAMP
-                        " " ISP_JSON_BUILD_DATE " " ISP_JSON_BUILD_TIME;
+/* The version banner, logged by every registration of the module whose row says so. */
+const char k_banner[] = "[SDK version]: libisp_json.so V" ISP_JSON_VERSION
+                        "_P5_" ISP_JSON_BUILD_STAMP " " ISP_JSON_BUILD_DATE " " ISP_JSON_BUILD_TIME;
 const int k_banner_line = 400;
 
 }  // namespace
@@ -18,22 +18,22 @@ const int k_banner_line = 400;
 
 #define ISP_MODULE_OPS(mod)                                                   \
     int32_t isp_##mod##_json_mod_create(JsonModuleHandle *h) {                \
-        return isp::module_create(isp::mod##_module, h);                      \
+        return isp::module_create(isp::row_of(isp::module_id::mod), h);       \
     }                                                                         \
     int32_t isp_##mod##_json_mod_destroy(JsonModuleHandle *h) {               \
-        return isp::module_destroy(isp::mod##_module, h);                     \
+        return isp::module_destroy(isp::row_of(isp::module_id::mod), h);      \
     }                                                                         \
     int32_t isp_##mod##_json_mod_init(JsonModuleHandle *h) {                  \
-        return isp::module_init(isp::mod##_module, h);                        \
+        return isp::module_init(isp::row_of(isp::module_id::mod), h);         \
     }                                                                         \
     int32_t isp_##mod##_json_mod_deinit(JsonModuleHandle *h) {                \
-        return isp::module_deinit(isp::mod##_module, h);                      \
+        return isp::module_deinit(isp::row_of(isp::module_id::mod), h);       \
     }                                                                         \
     int32_t isp_##mod##_json_mod_process(JsonModuleHandle *h) {               \
-        return isp::module_load(isp::mod##_module, h);                        \
+        return isp::module_load(isp::row_of(isp::module_id::mod), h);         \
     }                                                                         \
     int32_t isp_##mod##_json_mod_trigger(JsonModuleHandle *h) {               \
-        return isp::module_trigger(isp::mod##_module, h);                     \
+        return isp::module_trigger(isp::row_of(isp::module_id::mod), h);      \
     }                                                                         \
     int32_t isp_##mod##_json_mod_ctrl(JsonModuleHandle *, uint32_t, void *) { \
         return 0;                                                             \
@@ -47,43 +47,41 @@ const int k_banner_line = 400;
 
 /* The table is filled by the call, not by static initialisation; process sits in both
  * processing slots so that either entry does the same work. */
-#define ISP_MODULE_REGISTER(mod, sync_op, after)                       \
-    int32_t qv_isp_module_##mod##_json_register(JsonModuleOps **out) { \
-        static JsonModuleOps ops;                                      \
-        ops.create    = isp_##mod##_json_mod_create;                   \
-        ops.destroy   = isp_##mod##_json_mod_destroy;                  \
-        ops.init      = isp_##mod##_json_mod_init;                     \
-        ops.deinit    = isp_##mod##_json_mod_deinit;                   \
-        ops.process   = isp_##mod##_json_mod_process;                  \
-        ops.process2  = isp_##mod##_json_mod_process;                  \
-        ops.trigger   = isp_##mod##_json_mod_trigger;                  \
-        ops.sync      = sync_op;                                       \
-        ops.ctrl      = isp_##mod##_json_mod_ctrl;                     \
-        ops.set_param = isp_##mod##_json_mod_set_param;                \
-        ops.get_param = isp_##mod##_json_mod_get_param;                \
-        *out          = &ops;                                          \
-        after;                                                         \
-        return 0;                                                      \
+#define ISP_MODULE_REGISTER(mod, sync_op)                                                      \
+    int32_t qv_isp_module_##mod##_json_register(JsonModuleOps **out) {                         \
+        static JsonModuleOps ops;                                                              \
+        ops.create                  = isp_##mod##_json_mod_create;                             \
+        ops.destroy                 = isp_##mod##_json_mod_destroy;                            \
+        ops.init                    = isp_##mod##_json_mod_init;                               \
+        ops.deinit                  = isp_##mod##_json_mod_deinit;                             \
+        ops.process                 = isp_##mod##_json_mod_process;                            \
+        ops.process2                = isp_##mod##_json_mod_process;                            \
+        ops.trigger                 = isp_##mod##_json_mod_trigger;                            \
+        ops.sync                    = sync_op;                                                 \
+        ops.ctrl                    = isp_##mod##_json_mod_ctrl;                               \
+        ops.set_param               = isp_##mod##_json_mod_set_param;                          \
+        ops.get_param               = isp_##mod##_json_mod_get_param;                          \
+        *out                        = &ops;                                                    \
+        const isp::module_desc &row = isp::row_of(isp::module_id::mod);                        \
+        if (row.banner) isp::log_debug_text(row.names.reg, isp::k_banner_line, isp::k_banner); \
+        return 0;                                                                              \
     }
 
-#define ISP_MODULE_WITH_SYNC(mod)                            \
-    ISP_MODULE_OPS(mod)                                      \
-    int32_t isp_##mod##_json_mod_sync(JsonModuleHandle *h) { \
-        return isp::module_sync(isp::mod##_module, h);       \
-    }                                                        \
-    ISP_MODULE_REGISTER(mod, isp_##mod##_json_mod_sync, (void)0)
-
-#define ISP_MODULE_NO_SYNC(mod) \
-    ISP_MODULE_OPS(mod)         \
-    ISP_MODULE_REGISTER(mod, nullptr, ISP_MODULE_ANNOUNCE_##mod)
-
-/* Only ae_stat announces the library when it registers. */
-#define ISP_MODULE_ANNOUNCE_ae_stat \
-    isp::log_debug_text("qv_isp_module_ae_stat_json_register", isp::k_banner_line, isp::k_banner)
-#define ISP_MODULE_ANNOUNCE_ainr (void)0
-#define ISP_MODULE_ANNOUNCE_hidrc (void)0
-#define ISP_MODULE_ANNOUNCE_hdrc (void)0
+/* Only the modules that update their enable bit in sync have a sync operation. */
+#define ISP_SYNC_OP_in_sync(mod)                                      \
+    int32_t isp_##mod##_json_mod_sync(JsonModuleHandle *h) {          \
+        return isp::module_sync(isp::row_of(isp::module_id::mod), h); \
+    }
+#define ISP_SYNC_OP_in_trigger(mod)
+#define ISP_SYNC_OP_none(mod)
+#define ISP_SYNC_SLOT_in_sync(mod) isp_##mod##_json_mod_sync
+#define ISP_SYNC_SLOT_in_trigger(mod) nullptr
+#define ISP_SYNC_SLOT_none(mod) nullptr
 
 extern "C" {
-ISP_JSON_MODULE_LIST(ISP_MODULE_WITH_SYNC, ISP_MODULE_NO_SYNC)
+#define ISP_MODULE(mod, block, file, type, code0, code1, depth0, depth1, tag, arg, hw, alloc, \
+                   bypass, enable, where, ...)                                                \
+    ISP_MODULE_OPS(mod)                                                                       \
+    ISP_SYNC_OP_##where(mod) ISP_MODULE_REGISTER(mod, ISP_SYNC_SLOT_##where(mod))
+#include "modules/modules.def"
 }

@@ -4,6 +4,7 @@
 #   scripts/deps.sh arm     the 32-bit ARM cross compiler and qemu-user
 #   scripts/deps.sh bench   Google Benchmark, GNU time
 #   scripts/deps.sh fuzz    clang with its libFuzzer runtime
+#   scripts/deps.sh format  clang-format
 set -euo pipefail
 
 packages=()
@@ -15,7 +16,8 @@ for task in "$@"; do
         bench) packages+=(libbenchmark-dev time) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         valgrind) packages+=(valgrind) ;;
-        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind)" >&2; exit 2 ;;
+        format) packages+=(clang-format-14) ;;
+        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind, format)" >&2; exit 2 ;;
     esac
 done
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything with warnings as errors and runs every test the project has, installing the
 # Debian packages it misses first:
-#   1. the native suite (build/);
+#   1. the native suite (build/), then the source formatting check;
 #   2. the same suite under AddressSanitizer and UndefinedBehaviorSanitizer (build-asan/);
 #   3. the 32-bit ARM build, its suite under qemu-arm, and a comparison with the native build
 #      (build-arm/);
@@ -20,6 +20,9 @@ cmake -S "$root" -B "$root/build" -G Ninja -DISP_JSON_WERROR=ON
 cmake --build "$root/build" -j"$jobs"
 ctest --test-dir "$root/build" --output-on-failure -j"$jobs"
 [ "${1:-}" = "--quick" ] && exit 0
+
+stage "source formatting (clang-format --dry-run --Werror)"
+"$root/scripts/format-check.sh"
 
 stage "test suite under AddressSanitizer and UndefinedBehaviorSanitizer"
 "$root/scripts/sanitize.sh"

@@ -17,6 +17,7 @@
 #include "isp_json.h"
 #include "isp_platform.h"
 #include "isp_sim.h"
+#include "modules/tables.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -27,8 +28,8 @@ using isp_test::expect_log;
 using isp_test::format;
 using isp_test::names_of;
 
-enum class kind { generic, statistics, channelled, pattern };
-enum class enable_at { sync, trigger, none };
+using kind      = isp::module_kind;
+using enable_at = isp::enable_update;
 
 struct group {
     uint32_t cmd;
@@ -59,8 +60,8 @@ struct module_row {
     const char *name;
     int32_t (*reg)(JsonModuleOps **);
     const char *block; /* top key "isp_<block>" of the register files */
-    const char *file;  /* under the frame directory, or the case directory for patterns */
-    const char *regio; /* register I/O name */
+    std::string file;  /* under the frame directory, or the case directory for patterns */
+    std::string regio; /* register I/O name */
     kind variant;
     uint32_t type;
     size_t slot;
@@ -76,202 +77,45 @@ struct module_row {
     std::vector<group> groups;
 };
 
-// clang-format off
-const module_row rows[] = {
-    {"cc", qv_isp_module_cc_json_register, "clc", "rtl_clc_p%d.json", "mod_clc", kind::generic,
-     21, 15, 2, 15, 200, 10, 0x1B010101, 0x8001180a, 0x80011980, 0x80011918, 0x8001190a,
-     8, 13, enable_at::sync, false, &cc_lines,
-     {{3, "Isp clc init hal setup failed."}, {1, "Isp clc clc_setup hal setup failed."},
-      {2, "Isp clc clc hal setup failed."}}},
-    {"dehaze", qv_isp_module_dehaze_json_register, "dehaze", "rtl_dehaze_p%d.json", "mod_dehaze",
-     kind::generic, 23, 17, 2, 17, 50, 10, 0x1D010101, 0x8001110a, 0x80011180, 0x80011118,
-     0x8001110a, 15, 15, enable_at::sync, false, &dehaze_lines,
-     {{1, "Isp dehaze setup hal setup failed."}, {2, "Isp dehaze part hal setup failed."},
-      {3, "Isp dehaze ctrl hal setup failed."}}},
-    {"demosaic", qv_isp_module_demosaic_json_register, "dem", "rtl_dem_p%d.json", "mod_dem",
-     kind::generic, 20, 14, 2, 13, 300, 30, 0x1A010101, 0x80010e0a, 0x80010f80, 0x80010f18, 0,
-     1, 12, enable_at::sync, false, &cc_lines,
-     {{9, "Isp dem init hal setup failed."}, {2, "Isp dem setup hal setup failed."},
-      {4, "Isp dem dem_mode hal setup failed."}, {6, "Isp dem dem_core hal setup failed."},
-      {3, "Isp dem wbc hal setup failed."}}},
-    {"hs2dlut", qv_isp_module_hs2dlut_json_register, "lce", "rtl_lce_p%d.json", "mod_lce",
-     kind::generic, 26, 20, 2, 20, 50, 10, 0x22010201, 0x8001340a, 0x80013580, 0x80013518, 0,
-     20, 18, enable_at::sync, false, &cc_lines,
-     {{8, "Isp lce hs2dlut hal setup failed."}}},
-    /* lin borrows blc's memory tag and hs2dlut's hardware and allocation codes */
-    {"lin", qv_isp_module_lin_json_register, "blc", "rtl_blc_p%d.json", "mod_blc", kind::generic,
-     6, 0, 1, 19, 50, 10, 0x0B010101, 0x8001350a, 0x80013580, 0x80013518, 0,
-     3, 22, enable_at::sync, false, &cc_lines,
-     {{3, "Isp blc lin hal setup failed."}}},
-    {"ifa", qv_isp_module_ifa_json_register, "ifa", "rtl_ifa_p%d.json", "mod_ifa", kind::generic,
-     30, 24, 1, 22, 120, 10, 0x24010101, 0x8001310a, 0x80013180, 0x80013118, 0,
-     35, 27, enable_at::sync, true, &cc_lines,
-     {{1, "Isp ifa setup hal setup failed."}, {2, "Isp ifa crop hal setup failed."}}},
-    {"blc", qv_isp_module_blc_json_register, "blc", "rtl_blc_p%d_chn%d.json", "mod_blc",
-     kind::channelled, 6, 0, 1, 19, 50, 10, 0x0B010101, 0x8001040a, 0x80010580, 0x80010518, 0,
-     3, 22, enable_at::sync, false, &cc_lines,
-     {{3, "Isp blc lin hal setup failed."}, {4, "Isp blc common hal setup failed."},
-      {5, "Isp blc dither hal setup failed."}, {6, "Isp blc setup hal setup failed."},
-      {7, "Isp blc init hal setup failed."}, {8, "Isp blc kernel gbl hal setup failed."},
-      {9, "Isp blc kernel sbl hal setup failed."}, {10, "Isp blc kernel ctrl hal setup failed."}}},
-    {"yuv3dnr", qv_isp_module_yuv3dnr_json_register, "yuv3dnr", "rtl_yuv3dnr_p%d.json",
-     "mod_yuv3dnr", kind::generic, 25, 19, 2, 19, 500, 20, 0x20010101, 0x8001240a, 0x80012580,
-     0x80012518, 0, 13, 17, enable_at::sync, false, &cc_lines,
-     {{11, "Isp yuv3dnr ctrl hal setup failed."}, {1, "Isp yuv3dnr extmask hal setup failed."},
-      {2, "Isp yuv3dnr motion hal setup failed."}, {3, "Isp yuv3dnr setup hal setup failed."},
-      {4, "Isp yuv3dnr tnr hal setup failed."}, {5, "Isp yuv3dnr ysf hal setup failed."},
-      {6, "Isp yuv3dnr csf hal setup failed."}, {7, "Isp yuv3dnr cgf hal setup failed."},
-      {8, "Isp yuv3dnr part hal setup failed."}, {9, "Isp yuv3dnr dither hal setup failed."},
-      {10, "Isp yuv3dnr init hal setup failed."}}},
-    {"ae_stat", qv_isp_module_ae_stat_json_register, "ae_stat", "rtl_ae_stat_p%d.json",
-     "mod_ae_stat", kind::statistics, 31, 25, 1, 15, 350, 50, 0x07010101, 0x8001080a,
-     0x80010980, 0x80010918, 0, 30, 8, enable_at::trigger, false, &cc_lines,
-     {{1, "Isp ae_stat init hal setup failed."}, {2, "Isp ae_stat aes_adj hal setup failed."},
-      {3, "Isp ae_stat aes_calc hal setup failed."}}},
-    {"awb_stat", qv_isp_module_awb_stat_json_register, "awb_stat", "rtl_awb_stat_p%d.json",
-     "mod_awb_stat", kind::statistics, 33, 27, 1, 17, 110, 80, 0x08010101, 0x80010a0a,
-     0x80010b80, 0x80010b18, 0, 32, 10, enable_at::sync, false, &cc_lines,
-     {{1, "Isp awb_stat init hal setup failed."}, {2, "Isp awb_stat awbs_adj hal setup failed."},
-      {3, "Isp awb_stat awbs_calc_grid hal setup failed."}}},
-    {"lsc", qv_isp_module_lsc_json_register, "lsc", "rtl_lsc_p%d.json", "mod_lsc", kind::generic,
-     16, 10, 2, 8, 300, 20, 0x16010101, 0x80010b0a, 0x80010b80, 0x80010b18, 0,
-     6, 7, enable_at::sync, false, &cc_lines,
-     {{1, "Isp lsc setup hal setup failed."}, {2, "Isp lsc coord hal setup failed."},
-      {3, "Isp lsc mesh hal setup failed."}}},
-    /* af_stat allocates under the plain tag 9 */
-    {"af_stat", qv_isp_module_af_stat_json_register, "af_stat", "rtl_af_stat_p%d.json",
-     "mod_af_stat", kind::generic, 32, 26, 1, 16, 50, 10, 9, 0x8001090a, 0x80010980, 0x80010918,
-     0, 31, 9, enable_at::sync, false, &cc_lines,
-     {{1, "Isp af_stat init hal setup failed."}, {5, "Isp af_stat afs_setup hal setup failed."},
-      {3, "Isp af_stat afs_adj hal setup failed."}, {2, "Isp af_stat afs_ptn hal setup failed."},
-      {4, "Isp af_stat afs_drc hal setup failed."},
-      {6, "Isp af_stat kernel wr_addr hal setup failed."},
-      {7, "Isp af_stat kernel afs_setup hal setup failed."}}},
-    {"gamma", qv_isp_module_gamma_json_register, "gamma", "rtl_gamma_p%d.json", "mod_gamma",
-     kind::generic, 22, 16, 2, 16, 200, 10, 0x1C010101, 0x8001100a, 0x80011180, 0x80011118, 0,
-     10, 14, enable_at::sync, false, &cc_lines,
-     {{1, "Isp gamma setup hal setup failed."}, {2, "Isp gamma dither hal setup failed."},
-      {3, "Isp gamma lut hal setup failed."}}},
-    {"wbc", qv_isp_module_wbc_json_register, "wbc", "rtl_wbc_p%d.json", "mod_wbc", kind::generic,
-     17, 11, 2, 5, 50, 10, 0x17010101, 0x80010c0a, 0x80010d80, 0x80010d18, 0,
-     11, 5, enable_at::sync, false, &cc_lines,
-     {{1, "Isp wbc ctrl hal setup failed."}, {2, "Isp wbc setup hal setup failed."},
-      {3, "Isp wbc init hal setup failed."}}},
-    {"ccmp", qv_isp_module_ccmp_json_register, "lce", "rtl_lce_p%d.json", "mod_lce",
-     kind::generic, 26, 20, 2, 20, 50, 10, 0x22010101, 0x8001330a, 0x80013380, 0x80013318, 0,
-     22, 18, enable_at::sync, false, &cc_lines,
-     {{9, "Isp lce ccmp hal setup failed."}}},
-    {"dpc", qv_isp_module_dpc_json_register, "dpc", "rtl_dpc_p%d_chn%d.json", "mod_dpc",
-     kind::channelled, 11, 5, 1, 6, 100, 100, 0x0A010101, 0x8001030a, 0x80010380, 0x80010318,
-     0x80010380, 4, 1, enable_at::sync, false, &cc_lines,
-     {{2, "Isp dpc calc_dp_strength hal setup failed."}, {4, "Isp dpc setup hal setup failed."},
-      {5, "Isp dpc calc_noise hal setup failed."}, {6, "Isp dpc calc_wb_gain hal setup failed."},
-      {7, "Isp dpc calc_quick_det hal setup failed."},
-      {8, "Isp dpc calc_dp_correct hal setup failed."},
-      {9, "Isp dpc calc_color_limit hal setup failed."}, {10, "Isp dpc init hal setup failed."}}},
-    {"ycproc", qv_isp_module_ycproc_json_register, "lce", "rtl_lce_p%d.json", "mod_lce",
-     kind::generic, 26, 20, 2, 20, 50, 10, 0x22010501, 0x80012f0a, 0x80012f80, 0x80012f18, 0,
-     21, 18, enable_at::sync, false, &cc_lines,
-     {{6, "Isp lce ycproc hal setup failed."}}},
-    {"eis_post", qv_isp_module_eis_post_json_register, "eis_post", "rtl_eis_post_p%d.json",
-     "mod_eis_post", kind::generic, 29, 23, 2, 27, 50, 10, 0x21010201, 0x8001280a, 0x80012980,
-     0x80012918, 0, 26, 21, enable_at::sync, true, &cc_lines,
-     {{1, "Isp eis_post ctrl hal setup failed."}, {2, "Isp eis_post setup hal setup failed."},
-      {3, "Isp eis_post init hal setup failed."}}},
-    {"y2dnr", qv_isp_module_y2dnr_json_register, "y2dnr", "rtl_y2dnr_p%d.json", "mod_y2dnr",
-     kind::generic, 44, 38, 2, 32, 250, 10, 0x26010101, 0x80012e0a, 0x80012f80, 0x80012f18, 0,
-     29, 26, enable_at::sync, false, &cc_lines,
-     {{12, "Isp y2dnr init hal setup failed."}, {4, "Isp y2dnr setup hal setup failed."},
-      {2, "Isp y2dnr top_control hal setup failed."}, {1, "Isp y2dnr debug_mode hal setup failed."},
-      {5, "Isp y2dnr feature hal setup failed."}, {6, "Isp y2dnr dpc hal setup failed."},
-      {7, "Isp y2dnr sf1 hal setup failed."}, {8, "Isp y2dnr sf2 hal setup failed."},
-      {9, "Isp y2dnr filter_style hal setup failed."}, {10, "Isp y2dnr luma_str hal setup failed."},
-      {11, "Isp y2dnr motion hal setup failed."}, {3, "Isp y2dnr dither hal setup failed."}}},
-    {"sharpen", qv_isp_module_sharpen_json_register, "lce", "rtl_lce_p%d.json", "mod_lce",
-     kind::generic, 26, 20, 2, 20, 50, 10, 0x22010401, 0x80011a0a, 0x80011b80, 0x80011b18, 0,
-     18, 18, enable_at::sync, false, &cc_lines,
-     {{7, "Isp lce init hal setup failed."}, {1, "Isp lce setup hal setup failed."},
-      {2, "Isp lce basic_setting hal setup failed."},
-      {4, "Isp lce luma_chroma_setting hal setup failed."},
-      {5, "Isp lce motion_setting hal setup failed."},
-      {3, "Isp lce nr_coring_setting hal setup failed."},
-      {11, "Isp lce lce_desat_setting hal setup failed."}}},
-    {"rltm", qv_isp_module_rltm_json_register, "rltm", "rtl_rltm_p%d.json", "mod_rltm",
-     kind::generic, 18, 12, 2, 6, 700, 10, 0x19010101, 0x80010d0a, 0x80010d80, 0x80010d18, 0,
-     7, 6, enable_at::sync, false, &cc_lines,
-     {{4, "Isp rltm init hal setup failed."}, {2, "Isp rltm setup hal setup failed."},
-      {1, "Isp rltm dither hal setup failed."}, {6, "Isp rltm reserved hal setup failed."},
-      {3, "Isp rltm common hal setup failed."}, {5, "Isp rltm info hal setup failed."},
-      {7, "Isp rltm detail hal setup failed."}, {8, "Isp rltm low_freq hal setup failed."},
-      {9, "Isp rltm lut setup failed."}}},
-    {"fcc", qv_isp_module_fcc_json_register, "dem", "rtl_dem_p%d.json", "mod_dem",
-     kind::generic, 20, 14, 2, 13, 300, 30, 0x1A010401, 0x8001220a, 0x80012380, 0x80012318, 0,
-     1, 12, enable_at::sync, false, &cc_lines,
-     {{8, "Isp dem fcc hal setup failed."}}},
-    {"ainr", qv_isp_module_ainr_json_register, "nrlite", "isp_nrlite_ptn_%d.json", "mod_nrlite",
-     kind::pattern, 36, 30, 1, 10, 100, 30, 0x15010101, 0x80011e0a, 0x80011f80, 0x80011f18, 0,
-     -1, -1, enable_at::none, false, &cc_lines,
-     {{5, "Isp nrlite post hal setup failed."}}},
-    {"csc", qv_isp_module_csc_json_register, "csc", "rtl_csc_p%d.json", "mod_csc",
-     kind::generic, 24, 18, 2, 18, 50, 10, 0x1E010101, 0x8001120a, 0x80011380, 0x80011318, 0,
-     2, 16, enable_at::sync, false, &cc_lines,
-     {{1, "Isp csc core hal setup failed."}, {2, "Isp csc setup hal setup failed."},
-      {3, "Isp csc init hal setup failed."}}},
-    {"gic", qv_isp_module_gic_json_register, "dem", "rtl_dem_p%d.json", "mod_dem",
-     kind::generic, 20, 14, 2, 13, 300, 30, 0x1A010301, 0x80010f0a, 0x80010f80, 0x80010f18, 0,
-     1, 12, enable_at::sync, false, &cc_lines,
-     {{5, "Isp dem gic hal setup failed."}}},
-    {"edge_enhance", qv_isp_module_edge_enhance_json_register, "dem", "rtl_dem_p%d.json",
-     "mod_dem", kind::generic, 20, 14, 2, 13, 300, 30, 0x1A010201, 0x80012b0a, 0x80012b80,
-     0x80012b18, 0, 1, 12, enable_at::sync, false, &cc_lines,
-     {{7, "Isp dem sharpen hal setup failed."}}},
-    {"hidrc", qv_isp_module_hidrc_json_register, "hidrc", "rtl_hidrc_p%d.json", "mod_hidrc",
-     kind::generic, 14, 8, 2, 30, 50, 10, 0x10010101, 0x80012d0a, 0x80012d80, 0x80012d18, 0,
-     28, 25, enable_at::trigger, false, &cc_lines,
-     {{1, "Isp hidrc setup hal setup failed."}, {2, "Isp hidrc setup hal setup failed."}}},
-    {"depurple", qv_isp_module_depurple_json_register, "pfd", "rtl_pfd_p%d.json", "mod_pfd",
-     kind::generic, 19, 13, 2, 10, 200, 10, 0x18010101, 0x8001170a, 0x80011780, 0x80011718, 0,
-     9, 11, enable_at::sync, false, &cc_lines,
-     {{1, "Isp pfd det hal setup failed."}, {2, "Isp pfd setup hal setup failed."},
-      {3, "Isp pfd init hal setup failed."}, {4, "Isp pfd ptn_related hal setup failed."},
-      {5, "Isp pfd user_mesh_lut hal setup failed."},
-      {6, "Isp pfd user_mesh_thr hal setup failed."}}},
-    {"eis_pre", qv_isp_module_eis_pre_json_register, "eis_pre", "rtl_eis_pre_p%d.json",
-     "mod_eis_pre", kind::generic, 28, 22, 2, 26, 150, 10, 0x21010101, 0x8001270a, 0x80012780,
-     0x80012718, 0, 25, 20, enable_at::sync, false, &cc_lines,
-     {{1, "Isp eis_pre lut hal setup failed."}, {2, "Isp eis_pre setup hal setup failed."},
-      {3, "Isp eis_pre ctrl hal setup failed."}, {4, "Isp eis_pre init hal setup failed."}}},
-    {"raw2dnr", qv_isp_module_raw2dnr_json_register, "raw2dnr", "rtl_raw2dnr_p%d.json",
-     "mod_raw2dnr", kind::generic, 15, 9, 2, 4, 50, 10, 0x11010101, 0x8001230a, 0x80012380,
-     0x80012318, 0, 5, 4, enable_at::sync, false, &cc_lines,
-     {{6, "Isp raw2dnr init hal setup failed."}, {1, "Isp raw2dnr setup hal setup failed."},
-      {2, "Isp raw2dnr mask hal setup failed."}, {3, "Isp raw2dnr fs hal setup failed."},
-      {5, "Isp raw2dnr hfnr hal setup failed."}, {4, "Isp raw2dnr mfnr hal setup failed."},
-      {8, "Isp raw2dnr np hal setup failed."}}},
-    {"bl_det", qv_isp_module_bl_det_json_register, "bl_det", "rtl_bl_det_p%d_chn%d.json",
-     "mod_bl_det", kind::channelled, 45, 39, 0, 6, 50, 10, 0x0C010101, 0x8001300a, 0x80013180,
-     0x80013118, 0, 33, 28, enable_at::sync, false, &cc_lines,
-     {{1, "Isp bl_det setup hal setup failed."}, {3, "Isp bl_det init hal setup failed."}}},
-    {"scm", qv_isp_module_scm_json_register, "lce", "rtl_lce_p%d.json", "mod_lce",
-     kind::generic, 26, 20, 2, 20, 50, 10, 0x22010301, 0x8001320a, 0x80013380, 0x80013318, 0,
-     19, 18, enable_at::sync, false, &cc_lines,
-     {{10, "Isp lce scm hal setup failed."}}},
-    {"hdrc", qv_isp_module_hdrc_json_register, "hdrc", "rtl_hdrc_p%d.json", "mod_hdrc",
-     kind::generic, 13, 7, 1, 20, 50, 10, 0x0F010101, 0x80012c0a, 0x80012d80, 0x80012d18, 0,
-     27, 24, enable_at::trigger, false, &cc_lines,
-     {{1, "Isp hdrc setup hal setup failed."}, {3, "Isp hdrc init hal setup failed."},
-      {4, "Isp hdrc init hal setup failed."}}},
-    {"hdr", qv_isp_module_hdr_json_register, "hdr", "rtl_hdr_p%d.json", "mod_hdr",
-     kind::generic, 12, 6, 1, 8, 550, 550, 0x12010101, 0x8001150a, 0x80011580, 0x80011518, 0,
-     0, 2, enable_at::sync, false, &cc_lines,
-     {{1, "Isp hdr common hal setup failed."}, {2, "Isp hdr deghost hal setup failed."},
-      {3, "Isp hdr setup hal setup failed."}, {4, "Isp hdr motion hal setup failed."},
-      {5, "Isp hdr init hal setup failed."}, {6, "Isp hdr kernel common hal setup failed."},
-      {7, "Isp hdr kernel fusion hal setup failed."},
-      {8, "Isp hdr kernel exposure hal setup failed."}}},
-};
-// clang-format on
-static_assert(sizeof rows / sizeof rows[0] == 34, "every module of the catalogue");
+/* The walks below run every module from its row of the library's table: they show that the one
+ * generic module hands each row's constants to the platform. The rows themselves are checked
+ * by hand further down, for a few modules, and the walk of the sample case checks the groups. */
+module_row row_from_table(const isp::module_desc &m) {
+    module_row row;
+    row.name  = m.name;
+    row.reg   = isp::registration_of(m);
+    row.block = m.block;
+    row.file =
+        m.file_pattern + strlen(m.kind == isp::module_kind::pattern ? "%s/" : "%s/cfgs/f%d/");
+    row.regio        = std::string("mod_") + m.block;
+    row.variant      = m.kind;
+    row.type         = m.wrapper_type;
+    row.slot         = m.wrapper_type - 6;
+    row.code0        = m.block_code[0];
+    row.code1        = m.block_code[1];
+    row.depth0       = m.depth[0];
+    row.depth1       = m.depth[1];
+    row.tag          = m.mem_tag;
+    row.arg          = static_cast<uint32_t>(m.code_arg);
+    row.hw           = static_cast<uint32_t>(m.code_hw);
+    row.alloc        = static_cast<uint32_t>(m.code_alloc);
+    row.grid         = static_cast<uint32_t>(m.code_grid);
+    row.at           = m.enable;
+    row.bypass       = row.at == enable_at::none ? -1 : m.bypass_bit;
+    row.enable       = row.at == enable_at::none ? -1 : m.enable_bit;
+    row.trigger_noop = m.trigger_noop;
+    /* the lines are the documented ones, not the table's */
+    row.lines = std::string(m.name) == "dehaze" ? &dehaze_lines : &cc_lines;
+    for (const isp::group_desc &g : m.groups)
+        if (g.cmd != 0) row.groups.push_back({g.cmd, g.message});
+    return row;
+}
+
+std::vector<module_row> table_rows() {
+    std::vector<module_row> rows;
+    for (const isp::module_desc &m : isp::modules()) rows.push_back(row_from_table(m));
+    return rows;
+}
 
 const uint8_t walk_pipe_id  = 2;
 const uint32_t walk_trigger = 0x5A5A1234;
@@ -326,11 +170,11 @@ class catalogue : public isp_test::platform_test, public testing::WithParamInter
         for (int frame = 0; frame < 2; ++frame)
             for (int p = 0; p < 2; ++p) {
                 if (pattern())
-                    case_dir.write(format(row().file, p), content);
+                    case_dir.write(format(row().file.c_str(), p), content);
                 else if (channelled())
-                    frame_file(frame, format(row().file, p, 0), content);
+                    frame_file(frame, format(row().file.c_str(), p, 0), content);
                 else
-                    frame_file(frame, format(row().file, p), content);
+                    frame_file(frame, format(row().file.c_str(), p), content);
             }
     }
 
@@ -439,7 +283,7 @@ TEST_P(catalogue, whole_lifecycle_shows_every_constant) {
     regio.flag          = 1;
     regio.param[0]      = 2;
     regio.param[1]      = 4;
-    strncpy(regio.name, m.regio, sizeof regio.name - 1);
+    strncpy(regio.name, m.regio.c_str(), sizeof regio.name - 1);
     EXPECT_EQ(calls[1].handle, wrapper);
     EXPECT_EQ(calls[1].record, isp_test::bytes_of(regio));
 
@@ -532,7 +376,7 @@ TEST_P(catalogue, registration_fills_every_slot_with_the_exported_operation) {
         EXPECT_EQ(slot.first, exported(slot.second)) << slot.second;
         /* only the four modules without a sync slot leave one empty */
         EXPECT_EQ(slot.first != nullptr,
-                  std::string(slot.second) != "sync" || row().at == enable_at::sync)
+                  std::string(slot.second) != "sync" || row().at == enable_at::in_sync)
             << slot.second;
     }
 
@@ -603,7 +447,7 @@ TEST_P(catalogue, init_reports_bad_handles_and_each_wrapper_failure) {
         EXPECT_EQ(mod.destroy(), 0);
     }
 
-    const std::string block = std::string("Isp ") + (m.regio + 4);
+    const std::string block = "Isp " + m.regio.substr(4);
     const struct {
         const char *function;
         int line;
@@ -768,7 +612,7 @@ TEST_P(catalogue, trigger_checks_handle_and_case_path_and_reports_the_wrapper) {
         EXPECT_EQ(calls[0].arg, walk_trigger);
         EXPECT_EQ(calls[0].channel, 0u);
         EXPECT_EQ(p.shadow.module_enable,
-                  m.at == enable_at::trigger ? with_bit(others, !bypassed) : others);
+                  m.at == enable_at::in_trigger ? with_bit(others, !bypassed) : others);
     }
 
     /* bypass bit clear, enable bit clear: a trigger that updates the bit would set it */
@@ -790,14 +634,14 @@ TEST_P(catalogue, trigger_checks_handle_and_case_path_and_reports_the_wrapper) {
     expect_log(logs + 3, error_line(op("trigger"), m.lines->trigger_fail, m.hw,
                                     std::string("Isp ") + m.name + " hal trigger failed."));
     EXPECT_EQ(names_of(calls_since(mark)), std::vector<std::string>{"vin_hal_wrapper_trigger"});
-    EXPECT_EQ(p.shadow.module_enable, with_bit(0, m.at == enable_at::trigger));
+    EXPECT_EQ(p.shadow.module_enable, with_bit(0, m.at == enable_at::in_trigger));
     EXPECT_EQ(mod.deinit(), 0);
     EXPECT_EQ(mod.destroy(), 0);
 }
 
 TEST_P(catalogue, sync_checks_its_handle_before_touching_the_shadow) {
     const module_row &m = row();
-    if (m.at != enable_at::sync) GTEST_SKIP() << "no sync operation";
+    if (m.at != enable_at::in_sync) GTEST_SKIP() << "no sync operation";
     isp_test::pipe p = make_pipe();
     isp_test::module_instance mod(m.reg, p);
     p.shadow.module_enable = 0;
@@ -848,7 +692,7 @@ TEST_P(catalogue, deinit_reports_bad_handles_and_each_wrapper_failure) {
         EXPECT_EQ(mod.destroy(), 0);
     }
 
-    const std::string block = std::string("Isp ") + (m.regio + 4);
+    const std::string block = "Isp " + m.regio.substr(4);
     const struct {
         const char *function;
         int line;
@@ -878,9 +722,10 @@ TEST_P(catalogue, deinit_reports_bad_handles_and_each_wrapper_failure) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(all_modules, catalogue, testing::ValuesIn(rows), row_name);
+INSTANTIATE_TEST_SUITE_P(all_modules, catalogue, testing::ValuesIn(table_rows()), row_name);
 
-using banner = isp_test::platform_test;
+using banner           = isp_test::platform_test;
+using catalogue_replay = isp_test::platform_test;
 
 /* ae_stat announces the library on every registration; no other module says anything. */
 TEST_F(banner, ae_stat_alone_logs_the_version_banner_on_every_registration) {
@@ -897,12 +742,238 @@ TEST_F(banner, ae_stat_alone_logs_the_version_banner_on_every_registration) {
         EXPECT_EQ(line.flag, 1);
         EXPECT_TRUE(std::regex_match(line.text, shape)) << line.text;
     }
-    for (const module_row &m : rows) {
+    for (const isp::module_desc &m : isp::modules()) {
         if (std::string(m.name) == "ae_stat") continue;
-        EXPECT_NE(isp_test::ops_of(m.reg), nullptr) << m.name;
+        EXPECT_NE(isp_test::ops_of(isp::registration_of(m)), nullptr) << m.name;
     }
     EXPECT_EQ(isp_sim::log_lines().size(), 2u);
     EXPECT_TRUE(isp_sim::calls().empty());
+}
+
+/* ---- the table itself ------------------------------------------------------------------- */
+
+/* A few rows written out as the hardware documentation gives them, with every group (the ones a
+ * module keeps included) and its structure type: the independent check of the table the walks
+ * above run from. */
+struct hand_group {
+    const char *name;
+    uint32_t cmd; /* 0: kept, never pushed */
+    const char *message;
+    const char *c_type;
+};
+struct hand_row {
+    const char *name, *block, *file;
+    uint32_t type;
+    uint8_t code0, code1;
+    uint32_t depth0, depth1, tag, arg, hw, alloc, grid;
+    int bypass, enable;
+    isp::enable_update at;
+    isp::module_kind variant;
+    bool trigger_noop, banner;
+    std::vector<hand_group> groups;
+};
+
+// clang-format off
+const hand_row hand_rows[] = {
+    {"cc", "clc", "%s/cfgs/f%d/rtl_clc_p%d.json", 21, 2, 15, 200, 10, 0x1B010101, 0x8001180a,
+     0x80011980, 0x80011918, 0x8001190a, 8, 13, isp::enable_update::in_sync,
+     isp::module_kind::generic, false, false,
+     {{"init", 3, "Isp clc init hal setup failed.", "_isp_clc_user_init_t"},
+      {"clc_setup", 1, "Isp clc clc_setup hal setup failed.", "_isp_clc_user_clc_setup_t"},
+      {"clc", 2, "Isp clc clc hal setup failed.", "_isp_clc_user_clc_t"}}},
+    /* lin borrows blc's memory tag and hs2dlut's hardware and allocation codes */
+    {"lin", "blc", "%s/cfgs/f%d/rtl_blc_p%d.json", 6, 1, 19, 50, 10, 0x0B010101, 0x8001350a,
+     0x80013580, 0x80013518, 0, 3, 22, isp::enable_update::in_sync, isp::module_kind::generic,
+     false, false, {{"lin", 3, "Isp blc lin hal setup failed.", "_isp_blc_user_lin_t"}}},
+    {"ae_stat", "ae_stat", "%s/cfgs/f%d/rtl_ae_stat_p%d.json", 31, 1, 15, 350, 50, 0x07010101,
+     0x8001080a, 0x80010980, 0x80010918, 0, 30, 8, isp::enable_update::in_trigger,
+     isp::module_kind::statistics, false, true,
+     {{"init", 1, "Isp ae_stat init hal setup failed.", "_isp_ae_stat_user_init_t"},
+      {"aes_adj", 2, "Isp ae_stat aes_adj hal setup failed.", "_isp_ae_stat_user_aes_adj_t"},
+      {"aes_calc", 3, "Isp ae_stat aes_calc hal setup failed.", "_isp_ae_stat_user_aes_calc_t"}}},
+    {"dpc", "dpc", "%s/cfgs/f%d/rtl_dpc_p%d_chn%d.json", 11, 1, 6, 100, 100, 0x0A010101,
+     0x8001030a, 0x80010380, 0x80010318, 0x80010380, 4, 1, isp::enable_update::in_sync,
+     isp::module_kind::channelled, false, false,
+     {{"calc_dp_strength", 2, "Isp dpc calc_dp_strength hal setup failed.", "_isp_dpc_user_calc_dp_strength_t"},
+      {"setup", 4, "Isp dpc setup hal setup failed.", "_isp_dpc_user_setup_t"},
+      {"calc_noise", 5, "Isp dpc calc_noise hal setup failed.", "_isp_dpc_user_calc_noise_t"},
+      {"calc_wb_gain", 6, "Isp dpc calc_wb_gain hal setup failed.", "_isp_dpc_user_calc_wb_gain_t"},
+      {"calc_quick_det", 7, "Isp dpc calc_quick_det hal setup failed.", "_isp_dpc_user_calc_quick_det_t"},
+      {"calc_dp_correct", 8, "Isp dpc calc_dp_correct hal setup failed.", "_isp_dpc_user_calc_dp_correct_t"},
+      {"calc_color_limit", 9, "Isp dpc calc_color_limit hal setup failed.", "_isp_dpc_user_calc_color_limit_t"},
+      {"init", 10, "Isp dpc init hal setup failed.", "_isp_dpc_user_init_t"},
+      {"top_control", 0, nullptr, "_isp_dpc_user_calc_top_control_t"}}},
+    {"ainr", "nrlite", "%s/isp_nrlite_ptn_%d.json", 36, 1, 10, 100, 30, 0x15010101, 0x80011e0a,
+     0x80011f80, 0x80011f18, 0, 0, 0, isp::enable_update::none, isp::module_kind::pattern, false,
+     false, {{"post", 5, "Isp nrlite post hal setup failed.", "_isp_nrlite_user_post_t"}}},
+    /* the curve and the global control both report as the init group */
+    {"hdrc", "hdrc", "%s/cfgs/f%d/rtl_hdrc_p%d.json", 13, 1, 20, 50, 10, 0x0F010101, 0x80012c0a,
+     0x80012d80, 0x80012d18, 0, 27, 24, isp::enable_update::in_trigger, isp::module_kind::generic,
+     false, false,
+     {{"setup", 1, "Isp hdrc setup hal setup failed.", "_isp_hdrc_user_setup_t"},
+      {"hdrc_lut", 3, "Isp hdrc init hal setup failed.", "_isp_hdrc_user_hdrc_lut_t"},
+      {"glb_ctl", 4, "Isp hdrc init hal setup failed.", "_isp_hdrc_user_glb_ctrl_t"}}},
+    {"eis_post", "eis_post", "%s/cfgs/f%d/rtl_eis_post_p%d.json", 29, 2, 27, 50, 10, 0x21010201,
+     0x8001280a, 0x80012980, 0x80012918, 0, 26, 21, isp::enable_update::in_sync,
+     isp::module_kind::generic, true, false,
+     {{"ctrl", 1, "Isp eis_post ctrl hal setup failed.", "_isp_eis_post_user_ctrl_t"},
+      {"setup", 2, "Isp eis_post setup hal setup failed.", "_isp_eis_post_user_setup_t"},
+      {"init", 3, "Isp eis_post init hal setup failed.", "_isp_eis_post_user_init_t"}}},
+};
+// clang-format on
+
+TEST(module_table, a_few_rows_read_as_the_documentation_writes_them) {
+    for (const hand_row &h : hand_rows) {
+        SCOPED_TRACE(h.name);
+        const isp::module_desc *m = isp::find_module(h.name);
+        ASSERT_NE(m, nullptr);
+        EXPECT_STREQ(m->block, h.block);
+        EXPECT_STREQ(m->file_pattern, h.file);
+        EXPECT_EQ(m->wrapper_type, h.type);
+        EXPECT_EQ(m->block_code[0], h.code0);
+        EXPECT_EQ(m->block_code[1], h.code1);
+        EXPECT_EQ(m->depth[0], h.depth0);
+        EXPECT_EQ(m->depth[1], h.depth1);
+        EXPECT_EQ(m->mem_tag, h.tag);
+        EXPECT_EQ(static_cast<uint32_t>(m->code_arg), h.arg);
+        EXPECT_EQ(static_cast<uint32_t>(m->code_hw), h.hw);
+        EXPECT_EQ(static_cast<uint32_t>(m->code_alloc), h.alloc);
+        EXPECT_EQ(static_cast<uint32_t>(m->code_grid), h.grid);
+        EXPECT_EQ(m->bypass_bit, h.bypass);
+        EXPECT_EQ(m->enable_bit, h.enable);
+        EXPECT_EQ(m->enable, h.at);
+        EXPECT_EQ(m->kind, h.variant);
+        EXPECT_EQ(m->trigger_noop, h.trigger_noop);
+        EXPECT_EQ(m->banner, h.banner);
+        ASSERT_EQ(m->groups.size(), h.groups.size());
+        for (size_t i = 0; i < h.groups.size(); ++i) {
+            const isp::group_desc &g = m->groups[i];
+            EXPECT_STREQ(g.name, h.groups[i].name) << i;
+            EXPECT_EQ(g.cmd, h.groups[i].cmd) << i;
+            EXPECT_EQ(g.message ? std::string(g.message) : "",
+                      h.groups[i].message ? std::string(h.groups[i].message) : "")
+                << i;
+            EXPECT_STREQ(g.c_type, h.groups[i].c_type) << i;
+        }
+    }
+    EXPECT_EQ(isp::modules().size(), 34u);
+}
+
+/* The orders the tools rely on, and the converters the modules run where they differ from the
+ * push order or fill what is not pushed. */
+TEST(module_table, pipeline_block_and_converter_orders) {
+    std::vector<std::string> pipeline, blocks, hdr, dpc;
+    for (const isp::module_desc *m : isp::pipeline_order()) pipeline.push_back(m->name);
+    for (const char *block : isp::blocks()) blocks.push_back(block);
+    for (const isp::converter_desc &c : isp::find_module("hdr")->converters)
+        hdr.push_back(std::string(c.name) + ">" + c.group->name);
+    for (const isp::converter_desc *c : isp::block_converters("dpc"))
+        dpc.push_back(std::string(c->name) + ":" + c->c_type);
+    EXPECT_EQ(pipeline, (std::vector<std::string>{
+                            "ifa",          "bl_det", "blc",     "lin",      "hdr",      "dpc",
+                            "raw2dnr",      "lsc",    "wbc",     "ae_stat",  "awb_stat", "af_stat",
+                            "hidrc",        "hdrc",   "rltm",    "demosaic", "gic",      "fcc",
+                            "edge_enhance", "cc",     "gamma",   "depurple", "dehaze",   "csc",
+                            "hs2dlut",      "ccmp",   "ycproc",  "sharpen",  "scm",      "y2dnr",
+                            "yuv3dnr",      "ainr",   "eis_pre", "eis_post"}));
+    EXPECT_EQ(blocks,
+              (std::vector<std::string>{
+                  "wbc",     "blc",    "dpc",     "lsc",      "dem",     "clc",     "gamma",
+                  "csc",     "hdrc",   "hidrc",   "hdr",      "raw2dnr", "lce",     "rltm",
+                  "dehaze",  "y2dnr",  "yuv3dnr", "pfd",      "nrlite",  "ae_stat", "awb_stat",
+                  "af_stat", "bl_det", "eis_pre", "eis_post", "ifa"}));
+    EXPECT_EQ(hdr, (std::vector<std::string>{
+                       "rtl_to_drv_hdr_user_common>common", "rtl_to_drv_hdr_noise_profile>common",
+                       "rtl_to_drv_hdr_user_deghost>deghost", "rtl_to_drv_hdr_user_setup>setup",
+                       "rtl_to_drv_hdr_exp_weight_lut_luma_mid>kernel_exposure",
+                       "rtl_to_drv_hdr_user_init>init", "rtl_to_drv_hdr_user_motion>motion",
+                       "rtl_to_drv_hdr_kernel_fusion>kernel_fusion",
+                       "rtl_to_drv_hdr_kernel_common>kernel_common",
+                       "rtl_to_drv_hdr_kernel_exposure>kernel_exposure",
+                       "rtl_to_drv_hdr_exp_weight_lut_luma_low_high>kernel_exposure"}));
+    /* the module's overload in its order, then the exported one it does not call */
+    EXPECT_EQ(dpc, (std::vector<std::string>{
+                       "rtl_to_drv_dpc_user_calc_dp_strength:_isp_dpc_user_calc_dp_strength_t",
+                       "rtl_to_drv_dpc_user_setup:_isp_dpc_user_setup_t",
+                       "rtl_to_drv_dpc_user_calc_top_control:_isp_dpc_user_calc_top_control_t",
+                       "rtl_to_drv_dpc_user_calc_noise:_isp_dpc_user_calc_noise_t",
+                       "rtl_to_drv_dpc_user_calc_wb_gain:_isp_dpc_user_calc_wb_gain_t",
+                       "rtl_to_drv_dpc_user_calc_quick_det:_isp_dpc_user_calc_quick_det_t",
+                       "rtl_to_drv_dpc_user_calc_dp_correct:_isp_dpc_user_calc_dp_correct_t",
+                       "rtl_to_drv_dpc_user_calc_color_limit:_isp_dpc_user_calc_color_limit_t",
+                       "rtl_to_drv_dpc_user_init:_isp_dpc_user_init_t",
+                       "rtl_to_drv_dpc_user_calc_dp_correct:_isp_dpc_user_calc_partition_t"}));
+    size_t converters = 0;
+    for (const char *block : isp::blocks()) converters += isp::block_converters(block).size();
+    EXPECT_EQ(converters, 145u);  // every converter the library exports
+}
+
+/* The sample case replayed as isp-case does (pipeline order, 2 x 2 partitions, 2 channels; init,
+ * then two processes), every push checked against the table: the groups of each load in the
+ * table's order with their commands, each structure where the table puts it in the module's
+ * frame and of the size the wrapper received. */
+TEST_F(catalogue_replay, every_push_of_the_sample_case_is_a_group_of_the_table) {
+    quiet_stderr();
+    isp_test::pipe p(2, 2, ISP_SAMPLE_CASE_DIR, 2);
+    struct push {
+        uint32_t cmd;
+        const unsigned char *data;
+    };
+    std::vector<push> seen;
+    isp_sim::on_setup([&](uint32_t, const VinHalSetupCmd *cmd) {
+        if (cmd && cmd->data)
+            seen.push_back({cmd->cmd, static_cast<const unsigned char *>(cmd->data)});
+    });
+    std::vector<isp_test::module_instance> instances;
+    for (const isp::module_desc *m : isp::pipeline_order())
+        instances.emplace_back(isp::registration_of(*m), p);
+    for (isp_test::module_instance &mod : instances) ASSERT_EQ(mod.create(), 0);
+
+    size_t groups = 0, bytes = 0;
+    for (int round = 0; round < 3; ++round) {
+        for (size_t i = 0; i < instances.size(); ++i) {
+            const isp::module_desc &m = *isp::pipeline_order()[i];
+            SCOPED_TRACE(std::string(m.name) + " round " + std::to_string(round));
+            seen.clear();
+            const size_t mark = isp_sim::calls().size();
+            ASSERT_EQ(round == 0 ? instances[i].init() : instances[i].process(), 0);
+            std::vector<isp_sim::call> pushes;
+            for (const isp_sim::call &c : calls_since(mark))
+                if (c.function == "vin_hal_wrapper_setup" && c.has_data) pushes.push_back(c);
+            ASSERT_EQ(pushes.size(), seen.size());
+            const int channels = m.kind == isp::module_kind::channelled ? 2 : 1;
+            size_t k           = 0;
+            for (int channel = 0; channel < channels; ++channel) {
+                const unsigned char *frame = nullptr;
+                for (size_t g = 0; g < m.groups.size(); ++g) {
+                    const isp::group_desc &group = m.groups[g];
+                    /* inside the frame, before the next structure */
+                    const size_t end =
+                        g + 1 < m.groups.size() ? m.groups[g + 1].offset : m.frame_size;
+                    EXPECT_LE(group.offset + group.size, end) << group.name;
+                    if (group.cmd == 0) continue;
+                    ASSERT_LT(k, pushes.size());
+                    EXPECT_EQ(pushes[k].cmd, group.cmd) << group.name;
+                    EXPECT_EQ(seen[k].cmd, group.cmd) << group.name;
+                    EXPECT_EQ(pushes[k].payload.size(), group.size) << group.name;
+                    if (!frame) frame = seen[k].data - group.offset;
+                    EXPECT_EQ(seen[k].data, frame + group.offset) << group.name;
+                    bytes += pushes[k].payload.size();
+                    ++groups;
+                    ++k;
+                }
+            }
+            EXPECT_EQ(k, pushes.size());
+        }
+    }
+    isp_sim::on_setup(nullptr);
+    /* what isp-case has always reported for the sample case */
+    EXPECT_EQ(groups, 465u);
+    if (sizeof(void *) == 8) {
+        EXPECT_EQ(bytes, 85674u);
+    }
+    for (isp_test::module_instance &mod : instances) EXPECT_EQ(mod.deinit(), 0);
+    for (isp_test::module_instance &mod : instances) EXPECT_EQ(mod.destroy(), 0);
 }
 
 }  // namespace

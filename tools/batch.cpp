@@ -35,6 +35,7 @@ const size_t k_output_kept = 64 * 1024; /* per stage: the end of what its proces
 const size_t k_tail_lines  = 40;        /* lines of output a failure carries */
 const int k_max_depth      = 32;        /* directory levels searched under a path */
 const size_t k_name_column = 40;        /* longer case names push the rest of their line */
+const size_t k_named       = 3;         /* findings a failure reason names */
 
 const char *stage_name(batch_stage stage) {
     return stage == batch_stage::check ? "check" : "replay";
@@ -101,7 +102,7 @@ bool spawn(const stage_runner &run, batch_stage stage, const batch_case &c, stag
     return true;
 }
 
-/* The text after the last "  result" label of a report ("  result: 3 problems",
+/* The text after the last "  result" label of a report ("  result: 1 error, 2 warnings",
  * "  result      FAILED: 1 error, 0 warnings"), without the label and "FAILED: ". */
 std::string result_of(const std::string &output) {
     const size_t at = output.rfind("\n  result");
@@ -122,8 +123,46 @@ std::string first_line(const std::string &text) {
     return line;
 }
 
-/* Why a stage failed, "" when it passed. */
-std::string stage_reason(batch_stage stage, const stage_run &s) {
+/* The findings a stage's report lists (check: one per line; replay: "  finding     " lines), as
+ * finding_line writes them, with the case's directory left out of their paths. */
+std::vector<std::string> findings_in(const std::string &output, const std::string &case_path) {
+    const std::string listed = "  finding     ", prefix = case_path + "/";
+    std::vector<std::string> found;
+    for (size_t start = 0; start < output.size();) {
+        size_t end = output.find('\n', start);
+        if (end == std::string::npos) end = output.size();
+        std::string line = output.substr(start, end - start);
+        start            = end + 1;
+        if (line.rfind(listed, 0) == 0) line = line.substr(listed.size());
+        const bool is_finding = !line.empty() && line[0] != ' ' && line.back() == ']' &&
+                                (line.find(": error: ") != std::string::npos ||
+                                 line.find(": warning: ") != std::string::npos);
+        if (!is_finding) continue;
+        if (line.rfind(prefix, 0) == 0) line = line.substr(prefix.size());
+        found.push_back(line);
+    }
+    return found;
+}
+
+/* " (A; B; C; and 4 more)": the findings not named yet, at most k_named of them. */
+std::string named_findings(const std::vector<std::string> &found, std::vector<std::string> &named) {
+    std::vector<std::string> fresh;
+    for (const std::string &f : found)
+        if (std::find(named.begin(), named.end(), f) == named.end()) fresh.push_back(f);
+    if (fresh.empty()) return "";
+    std::string text;
+    for (size_t i = 0; i < fresh.size() && i < k_named; ++i) {
+        text += (i ? "; " : "") + fresh[i];
+        named.push_back(fresh[i]);
+    }
+    if (fresh.size() > k_named) text += fmt::format("; and {} more", fresh.size() - k_named);
+    return " (" + text + ")";
+}
+
+/* Why a stage failed, "" when it passed; the findings it names are added to named, so that a
+ * later stage names only new ones. */
+std::string stage_reason(batch_stage stage, const stage_run &s, const std::string &case_path,
+                         std::vector<std::string> &named) {
     const char *name = stage_name(stage);
     const int st     = s.wait_status;
     if (st == -1) return fmt::format("{}: no process could be started", name);
@@ -134,7 +173,8 @@ std::string stage_reason(batch_stage stage, const stage_run &s) {
     if (code == exit_ok) return "";
     if (code == exit_failed) {
         const std::string result = result_of(s.output);
-        return fmt::format("{}: {}", name, result.empty() ? "failed" : result);
+        return fmt::format("{}: {}{}", name, result.empty() ? "failed" : result,
+                           named_findings(findings_in(s.output, case_path), named));
     }
     if (code == exit_no_case) return fmt::format("{}: {}", name, first_line(s.output));
     return fmt::format("{} exited with status {}", name, code);
@@ -374,8 +414,9 @@ class pool {
     void finish(case_run &r) {
         r.seconds = std::chrono::duration<double>(clock_type::now() - r.start).count();
         std::string reasons;
+        std::vector<std::string> named;
         for (int i = 0; i < 2; ++i) {
-            const std::string reason = stage_reason(batch_stage(i), r.stages[i]);
+            const std::string reason = stage_reason(batch_stage(i), r.stages[i], r.c->path, named);
             if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
         }
         r.reason = reasons;

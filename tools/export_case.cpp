@@ -11,29 +11,30 @@
 #include "tools/case_layout.h"
 #include "tools/file_probe.h"
 #include "tools/module_table.h"
-#include "tools/stderr_capture.h"
+#include "tools/output_dir.h"
+#include "tools/stderr_stream.h"
 
 namespace isp_case {
 namespace {
 
 /* One group of one register file to its C-model object; the converter's messages are kept. */
 picojson::value convert_and_export(const group_info &group, picojson::object root,
-                                   uint8_t partition, std::vector<std::string> &messages) {
+                                   uint8_t partition, stderr_stream &capture,
+                                   std::vector<std::string> &messages) {
     std::vector<max_align_t> storage((group.size + sizeof(max_align_t) - 1) / sizeof(max_align_t));
-    stderr_capture capture;
     try {
         group.convert(root, storage.data(), partition);
     } catch (...) {
-        messages = capture.finish();
+        messages = capture.take();
         throw;
     }
-    messages = capture.finish();
+    messages = capture.take();
     picojson::object out;
     group.exporter(storage.data(), out, partition);
     return picojson::value(out);
 }
 
-void export_block(const export_settings &settings, const std::string &block,
+void export_block(const export_settings &settings, const std::string &block, stderr_stream &capture,
                   export_result &result) {
     const std::string path =
         join_path(settings.case_path,
@@ -49,9 +50,15 @@ void export_block(const export_settings &settings, const std::string &block,
             fmt::format("{}/{}_{}.json", settings.out_dir, block, group->name);
         std::vector<std::string> messages;
         try {
-            write_json_file(target, convert_and_export(*group, probe.root.get<picojson::object>(),
-                                                       uint8_t(settings.partition), messages));
-            result.written.push_back(target);
+            std::string error;
+            if (write_json_checked(
+                    target,
+                    convert_and_export(*group, probe.root.get<picojson::object>(),
+                                       uint8_t(settings.partition), capture, messages),
+                    error))
+                result.written.push_back(target);
+            else
+                result.errors.push_back(target + ": " + error);
         } catch (const std::exception &e) {
             result.errors.push_back(
                 fmt::format("{}: {} raises: {}", path, group->converter, e.what()));
@@ -74,13 +81,20 @@ std::string block_file(const std::string &block, int frame, int partition, int c
 
 export_result export_case(const export_settings &settings) {
     export_result result;
-    std::error_code error;
-    std::filesystem::create_directories(settings.out_dir, error);
-    if (!is_directory(settings.out_dir)) {
-        result.errors.push_back(settings.out_dir + ": cannot create the output directory");
+    const std::string frame_dir = "cfgs/f" + std::to_string(settings.frame);
+    if (!is_directory(join_path(settings.case_path, frame_dir))) {
+        result.refused  = "no frame directory " + frame_dir;
+        result.no_frame = true;
         return result;
     }
-    for (const std::string &block : exporting_blocks()) export_block(settings, block, result);
+    const std::string problem = prepare_output_dir(settings.out_dir, existing_contents::keep);
+    if (!problem.empty()) {
+        result.refused = settings.out_dir + ": " + problem;
+        return result;
+    }
+    stderr_stream capture;
+    for (const std::string &block : exporting_blocks())
+        export_block(settings, block, capture, result);
     return result;
 }
 

@@ -1,5 +1,5 @@
 /* isp-case: the replay, check and export of register-file cases on a workstation, with the
- * library and the simulated platform, and batches of cases for CI. */
+ * library and the simulated platform, the comparison of two dumps, and batches of cases for CI. */
 #include <unistd.h>
 
 #include <cstdio>
@@ -12,8 +12,10 @@
 
 #include "tools/batch.h"
 #include "tools/check.h"
+#include "tools/diff.h"
 #include "tools/dump.h"
 #include "tools/export_case.h"
+#include "tools/output_dir.h"
 #include "tools/replay.h"
 #include "tools/replay_report.h"
 #include "tools/settings.h"
@@ -23,11 +25,13 @@ namespace {
 using namespace isp_case;
 
 const char *const k_exit_statuses =
-    "Exit status: 0 success (replay: every operation returned 0; check: a clean case; export: "
-    "every C-model file written; batch: every case passed), 1 failure (an operation failed or "
-    "raised, a value could not be read, the platform saw a leak, problems found, a register file "
-    "not converted, a case failed; with --strict also warnings), 2 usage error, 3 no usable case "
-    "(no such directory, no case found, or files that would stop the library).";
+    "Exit status: 0 success (replay: every operation returned 0 and no error found; check: no "
+    "error found; export: every C-model file written; diff: identical dumps; batch: every case "
+    "passed), 1 failure (an error found: an operation failed or raised, a value could not be "
+    "read, the platform saw a leak, a register file not converted, a file not written, a case "
+    "failed; with --strict also a warning; diff: the dumps differ), 2 usage error, 3 no usable "
+    "case or dump (no such directory or frame, no case found, files that would stop the library, "
+    "a dump that cannot be read).";
 
 /* only the progress of long replays is worth a line that keeps rewriting itself */
 const int k_progress_frames = 10;
@@ -103,7 +107,7 @@ bool settings_or_report(const case_options &options, const char *command, run_se
 struct replay_flags {
     std::vector<std::string> bypass;
     std::string dump_dir, log_level = "warning", format = "text";
-    bool verbose = false, quiet = false, strict = false;
+    bool force = false, verbose = false, quiet = false, strict = false;
 };
 
 int run_replay(const case_options &options, const replay_flags &flags) {
@@ -112,14 +116,26 @@ int run_replay(const case_options &options, const replay_flags &flags) {
     if (!settings_or_report(options, "replay", settings.run, contents)) return exit_no_case;
     for (const std::string &name : flags.bypass) settings.bypass.push_back(find_module(name));
 
-    const std::vector<problem> blockers = replay_blockers(settings.run);
+    /* the pre-flight: the check's own lint, so that check and replay never disagree */
+    const lint_result lint = lint_case(settings.run, contents);
+    std::vector<finding> blockers;
+    for (const finding &f : lint.findings)
+        if (stops_library(f)) blockers.push_back(f);
     if (!blockers.empty()) {
         fmt::print(stderr, "isp-case replay: {} file(s) of {} would stop the library:\n",
                    blockers.size(), settings.run.case_path);
-        for (const problem &p : blockers) fmt::print(stderr, "  {}: {}\n", p.where, p.text);
+        for (const finding &f : blockers) fmt::print(stderr, "  {}: {}\n", f.file, f.message);
         fmt::print(stderr, "run 'isp-case check {}' for every problem of the case\n",
                    settings.run.case_path);
         return exit_no_case;
+    }
+    if (!flags.dump_dir.empty()) {
+        const std::string problem = prepare_output_dir(
+            flags.dump_dir, flags.force ? existing_contents::replace : existing_contents::refuse);
+        if (!problem.empty()) {
+            fmt::print(stderr, "isp-case replay: {}: {}\n", flags.dump_dir, problem);
+            return exit_failed;
+        }
     }
 
     replay_output output;
@@ -135,30 +151,32 @@ int run_replay(const case_options &options, const replay_flags &flags) {
         isatty(STDERR_FILENO) && !lines_on_terminal && settings.run.frames >= k_progress_frames;
     settings.keep_bytes = !flags.dump_dir.empty();
 
-    replay_printer printer(stdout, settings, output);
-    std::optional<dump_stream> dump;
+    replay_printer printer(stdout, settings, output, lint.findings);
+    std::optional<dump_writer> dump;
     if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings);
     const replay_result result = replay(settings, [&](const replay_step &step) {
-        if (dump) dump->write(step);
+        if (dump) dump->write_step(step);
         printer.step(step);
     });
     if (!dump) {
         printer.finish(result);
     } else {
-        const dump_summary written = dump->summary();
-        printer.finish(result, &written, flags.dump_dir);
+        dump->finish();
+        printer.finish(result, &dump->summary(), flags.dump_dir);
     }
     return printer.passed() ? exit_ok : exit_failed;
 }
 
-/* Every problem check finds today is an error, so --strict does not change its status yet. */
-int run_check(const case_options &options, bool /* strict */) {
+int run_check(const case_options &options, bool strict, bool json) {
     run_settings settings;
     case_contents contents;
     if (!settings_or_report(options, "check", settings, contents)) return exit_no_case;
     const check_result result = check_case(settings, contents);
-    print_check(stdout, settings, result);
-    return result.problems.empty() ? exit_ok : exit_failed;
+    if (json)
+        print_check_json(stdout, settings, result);
+    else
+        print_check(stdout, settings, result);
+    return count_findings(result.findings).passed(strict) ? exit_ok : exit_failed;
 }
 
 /* One stage of a batch's case, in the batch's child process: the check, or a quiet replay. */
@@ -166,7 +184,7 @@ int run_stage(batch_stage stage, const batch_case &c, const batch_settings &batc
     case_options options;
     options.case_path = c.path;
     options.frames    = batch.frames;
-    if (stage == batch_stage::check) return run_check(options, batch.strict);
+    if (stage == batch_stage::check) return run_check(options, batch.strict, false);
     replay_flags flags;
     flags.quiet  = true;
     flags.strict = batch.strict;
@@ -179,6 +197,10 @@ int run_export(const export_settings &settings) {
         return exit_no_case;
     }
     const export_result result = export_case(settings);
+    if (!result.refused.empty()) {
+        fmt::print(stderr, "isp-case export: {}\n", result.refused);
+        return result.no_frame ? exit_no_case : exit_failed;
+    }
     print_export(stdout, settings, result);
     return result.errors.empty() ? exit_ok : exit_failed;
 }
@@ -187,13 +209,15 @@ int run_export(const export_settings &settings) {
 struct command_line {
     case_flags replay, check;
     replay_flags replay_options;
-    bool check_strict = false;
+    bool check_strict        = false;
+    std::string check_format = "text";
     export_settings exports;
+    diff_settings diff;
     batch_settings batch;
     std::string shard;
     std::optional<int> batch_frames;
     CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr,
-             *batch_cmd = nullptr;
+             *diff_cmd = nullptr, *batch_cmd = nullptr;
 };
 
 void add_replay(CLI::App &app, command_line &cl) {
@@ -210,8 +234,10 @@ void add_replay(CLI::App &app, command_line &cl) {
         ->type_name("NAMES")
         ->check(module_name_check());
     cmd.add_option("--dump", f.dump_dir,
-                   "Write every pushed group, raw and as C-model JSON, under this directory")
+                   "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
+                   "into this directory (new or empty), step by step as the replay runs")
         ->type_name("DIR");
+    cmd.add_flag("--force", f.force, "Empty a dump directory that is not empty first");
     const CLI::Validator level_check(
         [](std::string &text) {
             return parse_log_level(text) < 0 ? std::string("expected error, warning, debug or 0-7")
@@ -230,7 +256,7 @@ void add_replay(CLI::App &app, command_line &cl) {
                    "summary (default: text)")
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"text", "json"}));
-    cmd.add_flag("--strict", f.strict, "Warnings fail the replay too");
+    cmd.add_flag("--strict", f.strict, "Warnings (the case's and the replay's) fail it too");
 }
 
 void add_check(CLI::App &app, command_line &cl) {
@@ -240,6 +266,11 @@ void add_check(CLI::App &app, command_line &cl) {
     cl.check_cmd->footer(k_exit_statuses);
     add_case_flags(*cl.check_cmd, cl.check);
     cl.check_cmd->add_flag("--strict", cl.check_strict, "Warnings fail the check too");
+    cl.check_cmd
+        ->add_option("--format", cl.check_format,
+                     "text (default) or json: every finding in one JSON document")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
 }
 
 void add_batch(CLI::App &app, command_line &cl) {
@@ -295,6 +326,25 @@ void add_export(CLI::App &app, command_line &cl) {
     cmd.add_option("--out", e.out_dir, "Output directory (default: cmodel)")->type_name("DIR");
 }
 
+void add_diff(CLI::App &app, command_line &cl) {
+    cl.diff_cmd = app.add_subcommand(
+        "diff", "Compare two dumps member by member: pushes one side lacks, members that differ");
+    CLI::App &cmd = *cl.diff_cmd;
+    cmd.footer(k_exit_statuses);
+    cmd.add_option("A", cl.diff.a, "Dump directory (replay --dump)")->required()->type_name("DIR");
+    cmd.add_option("B", cl.diff.b, "Dump directory to compare with")->required()->type_name("DIR");
+    cmd.add_option("--tolerance", cl.diff.tolerance,
+                   "Largest difference of real values (codes where a member has no format) that "
+                   "counts as equal (default: 0)")
+        ->type_name("X")
+        ->check(CLI::NonNegativeNumber);
+    cmd.add_option_function<std::string>(
+           "--format", [&cl](const std::string &f) { cl.diff.json = f == "json"; },
+           "Output: text (default) or json")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -303,12 +353,13 @@ int main(int argc, char **argv) {
         "library and a simulated platform.",
         "isp-case");
     app.footer(k_exit_statuses);
-    app.set_version_flag("--version", "isp-case 2.0.0");
+    app.set_version_flag("--version", "isp-case " ISP_JSON_VERSION);
     app.require_subcommand(1, 1);
     command_line cl;
     add_replay(app, cl);
     add_check(app, cl);
     add_export(app, cl);
+    add_diff(app, cl);
     add_batch(app, cl);
     try {
         app.parse(argc, argv);
@@ -316,7 +367,9 @@ int main(int argc, char **argv) {
         return app.exit(e) == 0 ? exit_ok : exit_usage;
     }
     if (cl.replay_cmd->parsed()) return run_replay(cl.replay.options(), cl.replay_options);
-    if (cl.check_cmd->parsed()) return run_check(cl.check.options(), cl.check_strict);
+    if (cl.check_cmd->parsed())
+        return run_check(cl.check.options(), cl.check_strict, cl.check_format == "json");
+    if (cl.diff_cmd->parsed()) return diff_dumps(cl.diff, stdout, stderr);
     if (cl.batch_cmd->parsed()) {
         batch_settings &b = cl.batch;
         b.frames          = cl.batch_frames;

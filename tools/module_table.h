@@ -1,6 +1,6 @@
-/* What isp-case knows about the 34 modules and their blocks. The library keeps its catalogue to
- * itself, so this table mirrors it from the outside: file patterns, converter orders, setup
- * commands, bypass and enable bits, and which exporter reads which pushed structure. */
+/* What isp-case knows about the 34 modules and their blocks, read from the library's module
+ * table: file patterns, converter orders, setup commands, bypass and enable bits, and which
+ * exporter reads which pushed structure. */
 #ifndef ISP_CASE_MODULE_TABLE_H
 #define ISP_CASE_MODULE_TABLE_H
 
@@ -13,13 +13,14 @@
 #include <picojson.h>
 
 #include "isp_framework.h"
+#include "modules/tables.h"
 
 namespace isp_case {
 
 /* Runs one converter into a zeroed structure of the group's size. */
-using convert_fn = int (*)(picojson::object &root, void *structure, uint8_t partition);
+using convert_fn = isp::convert_fn;
 /* Runs one exporter on a structure of the group's size. */
-using export_fn = int (*)(void *structure, picojson::object &out, uint8_t partition);
+using export_fn = isp::export_fn;
 
 /* One converter of a block and the structure it fills. Most converters fill a group that is
  * pushed with a setup command of its own; a few fill structures the module keeps, or parts of
@@ -32,20 +33,17 @@ struct group_info {
     const char *converter; /* "rtl_to_drv_wbc_user_ctrl" */
     export_fn exporter;    /* null when the group has no C-model form */
     bool per_partition;    /* the exporter reads one partition's members */
+    const char *type;      /* the structure's C type name, as the member layouts know it */
+    bool partition_sizes;  /* the structure points at the module's partition-size arrays */
 };
 
-enum class file_kind {
-    per_frame,   /* one file per frame and partition */
-    per_channel, /* one file per frame, partition and channel */
-    pattern,     /* one file per partition in the case directory, for every frame */
-};
-
-enum class enable_update { none, in_sync, in_trigger };
+using file_kind     = isp::file_kind;
+using enable_update = isp::enable_update;
 
 struct module_info {
     const char *name;  /* "cc" */
     const char *block; /* "clc" */
-    const char *file;  /* under the case directory: "cfgs/f%d/rtl_clc_p%d.json" */
+    const char *file;  /* under the case directory: "cfgs/f%d/rtl_<block>_p%d.json" */
     file_kind kind;
     int32_t (*register_fn)(JsonModuleOps **out);
     int bypass_bit; /* -1: none */

@@ -29,12 +29,6 @@ struct part_sizes {
     std::vector<uint8_t> h, v;
 };
 
-std::vector<uint8_t> copy_u16(const uint16_t *values, size_t count) {
-    std::vector<uint8_t> bytes(count * sizeof(uint16_t));
-    if (values) std::memcpy(bytes.data(), values, bytes.size());
-    return bytes;
-}
-
 JsonModuleOp operation(const JsonModuleOps &ops, op_kind kind) {
     switch (kind) {
         case op_kind::create:
@@ -198,8 +192,7 @@ class runner {
             push.group   = find_pushed_group(module.block, c.cmd);
             push.size    = c.payload.size();
             if (settings_.keep_bytes) push.bytes = c.payload;
-            if (std::strcmp(module.block, "clc") == 0 && c.cmd == 3 &&
-                part_sizes_used < part_sizes_.size()) {
+            if (push.group && push.group->partition_sizes && part_sizes_used < part_sizes_.size()) {
                 push.part_size_h = part_sizes_[part_sizes_used].h;
                 push.part_size_v = part_sizes_[part_sizes_used].v;
                 ++part_sizes_used;
@@ -209,13 +202,13 @@ class runner {
     }
 
     void keep_part_sizes(uint32_t handle, const VinHalSetupCmd *cmd) {
-        if (!settings_.keep_bytes || !cmd || cmd->cmd != 3 || !cmd->data ||
-            isp_sim::wrapper(handle).block != "clc")
-            return;
-        const auto *init   = static_cast<const _isp_clc_user_init_t *>(cmd->data);
+        if (!settings_.keep_bytes || !cmd || !cmd->data) return;
+        const isp::group_desc *group =
+            isp::find_pushed_group(isp_sim::wrapper(handle).block, cmd->cmd);
         const size_t count = size_t(pipe_.attr.part_h) * pipe_.attr.part_v;
-        part_sizes_.push_back(
-            {copy_u16(init->part_size_h, count), copy_u16(init->part_size_v, count)});
+        part_sizes sizes;
+        if (group && isp::copy_partition_sizes(*group, cmd->data, count, sizes.h, sizes.v))
+            part_sizes_.push_back(std::move(sizes));
     }
 
     static std::vector<std::string> platform_problems() {

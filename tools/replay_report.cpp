@@ -184,18 +184,25 @@ std::vector<std::vector<finding>> findings_of(const replay_step &step) {
     for (size_t i = 0; i < step.modules.size(); ++i) {
         const module_step &m = step.modules[i];
         for (const op_outcome &op : m.ops) {
-            const std::string where = std::string(m.module->name) + " " + op_name(op.kind);
-            if (op.failed()) {
-                const std::string text = op.exception.empty() ? "returned " + status_text(op)
-                                                              : "raised: " + op.exception;
-                all[i].push_back({severity::error, step.name, where, text});
-            }
+            const auto add = [&](severity level, finding_kind kind, const std::string &text) {
+                finding f;
+                f.level   = level;
+                f.kind    = kind;
+                f.step    = step.name;
+                f.module  = m.module->name;
+                f.message = std::string(op_name(op.kind)) + ": " + text;
+                all[i].push_back(std::move(f));
+            };
+            if (!op.exception.empty())
+                add(severity::error, finding_kind::operation_raised, "raised: " + op.exception);
+            else if (op.failed())
+                add(severity::error, finding_kind::operation_failed, "returned " + status_text(op));
             for (const std::string &message : op.messages)
-                all[i].push_back({severity::error, step.name, where, message});
+                add(severity::error, finding_kind::field_not_read, message);
             /* a failed operation's own error report is part of its failure */
             for (const isp_sim::log_line &line : op.log)
                 if (line.level <= 4 && !op.failed())
-                    all[i].push_back({severity::warning, step.name, where, trimmed(line.text)});
+                    add(severity::warning, finding_kind::library_warning, trimmed(line.text));
         }
     }
     return all;
@@ -210,8 +217,9 @@ std::string status_text(const op_outcome &op) {
 }
 
 replay_printer::replay_printer(std::FILE *out, const replay_settings &settings,
-                               const replay_output &output)
+                               const replay_output &output, const std::vector<finding> &preflight)
     : out_(out), settings_(settings), output_(output) {
+    for (const finding &f : preflight) tally_.add(f);
     if (output.detail == verbosity::quiet) return;
     const run_settings &run = settings.run;
     if (output.format == output_format::json) {
@@ -323,14 +331,16 @@ void replay_printer::json_step(const replay_step &step, const step_outcome &outc
 
 void replay_printer::finish(const replay_result &result, const dump_summary *dump,
                             const std::string &dump_dir) {
+    const finding_counts &found = tally_.counts();
     const size_t errors =
-        tally_.errors() + result.platform_problems.size() + (dump ? dump->problems.size() : 0);
-    const size_t warnings   = tally_.warnings();
+        found.errors + result.platform_problems.size() + (dump ? dump->problems.size() : 0);
+    const size_t warnings   = found.warnings;
     passed_                 = errors == 0 && (!output_.strict || warnings == 0);
+    const char *verdict     = !passed_ ? "failed" : warnings ? "not clean" : "ok";
     const run_settings &run = settings_.run;
     if (output_.format == output_format::json) {
         std::vector<std::string> findings, platform;
-        for (const finding &f : tally_.kept()) findings.push_back(json_finding(f));
+        for (const finding &f : tally_.kept()) findings.push_back(finding_json(f).serialize());
         for (const std::string &p : result.platform_problems) platform.push_back(json_string(p));
         json_object o;
         o.add("type", "summary").add("command", "replay").add("case", run.case_path);
@@ -347,14 +357,16 @@ void replay_printer::finish(const replay_result &result, const dump_summary *dum
             for (const std::string &p : dump->problems) problems.push_back(json_string(p));
             o.add_raw("dump", json_object()
                                   .add("dir", dump_dir)
+                                  .add("pushes", dump->pushes)
                                   .add("raw_files", dump->raw_files)
+                                  .add("decoded_files", dump->decoded_files)
                                   .add("cmodel_files", dump->cmodel_files)
                                   .add_raw("problems", json_array(problems))
                                   .text());
         }
         o.add("errors", errors).add("warnings", warnings);
         o.add_raw("findings", json_array(findings)).add("findings_not_listed", tally_.not_kept());
-        o.add("strict", output_.strict).add("result", passed_ ? "ok" : "failed");
+        o.add("strict", output_.strict).add("result", verdict);
         o.add("exit_status", passed_ ? 0 : 1);
         fmt::print(out_, "{}\n", o.text());
         std::fflush(out_);
@@ -369,24 +381,27 @@ void replay_printer::finish(const replay_result &result, const dump_summary *dum
     if (result.platform_problems.empty()) fmt::print(out_, "  platform    no leaks, no misuse\n");
     for (const std::string &problem : result.platform_problems)
         fmt::print(out_, "  platform    {}\n", problem);
-    for (const finding &f : tally_.kept())
-        fmt::print(out_, "  {:<10}  {} ({}): {}\n", severity_name(f.level), f.where, f.step,
-                   f.text);
+    fmt::print(out_, "  findings    {}, {}\n", plural(found.errors, "error"),
+               plural(found.warnings, "warning"));
+    for (const finding &f : tally_.kept()) fmt::print(out_, "  finding     {}\n", finding_line(f));
     if (tally_.not_kept())
-        fmt::print(out_, "  ...         and {} more\n", grouped(tally_.not_kept()));
+        fmt::print(out_, "  finding     ... and {} more\n", grouped(tally_.not_kept()));
     if (dump) {
-        fmt::print(out_, "  dump        {} raw files, {} C-model files under {}\n", dump->raw_files,
-                   dump->cmodel_files, dump_dir);
+        fmt::print(
+            out_, "  dump        {} pushes: {} raw, {} decoded and {} C-model files under {}\n",
+            dump->pushes, dump->raw_files, dump->decoded_files, dump->cmodel_files, dump_dir);
         for (const std::string &p : dump->problems) fmt::print(out_, "  dump        {}\n", p);
     }
-    if (!passed_) {
+    const std::string done =
+        fmt::format("{}, every operation returned 0 on {}", plural(run.modules.size(), "module"),
+                    plural(frames_seen_, "frame"));
+    if (!passed_)
         fmt::print(out_, "  result      FAILED: {}, {}{}\n", plural(errors, "error"),
                    plural(warnings, "warning"), errors == 0 ? " (--strict)" : "");
-    } else {
-        fmt::print(out_, "  result      ok: {} modules, every operation returned 0 on {}{}\n",
-                   run.modules.size(), plural(frames_seen_, "frame"),
-                   warnings ? fmt::format(" ({})", plural(warnings, "warning")) : "");
-    }
+    else if (warnings)
+        fmt::print(out_, "  result      not clean: {}; {}\n", plural(warnings, "warning"), done);
+    else
+        fmt::print(out_, "  result      ok: {}\n", done);
     std::fflush(out_);
 }
 

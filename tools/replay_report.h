@@ -29,18 +29,22 @@ struct replay_output {
 
 /* What a step found, module by module: a failed or raising operation and a value a converter
  * could not read (its message on standard error) are errors, a library log line at warning
- * level or below from an operation that did not fail is a warning. */
+ * level or below from an operation that did not fail is a warning. Each names the step, the
+ * module and the operation. */
 std::vector<std::vector<finding>> findings_of(const replay_step &step);
 
 /* Consumes the steps of a replay as they end and prints them, then the summary. */
 class replay_printer {
   public:
-    replay_printer(std::FILE *out, const replay_settings &settings, const replay_output &output);
+    /* preflight: the findings of the case's lint, counted and listed before the replay's own */
+    replay_printer(std::FILE *out, const replay_settings &settings, const replay_output &output,
+                   const std::vector<finding> &preflight = {});
     void step(const replay_step &step);
     /* The summary, with the dump's when one was written under dump_dir. */
     void finish(const replay_result &result, const dump_summary *dump = nullptr,
                 const std::string &dump_dir = "");
-    /* No error, no warning under --strict, a clean platform and a complete dump. */
+    /* No error, no warning under --strict, a clean platform and a complete dump; the summary
+     * says "ok" only when there is no warning either. */
     bool passed() const { return passed_; }
 
   private:

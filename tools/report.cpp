@@ -1,4 +1,4 @@
-/* Findings, their tally and the JSON form of reports. */
+/* Findings, their lines and tally, and the JSON form of reports. */
 #include "tools/report.h"
 
 #include <cmath>
@@ -42,8 +42,105 @@ const char *severity_name(severity level) {
     return level == severity::error ? "error" : "warning";
 }
 
+const char *kind_name(finding_kind kind) {
+    switch (kind) {
+        case finding_kind::frame_directory:
+            return "frame-directory";
+        case finding_kind::frames:
+            return "frames";
+        case finding_kind::grid:
+            return "grid";
+        case finding_kind::channels:
+            return "channels";
+        case finding_kind::module_order:
+            return "module-order";
+        case finding_kind::missing_file:
+            return "missing-file";
+        case finding_kind::unreadable_file:
+            return "unreadable-file";
+        case finding_kind::byte_order_mark:
+            return "byte-order-mark";
+        case finding_kind::syntax:
+            return "syntax";
+        case finding_kind::non_finite:
+            return "number-out-of-range";
+        case finding_kind::not_object:
+            return "root-not-object";
+        case finding_kind::duplicate_key:
+            return "duplicate-key";
+        case finding_kind::unknown_key:
+            return "unknown-key";
+        case finding_kind::missing_field:
+            return "missing-field";
+        case finding_kind::type:
+            return "type";
+        case finding_kind::sign_dropped:
+            return "sign-dropped";
+        case finding_kind::too_wide:
+            return "too-wide";
+        case finding_kind::wrapped:
+            return "wrapped";
+        case finding_kind::truncated:
+            return "truncated";
+        case finding_kind::saturated:
+            return "saturated";
+        case finding_kind::partitions_disagree:
+            return "partitions-disagree";
+        case finding_kind::field_not_read:
+            return "field-not-read";
+        case finding_kind::converter_raises:
+            return "converter-raises";
+        case finding_kind::operation_failed:
+            return "operation-failed";
+        case finding_kind::operation_raised:
+            return "operation-raised";
+        case finding_kind::library_warning:
+            return "library-warning";
+    }
+    return "";
+}
+
+std::string finding_line(const finding &f) {
+    std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
+    if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);
+    return fmt::format("{}: {}: {}{} [{}]", where, severity_name(f.level),
+                       f.module.empty() ? "" : f.module + ": ", f.message, kind_name(f.kind));
+}
+
+finding_counts count_findings(const std::vector<finding> &findings) {
+    finding_counts counts;
+    for (const finding &f : findings)
+        ++(f.level == severity::error ? counts.errors : counts.warnings);
+    return counts;
+}
+
+picojson::value finding_json(const finding &f) {
+    const auto text = [](const std::string &s) { return picojson::value(utf8_clean(s)); };
+    picojson::object o;
+    o["severity"] = picojson::value(severity_name(f.level));
+    o["kind"]     = picojson::value(kind_name(f.kind));
+    o["file"]     = text(f.file);
+    o["line"]     = picojson::value(double(f.line));
+    o["column"]   = picojson::value(double(f.column));
+    o["step"]     = text(f.step);
+    o["module"]   = text(f.module);
+    o["register"] = text(f.reg);
+    o["field"]    = text(f.field);
+    o["value"]    = text(f.value);
+    o["format"]   = text(f.format);
+    o["hardware"] = text(f.hardware);
+    o["message"]  = text(f.message);
+    return picojson::value(o);
+}
+
+picojson::value findings_json(const std::vector<finding> &findings) {
+    picojson::array items;
+    for (const finding &f : findings) items.push_back(finding_json(f));
+    return picojson::value(items);
+}
+
 void finding_tally::add(const finding &f) {
-    ++(f.level == severity::error ? errors_ : warnings_);
+    ++(f.level == severity::error ? counts_.errors : counts_.warnings);
     if (kept_.size() < limit_) kept_.push_back(f);
 }
 
@@ -147,19 +244,12 @@ std::string json_array(const std::vector<std::string> &elements) {
     return out + "]";
 }
 
-std::string json_finding(const finding &f) {
-    json_object o;
-    o.add("severity", severity_name(f.level));
-    if (!f.step.empty()) o.add("step", f.step);
-    return o.add("where", f.where).add("text", f.text).text();
-}
-
 json_object json_step(const step_outcome &step) {
     json_object o;
     o.add("type", "step").add("step", step.name);
     for (const auto &[name, value] : step.counts) o.add(name.c_str(), value);
     std::vector<std::string> findings;
-    for (const finding &f : step.findings) findings.push_back(json_finding(f));
+    for (const finding &f : step.findings) findings.push_back(finding_json(f).serialize());
     o.add_raw("findings", json_array(findings));
     return o;
 }

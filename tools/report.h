@@ -1,5 +1,6 @@
-/* What every subcommand reports, whatever the output: findings with a severity, the outcome of
- * each step as it ends, and a summary; and the pieces the text and JSON outputs share. */
+/* What every subcommand reports on a case, whatever the output: findings with a severity and a
+ * place (the check's lint, the replay's pre-flight and its operations, the batch's reasons), the
+ * outcome of each step as it ends, and the pieces the text and JSON outputs share. */
 #ifndef ISP_CASE_REPORT_H
 #define ISP_CASE_REPORT_H
 
@@ -8,19 +9,79 @@
 #include <utility>
 #include <vector>
 
+#include <picojson.h>
+
 namespace isp_case {
 
 /* error: the library would abort or raise, an operation failed, a value cannot be read;
- * warning: the run goes on as asked but something deserves a look. --strict fails on both. */
+ * warning: a value reaches the hardware changed, a key is ignored, partitions disagree, the
+ * library logged a warning. --strict fails on both. */
 enum class severity { error, warning };
 const char *severity_name(severity level);
 
-struct finding {
-    severity level = severity::error;
-    std::string step;  /* "frame 17"; empty when the finding belongs to no step */
-    std::string where; /* what it concerns: "csc process", a file */
-    std::string text;
+enum class finding_kind {
+    /* the lint of a case, before anything runs */
+    frame_directory, /* cfgs/f0 missing, or frame directories after a gap */
+    frames,          /* more frames asked for than the case holds */
+    grid,            /* an empty grid, or one past the 8-bit partition index */
+    channels,        /* a channel count the channelled modules reject or ignore */
+    module_order,    /* modules sharing a wrapper in an order that breaks it */
+    missing_file,
+    unreadable_file,
+    byte_order_mark,
+    syntax,
+    non_finite, /* picojson raises overflow_error while parsing */
+    not_object,
+    duplicate_key,
+    unknown_key,
+    missing_field,
+    type,
+    sign_dropped,
+    too_wide,
+    wrapped,
+    truncated,
+    saturated,
+    partitions_disagree,
+    field_not_read, /* a converter printed "read json_obj failed: ...": in the lint, one the rows
+                       do not explain; in a replay, every such line */
+    converter_raises,
+    /* what an operation of a replay did */
+    operation_failed, /* returned a status other than 0 */
+    operation_raised, /* an exception left it */
+    library_warning,  /* a log line at warning level or below from an operation that did not fail */
 };
+const char *kind_name(finding_kind kind); /* "sign-dropped" */
+
+/* Where (file, line, column, or the replay's step), what (module, register, field, the value as
+ * written and its format) and what the hardware gets instead. */
+struct finding {
+    severity level    = severity::error;
+    finding_kind kind = finding_kind::syntax;
+    std::string file;         /* path of the file or directory; empty for the run's settings */
+    int line = 0, column = 0; /* 1-based; 0 when not known */
+    std::string step;         /* the replay's step, "frame 17"; empty for the lint's findings */
+    std::string module;       /* the modules that read it, ", "-separated */
+    std::string reg, field;   /* register (or array) and field (or key) */
+    std::string value;        /* as written in the file */
+    std::string format;       /* fixed-point format, or the element width of a table */
+    std::string hardware;     /* what reaches the hardware instead */
+    std::string message;
+};
+
+/* "FILE:LINE:COLUMN: warning: MODULES: MESSAGE [kind]"; the step instead of the file for what an
+ * operation did, "settings" for findings without either, no line and column where they are not
+ * known, no modules where none reads it. */
+std::string finding_line(const finding &f);
+
+struct finding_counts {
+    size_t errors = 0, warnings = 0;
+    bool passed(bool strict) const { return errors == 0 && (!strict || warnings == 0); }
+};
+finding_counts count_findings(const std::vector<finding> &findings);
+
+/* A finding as a JSON object, every member present ("" and 0 when not known). */
+picojson::value finding_json(const finding &f);
+picojson::value findings_json(const std::vector<finding> &findings);
 
 /* How a run is to be shown. */
 enum class output_format { text, json };
@@ -39,14 +100,13 @@ class finding_tally {
   public:
     explicit finding_tally(size_t kept = 20) : limit_(kept) {}
     void add(const finding &f);
-    size_t errors() const { return errors_; }
-    size_t warnings() const { return warnings_; }
+    const finding_counts &counts() const { return counts_; }
     const std::vector<finding> &kept() const { return kept_; }
-    size_t not_kept() const { return errors_ + warnings_ - kept_.size(); }
-    bool passed(bool strict) const { return errors_ == 0 && (!strict || warnings_ == 0); }
+    size_t not_kept() const { return counts_.errors + counts_.warnings - kept_.size(); }
 
   private:
-    size_t limit_, errors_ = 0, warnings_ = 0;
+    size_t limit_;
+    finding_counts counts_;
     std::vector<finding> kept_;
 };
 
@@ -81,7 +141,6 @@ class json_object {
 
 /* Elements already in JSON form, as one array. */
 std::string json_array(const std::vector<std::string> &elements);
-std::string json_finding(const finding &f);
 
 /* A step's counts and findings as the members of a JSON object. */
 json_object json_step(const step_outcome &step);

@@ -12,8 +12,8 @@
 namespace isp_case {
 
 /* Exit statuses of every subcommand. */
-constexpr int exit_ok      = 0; /* replay: every operation returned 0; check: clean case */
-constexpr int exit_failed  = 1; /* an operation failed, problems found, a file not converted */
+constexpr int exit_ok      = 0; /* replay: every operation returned 0; check: no error */
+constexpr int exit_failed  = 1; /* an operation failed, errors found, a file not converted */
 constexpr int exit_usage   = 2; /* unknown option, bad value, missing argument */
 constexpr int exit_no_case = 3; /* no usable case: no such directory, or files that would stop
                                    the library before a replay could report anything */

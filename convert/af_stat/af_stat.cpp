@@ -15,3 +15,7 @@ int rtl_to_drv_af_stat_user_afs_drc(picojson::object &, _isp_af_stat_user_afs_dr
 int rtl_to_drv_af_stat_kernel_wr_addr(picojson::object &, _isp_af_stat_kernel_wr_addr_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_af_stat_kernel_afs_setup(picojson::object &, _isp_af_stat_kernel_afs_setup_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/af_stat/af_stat.def"
+#define ISP_DEF_BLOCK af_stat
+#include "convert/common/register_map_build.h"

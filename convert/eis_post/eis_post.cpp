@@ -7,3 +7,7 @@ int rtl_to_drv_eis_post_user_ctrl(picojson::object &, _isp_eis_post_user_ctrl_t 
 int rtl_to_drv_eis_post_user_setup(picojson::object &, _isp_eis_post_user_setup_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_eis_post_user_init(picojson::object &, _isp_eis_post_user_init_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/eis_post/eis_post.def"
+#define ISP_DEF_BLOCK eis_post
+#include "convert/common/register_map_build.h"

@@ -9,3 +9,7 @@ int rtl_to_drv_eis_pre_user_setup(picojson::object &, _isp_eis_pre_user_setup_t 
 int rtl_to_drv_eis_pre_user_ctrl(picojson::object &, _isp_eis_pre_user_ctrl_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_eis_pre_user_init(picojson::object &, _isp_eis_pre_user_init_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/eis_pre/eis_pre.def"
+#define ISP_DEF_BLOCK eis_pre
+#include "convert/common/register_map_build.h"

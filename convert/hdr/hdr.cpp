@@ -23,3 +23,7 @@ int rtl_to_drv_hdr_kernel_common(picojson::object &, _isp_hdr_kernel_common_t *,
 int rtl_to_drv_hdr_kernel_exposure(picojson::object &, _isp_hdr_kernel_exposure_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_hdr_exp_weight_lut_luma_low_high(picojson::object &, _isp_hdr_kernel_exposure_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/hdr/hdr.def"
+#define ISP_DEF_BLOCK hdr
+#include "convert/common/register_map_build.h"

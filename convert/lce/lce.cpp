@@ -23,3 +23,7 @@ int rtl_to_drv_lce_user_motion_setting(picojson::object &, _isp_lce_user_motion_
 int rtl_to_drv_lce_user_nr_coring_setting(picojson::object &, _isp_lce_user_nr_coring_setting_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_lce_user_desat_setting(picojson::object &, _isp_lce_user_desat_setting_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/lce/lce.def"
+#define ISP_DEF_BLOCK lce
+#include "convert/common/register_map_build.h"

@@ -13,3 +13,7 @@ int rtl_to_drv_pfd_user_ptn_related(picojson::object &, _isp_pfd_user_ptn_relate
 int rtl_to_drv_pfd_mesh_lut(picojson::object &, _isp_pfd_user_mesh_lut_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_pfd_mesh_thr(picojson::object &, _isp_pfd_user_mesh_thr_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/pfd/pfd.def"
+#define ISP_DEF_BLOCK pfd
+#include "convert/common/register_map_build.h"

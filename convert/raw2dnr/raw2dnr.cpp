@@ -15,3 +15,7 @@ int rtl_to_drv_raw2dnr_user_hfnr(picojson::object &, _isp_raw2dnr_user_hfnr_t *,
 int rtl_to_drv_raw2dnr_user_mfnr(picojson::object &, _isp_raw2dnr_user_mfnr_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_raw2dnr_user_np(picojson::object &, _isp_raw2dnr_user_np_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/raw2dnr/raw2dnr.def"
+#define ISP_DEF_BLOCK raw2dnr
+#include "convert/common/register_map_build.h"

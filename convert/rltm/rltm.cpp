@@ -21,3 +21,7 @@ int rtl_to_drv_rltm_user_low_freq(picojson::object &, _isp_rltm_user_low_freq_t 
 int rtl_to_drv_rltm_kernel_sync(picojson::object &, _isp_rltm_kernel_sync_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_rltm_user_lut(picojson::object &, _isp_rltm_user_lut_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/rltm/rltm.def"
+#define ISP_DEF_BLOCK rltm
+#include "convert/common/register_map_build.h"

@@ -25,3 +25,7 @@ int rtl_to_drv_y2dnr_user_luma_str(picojson::object &, _isp_y2dnr_user_luma_str_
 int rtl_to_drv_y2dnr_user_motion(picojson::object &, _isp_y2dnr_user_motion_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_y2dnr_user_dither(picojson::object &, _isp_y2dnr_user_dither_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/y2dnr/y2dnr.def"
+#define ISP_DEF_BLOCK y2dnr
+#include "convert/common/register_map_build.h"

@@ -23,3 +23,7 @@ int rtl_to_drv_yuv3dnr_user_part(picojson::object &, _isp_yuv3dnr_user_part_t *,
 int rtl_to_drv_yuv3dnr_user_dither(picojson::object &, _isp_yuv3dnr_user_dither_t *, uint8_t) { return 0; }
 
 int rtl_to_drv_yuv3dnr_user_init(picojson::object &, _isp_yuv3dnr_user_init_t *, uint8_t) { return 0; }
+
+#define ISP_DEF_FILE "convert/yuv3dnr/yuv3dnr.def"
+#define ISP_DEF_BLOCK yuv3dnr
+#include "convert/common/register_map_build.h"

@@ -47,6 +47,7 @@ foreach(file IN ITEMS
         "${LIBDIR}/cmake/isp_json/isp_json-config.cmake"
         "${LIBDIR}/cmake/isp_json/isp_json-config-version.cmake"
         "${LIBDIR}/cmake/isp_json/isp_json-targets.cmake"
+        "${LIBDIR}/cmake/isp_json/Findpicojson.cmake"
         "${LIBDIR}/pkgconfig/isp_json.pc" "${LIBDIR}/pkgconfig/isp_platform_sim.pc")
     if(NOT EXISTS "${prefix}/${file}")
         message(FATAL_ERROR "not installed: ${file}")
