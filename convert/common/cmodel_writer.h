@@ -18,7 +18,7 @@ namespace isp {
  * value already there and leaving every other key alone. Codes are taken zero-extended from
  * their member; the format does the sign interpretation. */
 class cmodel_writer {
-public:
+  public:
     explicit cmodel_writer(picojson::object &out) : out_(out) {}
 
     void value(const char *key, uint32_t code, const char *format) const {
@@ -51,11 +51,12 @@ public:
                const char *format) const {
         std::vector<std::vector<double>> values(rows);
         for (size_t r = 0; r < rows; ++r)
-            for (size_t c = 0; c < cols; ++c) values[r].push_back(decode(codes[r * cols + c], format));
+            for (size_t c = 0; c < cols; ++c)
+                values[r].push_back(decode(codes[r * cols + c], format));
         out_[key] = json::createArray2D<double>(values);
     }
 
-private:
+  private:
     static double decode(uint32_t code, const char *format) {
         return regval_to_float(static_cast<int32_t>(code), format);
     }
