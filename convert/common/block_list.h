@@ -7,7 +7,8 @@
 #define ISP_BLOCK_LIST(X)                                                                          \
     X(wbc)                                                                                         \
     X(blc)                                                                                         \
-    X(dpc) X(lsc) X(dem) X(clc) X(gamma) X(csc) X(hdrc) X(hidrc) X(hdr) X(raw2dnr) X(lce) X(rltm)  \
+    X(dpc)                                                                                         \
+    X(lsc) X(dem) X(clc) X(gamma) X(csc) X(hdrc) X(hidrc) X(hdr) X(raw2dnr) X(lce) X(rltm)         \
         X(dehaze) X(y2dnr) X(yuv3dnr) X(pfd) X(nrlite) X(ae_stat) X(awb_stat) X(af_stat) X(bl_det) \
             X(eis_pre) X(eis_post) X(ifa)
 
