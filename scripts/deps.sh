@@ -4,6 +4,7 @@
 #   scripts/deps.sh arm     the 32-bit ARM cross compiler and qemu-user
 #   scripts/deps.sh bench   Google Benchmark
 #   scripts/deps.sh fuzz    clang with its libFuzzer runtime
+#   scripts/deps.sh report  headless Chromium and a font, to render report pages
 set -euo pipefail
 
 packages=()
@@ -15,7 +16,8 @@ for task in "$@"; do
         bench) packages+=(libbenchmark-dev) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         valgrind) packages+=(valgrind) ;;
-        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind)" >&2; exit 2 ;;
+        report) packages+=(chromium fonts-dejavu-core) ;;
+        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind, report)" >&2; exit 2 ;;
     esac
 done
 

@@ -14,6 +14,7 @@
 #include "tools/export_case.h"
 #include "tools/replay.h"
 #include "tools/replay_report.h"
+#include "tools/report/report.h"
 #include "tools/settings.h"
 
 namespace {
@@ -152,7 +153,9 @@ struct command_line {
     std::vector<std::string> bypass;
     std::string dump_dir, log_level = "warning";
     export_settings exports;
+    report_settings report;
     CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr;
+    CLI::App *report_cmd = nullptr;
 };
 
 void add_replay(CLI::App &app, command_line &cl) {
@@ -209,6 +212,25 @@ void add_export(CLI::App &app, command_line &cl) {
     cmd.add_option("--out", e.out_dir, "Output directory (default: cmodel)")->type_name("DIR");
 }
 
+void add_report(CLI::App &app, command_line &cl) {
+    cl.report_cmd = app.add_subcommand(
+        "report", "Write one HTML page that shows and draws what a dumped replay programmed");
+    CLI::App &cmd      = *cl.report_cmd;
+    report_settings &r = cl.report;
+    cmd.footer(
+        "Exit status: 0 page written, 1 the page could not be written, 2 usage error, 3 a "
+        "dump that cannot be read or a frame it does not hold.");
+    cmd.add_option("DUMP", r.dump_dir, "Dump directory of 'isp-case replay --dump'")
+        ->required()
+        ->type_name("DIR");
+    cmd.add_option("--against", r.against_dir, "Another dump to compare with, side by side")
+        ->type_name("DIR");
+    cmd.add_option("-o,--out", r.out_file, "Page to write (default: report.html)")
+        ->type_name("FILE");
+    cmd.add_option("--frame", r.frame, "Frame shown beside init (default: the last one)")
+        ->check(CLI::Range(0, 1000000));
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -223,6 +245,7 @@ int main(int argc, char **argv) {
     add_replay(app, cl);
     add_check(app, cl);
     add_export(app, cl);
+    add_report(app, cl);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &e) {
@@ -230,5 +253,6 @@ int main(int argc, char **argv) {
     }
     if (cl.replay_cmd->parsed()) return run_replay(cl.replay, cl.bypass, cl.dump_dir, cl.log_level);
     if (cl.check_cmd->parsed()) return run_check(cl.check);
+    if (cl.report_cmd->parsed()) return run_report(cl.report);
     return run_export(cl.exports);
 }
