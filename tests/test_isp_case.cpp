@@ -523,4 +523,164 @@ TEST(IspCaseDump, RawFilesAreTheRecordedPushes) {
     EXPECT_EQ(first, "1 0 0 0 0 1 0 0 0 0 1 0 ");
 }
 
+/* A report page read as XML: every element's name, attributes and text (its own and its
+ * children's, entities left as written). Fails the test on a tag that does not nest. */
+struct page_element {
+    std::string name, text;
+    std::map<std::string, std::string> attributes;
+};
+
+std::vector<page_element> parse_page(const std::string &page) {
+    std::vector<page_element> done;
+    std::vector<page_element> open;
+    size_t at = page.find('<', page.find("<html"));
+    while (at != std::string::npos && at < page.size()) {
+        const size_t end = page.find('>', at);
+        if (end == std::string::npos) break;
+        std::string tag = page.substr(at + 1, end - at - 1);
+        if (tag[0] == '/') {
+            if (open.empty() || open.back().name != tag.substr(1)) {
+                ADD_FAILURE() << "</" << tag.substr(1) << "> closes "
+                              << (open.empty() ? "nothing" : open.back().name) << " at " << at;
+                return done;
+            }
+            done.push_back(open.back());
+            open.pop_back();
+            if (!open.empty()) open.back().text += done.back().text;
+        } else {
+            const bool empty = tag.back() == '/';
+            if (empty) tag.pop_back();
+            page_element e;
+            e.name = tag.substr(0, tag.find(' '));
+            for (size_t q = tag.find("=\""); q != std::string::npos; q = tag.find("=\"", q + 1)) {
+                const size_t name_at = tag.rfind(' ', q) + 1, value_end = tag.find('"', q + 2);
+                e.attributes[tag.substr(name_at, q - name_at)] =
+                    tag.substr(q + 2, value_end - q - 2);
+                q = value_end;
+            }
+            (empty ? done : open).push_back(e);
+        }
+        const size_t next = page.find('<', end);
+        if (!open.empty()) open.back().text += page.substr(end + 1, next - end - 1);
+        at = next;
+    }
+    EXPECT_TRUE(open.empty()) << open.size() << " elements left open";
+    return done;
+}
+
+std::vector<std::string> attribute_of_all(const std::vector<page_element> &elements,
+                                          const std::string &name, const std::string &attribute) {
+    std::vector<std::string> out;
+    for (const page_element &e : elements)
+        if (e.name == name && e.attributes.count(attribute))
+            out.push_back(e.attributes.at(attribute));
+    return out;
+}
+
+std::vector<std::string> texts_of(const std::vector<page_element> &elements,
+                                  const std::string &name) {
+    std::vector<std::string> out;
+    for (const page_element &e : elements)
+        if (e.name == name) out.push_back(e.text);
+    return out;
+}
+
+size_t count_of(const std::vector<std::string> &items, const std::string &item) {
+    return size_t(std::count(items.begin(), items.end(), item));
+}
+
+TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {
+    temp_dir dir;
+    ASSERT_EQ(run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + dir.path() + "/d").status,
+              0);
+    const tool_run run = run_tool(dir, "report " + dir.path() + "/d -o " + dir.path() + "/r.html");
+    ASSERT_EQ(run.status, 0) << run.out << run.err;
+    const std::string page = read_file(dir.path() + "/r.html");
+    EXPECT_LT(page.size(), 2u << 20);
+    for (const char *outside : {"http", "src=", "<script", "<link", "url(", "@import"})
+        EXPECT_EQ(page.find(outside), std::string::npos) << outside;
+
+    const std::vector<page_element> elements = parse_page(page);
+    const std::vector<std::string> sections  = attribute_of_all(elements, "section", "id");
+    EXPECT_EQ(sections,
+              (std::vector<std::string>{"summary", "pushes", "step-init", "step-frame1"}));
+    // every curve and mesh once in each step shown, as its own picture
+    const std::vector<std::string> pictures = attribute_of_all(elements, "svg", "aria-label");
+    for (const char *picture :
+         {"gamma curve (gamma lut#3)", "hdrc compression curve (hdrc hdrc_lut#3)",
+          "hidrc inverse-compression curve (hidrc hidrc_lut#2)",
+          "black-level linearisation (lin lin#3)", "black-level linearisation (blc c0 lin#3)",
+          "black-level linearisation (blc c1 lin#3)", "lsc gain mesh R", "lsc gain mesh Gr",
+          "lsc gain mesh Gb", "lsc gain mesh B", "lsc coord#2 locat (real)"})
+        EXPECT_EQ(count_of(pictures, picture), 2u) << picture;
+    const std::vector<std::string> labels = texts_of(elements, "text");
+    EXPECT_EQ(count_of(labels, "input: curve point (0-128, 128 = full scale)"), 2u);
+    EXPECT_EQ(count_of(labels, "input: curve point (0-256, 256 = full scale)"), 2u);
+    EXPECT_EQ(count_of(labels, "output code (20 bits, raw)"), 2u);
+    EXPECT_EQ(count_of(labels, "mesh column (0-18)"), 8u);
+    // lsc cell starts (y, x) of the 2x2 grid over 1920x1080, laid out like the partitions
+    for (const page_element &e : elements)
+        if (e.name == "svg" && e.attributes.at("aria-label") == "lsc coord#2 locat (real)") {
+            EXPECT_EQ(e.text,
+                      "lsc coord#2 locat (real)partition 00, 0partition 10, 960partition 2540, "
+                      "0partition 3540, 960");
+        }
+    // csc rows: Y sums to one, the chroma rows to zero
+    const std::vector<std::string> cells = texts_of(elements, "td");
+    EXPECT_GE(count_of(cells, "1"), 2u);
+    EXPECT_EQ(count_of(texts_of(elements, "caption"), "csc RGB to YUV matrix (real)"), 2u);
+}
+
+TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
+    temp_dir dir;
+    const std::string changed = copy_sample(dir);
+    // gamma points 64 and 65 (the pair of grp0 element 32) dropped to zero in every file
+    for (const char *frame : {"f0", "f1"})
+        for (int p = 0; p < 4; ++p) {
+            const std::string path =
+                changed + "/cfgs/" + frame + "/rtl_gamma_p" + std::to_string(p) + ".json";
+            picojson::object root  = isp_test::parse_object(read_file(path));
+            picojson::object &pair = root["isp_gamma"]
+                                         .get<picojson::object>()["grp0"]
+                                         .get<picojson::array>()[32]
+                                         .get<picojson::object>()["gam_lut"]
+                                         .get<picojson::object>();
+            pair["low"] = pair["high"] = picojson::value(0.0);
+            std::ofstream(path) << picojson::value(root).serialize();
+        }
+    ASSERT_EQ(run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + dir.path() + "/a").status,
+              0);
+    ASSERT_EQ(run_tool(dir, "replay " + changed + " --dump " + dir.path() + "/b").status, 0);
+    const tool_run run = run_tool(dir, "report " + dir.path() + "/a --against " + dir.path() +
+                                           "/b --frame 0 -o " + dir.path() + "/r.html");
+    ASSERT_EQ(run.status, 0) << run.out << run.err;
+    const std::vector<page_element> elements = parse_page(read_file(dir.path() + "/r.html"));
+
+    EXPECT_EQ(
+        attribute_of_all(elements, "section", "id"),
+        (std::vector<std::string>{"summary", "changes", "pushes", "step-init", "step-frame0"}));
+    // what changed: the curve alone, in each of the three steps; sRGB at 0.5 is 187.5 in u8.4
+    std::vector<std::string> rows;
+    for (const page_element &e : elements)
+        if (e.name == "tr" && e.text.find("gamma lut#3") != std::string::npos)
+            rows.push_back(e.text);
+    EXPECT_EQ(rows, (std::vector<std::string>{
+                        "initgamma lut#3lut2 of 129[64] 187.5 &#8594; 0 (real)",
+                        "frame 0gamma lut#3lut2 of 129[64] 187.5 &#8594; 0 (real)",
+                        "frame 1gamma lut#3lut2 of 129[64] 187.5 &#8594; 0 (real)"}));
+    // B's two points highlighted in the member tables of init and frame 0
+    EXPECT_EQ(texts_of(elements, "mark"), (std::vector<std::string>{"0", "0", "0", "0"}));
+    // the curve drawn twice, once per run, with a legend naming each
+    const std::string a_name = "A: " + dir.path() + "/a", b_name = "B: " + dir.path() + "/b";
+    size_t drawn = 0;
+    for (const page_element &e : elements)
+        if (e.name == "svg" && e.attributes.count("aria-label") &&
+            e.attributes.at("aria-label") == "gamma curve (gamma lut#3)")
+            drawn += e.text.find(a_name) != std::string::npos &&
+                     e.text.find(b_name) != std::string::npos;
+    EXPECT_EQ(drawn, 2u);
+    const std::vector<std::string> details = attribute_of_all(elements, "details", "open");
+    EXPECT_EQ(details.size(), 2u);  // the lut group of init and of frame 0, nothing else
+}
+
 }  // namespace

@@ -93,6 +93,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+std::string file_text(const fs::path &path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
 std::vector<double> words_of(const std::string &bytes, size_t first, size_t count) {
     std::vector<double> out;
     for (size_t i = 0; i < count && first + 4 * i + 4 <= bytes.size(); ++i) {
@@ -114,13 +121,29 @@ member_view raw_member(const std::string &name, std::vector<double> codes) {
 /* Groups without a C-model form: the tables that hold raw numbers, named as in their structures,
  * and any other structure as its 32-bit words. */
 std::vector<member_view> raw_members(const std::string &block, const std::string &group,
-                                     const std::string &bytes) {
+                                     const std::string &bytes, const fs::path &base) {
     if (block == "lsc" && group == "mesh") {
         /* four Bayer tables of 285 entries, one after the other */
         std::vector<member_view> out;
         const char *const names[4] = {"rr_mesh", "gr_mesh", "gb_mesh", "bb_mesh"};
         for (size_t t = 0; t < 4; ++t)
             out.push_back(raw_member(names[t], words_of(bytes, t * 285 * 4, 285)));
+        return out;
+    }
+    if (block == "clc" && group == "init") {
+        /* the clock enable byte, then two host addresses: the partition sizes they lead to are
+         * dumped beside the structure */
+        std::vector<member_view> out = {raw_member("manual_clk_en", {double(uint8_t(bytes[0]))})};
+        for (const char *sizes : {"part_size_h", "part_size_v"}) {
+            const std::string side = file_text(base.string() + "." + sizes + ".bin");
+            member_view m;
+            m.name          = sizes;
+            m.per_partition = true;
+            for (size_t i = 0; i + 2 <= side.size(); i += 2)
+                m.codes.push_back(uint8_t(side[i]) | uint8_t(side[i + 1]) << 8);
+            m.shape = {m.codes.size()};
+            out.push_back(std::move(m));
+        }
         return out;
     }
     if (group == "hdrc_lut" || group == "hidrc_lut")
@@ -147,13 +170,6 @@ std::vector<member_view> cmodel_members(const std::vector<picojson::object> &par
         out.push_back(std::move(m));
     }
     return out;
-}
-
-std::string file_text(const fs::path &path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
 }
 
 /* The numbered subdirectories "<prefix><N>" of dir, by N. */
@@ -208,7 +224,7 @@ void read_pushes(const fs::path &dir, const module_info &module, const std::stri
             partitions = std::max(partitions, part + 1);
         }
         p.members =
-            parts.empty() ? raw_members(module.block, p.group, bytes) : cmodel_members(parts);
+            parts.empty() ? raw_members(module.block, p.group, bytes, base) : cmodel_members(parts);
         out.pushes.push_back(std::move(p));
     }
 }
