@@ -282,10 +282,11 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
 /* ---- pushes of every step ----------------------------------------------------------------- */
 
 void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
-    out +=
-        "<section id=\"pushes\"><h2>Pushed groups</h2><p class=\"muted\">Per step and "
-        "module: group#command and size, per channel for the channelled modules.</p>"
-        "<table><tr><th>module</th>";
+    out += fmt::format(
+        "<section id=\"pushes\"><h2>Pushed groups</h2><details><summary>{} pushes in {} "
+        "steps: per step and module, group#command and size, per channel for the channelled "
+        "modules</summary><div><table><tr><th>module</th>",
+        a.pushes.size(), a.steps.size());
     for (const std::string &s : a.steps) out += "<th>" + escape(step_title(s)) + "</th>";
     out += "</tr>";
     std::vector<std::string> order = a.modules;
@@ -313,7 +314,7 @@ void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
         }
         out += "</tr>";
     }
-    out += "</table></section>";
+    out += "</table></div></details></section>";
 }
 
 /* ---- pictures ----------------------------------------------------------------------------- */
