@@ -1,24 +1,30 @@
 /* isp-case on the sample case and on broken copies of it: exit statuses, the reports, the C-model
  * files of export and the dump of a replay against what the simulated wrapper recorded. */
 
+#include <pwd.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
-#include <cstring>
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "convert/common/register_map.h"
 #include "isp_json.h"
 #include "isp_sim.h"
 #include "tests/support/test_support.h"
 #include "tools/case_layout.h"
 #include "tools/dump.h"
 #include "tools/file_probe.h"
+#include "tools/json_locations.h"
+#include "tools/lint.h"
 #include "tools/module_table.h"
 #include "tools/replay.h"
 #include "tools/settings.h"
@@ -171,82 +177,273 @@ TEST(IspCaseReplay, FilesThatWouldStopTheLibraryAreNamedBeforeAnythingRuns) {
     EXPECT_EQ(split_lines(run.err), expected);
 }
 
-TEST(IspCaseCheck, SampleCaseIsClean) {
+TEST(IspCaseCheck, SampleCaseIsCleanUnderStrict) {
     temp_dir dir;
-    const tool_run run = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR);
+    const tool_run run = run_tool(dir, "check --strict " ISP_SAMPLE_CASE_DIR);
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_TRUE(contains_line(run.out, "summary (224 files read)"));
     EXPECT_TRUE(contains_line(run.out, "  result: clean"));
 }
 
-TEST(IspCaseCheck, FindsEveryPlantedProblemAndExitsNonZero) {
-    temp_dir dir;
-    const std::string c = copy_sample(dir);
-    fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json");
-    fs::create_directory(c + "/cfgs/f3");
-    fs::remove(c + "/cfgs/f0/rtl_hdr_p0.json");
-    fs::create_directory(c + "/cfgs/f0/rtl_hdr_p0.json");
-    std::ofstream(c + "/cfgs/f0/rtl_gamma_p1.json")
-        << "{\n  \"isp_gamma\": {\n    \"gamma\": {\"mode\": 0,}\n  }\n}\n";
-    std::ofstream(c + "/cfgs/f0/rtl_csc_p0.json") << "[1, 2]\n";
-    std::ofstream(c + "/cfgs/f0/rtl_wbc_p3.json")
-        << "{\"isp_wbc\":\n {\"d_gain\": {\"val\": 1e999}}}\n";
-    remove_register(c + "/cfgs/f0/rtl_dem_p1.json", "isp_dem", "fc_cor1");
-    remove_register(c + "/cfgs/f1/rtl_lsc_p0.json", "isp_lsc", "gb_mesh");
-
-    const tool_run run = run_tool(dir, "check " + c);
-    ASSERT_EQ(run.status, 1) << run.out << run.err;
-    const std::string type_error = "\"type mismatch! call is<type>() before get<type>()\" && ";
-    const std::vector<std::pair<std::string, std::string>> expected = {
-        {c + "/cfgs/f2", "  missing frame directory: the frames after it are never read (cfgs/f3)"},
-        {c + "/cfgs/f0/rtl_hdr_p0.json", "  cannot read the file: a directory (read by hdr)"},
-        {c + "/cfgs/f1/rtl_lsc_p0.json",
-         "  rtl_to_drv_lsc_user_mesh (lsc) raises: " + type_error + "is<array>()"},
-        {c + "/cfgs/f0/rtl_wbc_p3.json",
-         "  number out of range (picojson raises overflow_error): line 2: 1e999 (read by wbc)"},
-        {c + "/cfgs/f1/rtl_wbc_p2.json", "  missing file (read by wbc)"},
-        {c + "/cfgs/f0/rtl_dem_p1.json", "  read json_obj failed: fc_cor1.limit (fcc)"},
-        {c + "/cfgs/f0/rtl_gamma_p1.json",
-         "  JSON does not parse: syntax error at line 3 near: } (read by gamma)"},
-        {c + "/cfgs/f0/rtl_csc_p0.json",
-         "  root is not an object: the root is an array (read by csc)"},
-    };
-    const std::vector<std::string> lines = split_lines(run.out);
-    for (const auto &[file, problem] : expected) {
-        auto at = std::find(lines.begin(), lines.end(), file);
-        ASSERT_NE(at, lines.end()) << file << "\n" << run.out;
-        ASSERT_NE(at + 1, lines.end());
-        EXPECT_EQ(*(at + 1), problem);
-    }
-    const std::vector<std::string> summary = {
-        "  problem                  files  count", "  missing frame directory  1      1",
-        "  missing file             1      1",     "  unreadable file          1      1",
-        "  JSON does not parse      1      1",     "  number out of range      1      1",
-        "  root is not an object    1      1",     "  field not read           1      4",
-        "  converter raises         1      1",     "  channel count rejected   0      0",
-        "  empty grid rejected      0      0",     "  result: 11 problems",
-    };
-    ASSERT_GE(lines.size(), summary.size());
-    EXPECT_EQ(std::vector<std::string>(lines.end() - long(summary.size()), lines.end()), summary);
+/* Replaces the first occurrence of from in a file. */
+void replace_in(const std::string &path, const std::string &from, const std::string &to) {
+    std::string text = read_file(path);
+    const size_t at  = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    std::ofstream(path) << text.replace(at, from.size(), to);
 }
 
-TEST(IspCaseCheck, RejectedChannelCountAndEmptyGrid) {
-    temp_dir dir;
-    const tool_run run = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --channels 7 --grid 0x2");
-    EXPECT_EQ(run.status, 1);
-    const std::vector<std::string> expected = {
-        "check of " ISP_SAMPLE_CASE_DIR ": grid 0x2, 7 channels, 2 frames, 34 modules",
-        "",
-        "settings",
-        "  channel count 7: bl_det, blc, dpc accept 0 to 6 channels",
-        "  grid 0x2 is empty: dpc, cc, dehaze report \"partition err!!!.\"",
-        "",
-        "summary (0 files read)",
+/* One broken copy of the sample case per kind of finding: the line that names it, and status 1
+ * under --strict. "C" in the expected line stands for the copy's directory. */
+TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
+    using plant            = std::function<void(const std::string &)>;
+    const std::string wbc0 = "/cfgs/f0/rtl_wbc_p0.json";
+    auto edit = [](const std::string &file, const std::string &from, const std::string &to) {
+        return plant([=](const std::string &c) { replace_in(c + file, from, to); });
     };
-    const std::vector<std::string> lines = split_lines(run.out);
-    ASSERT_GE(lines.size(), expected.size());
-    EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + long(expected.size())),
-              expected);
+    auto d_gain = [&](const std::string &value) {
+        return edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {\"val\": " + value + "}");
+    };
+    const plant nothing = [](const std::string &) {};
+    struct row {
+        plant broken;
+        std::string args, line;
+    };
+    const row rows[] = {
+        {edit(wbc0, "\"offset_in\": {\"val\": 0}", "\"offset_in\": {\"val\": \"12\"}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:4:26: error: wbc: offset_in.val (u14.6): expected a number, "
+         "got the string \"12\"; the field reads as 0 [type]"},
+        {edit(wbc0, "\"offset_out\": {\"val\": 0}", "\"offset_out\": {\"val\": null}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:5:27: error: wbc: offset_out.val (u14.6): expected a number, "
+         "got null; the field reads as 0 [type]"},
+        {edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:15: error: wbc: d_gain.val (u10.8): no \"val\" in "
+         "\"d_gain\"; the field reads as 0 [missing-field]"},
+        {d_gain("-5"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = -5 (u10.8): the format is "
+         "unsigned and the sign is dropped; the hardware gets 5 (0.01953125) [sign-dropped]"},
+        {d_gain("1048576"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1048576 (u10.8): wider than "
+         "u10.8 (18 bits), the register keeps the low 18 bits; the hardware gets 0 (0) "
+         "[too-wide]"},
+        {d_gain("100.5"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 100.5 (u10.8): the fraction "
+         "below one step is truncated to 100; the hardware gets 100 (0.390625) [truncated]"},
+        {d_gain("99999999999"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 99999999999 (u10.8): beyond "
+         "the 32-bit range, it saturates to 2147483647, wider than u10.8 (18 bits), the register "
+         "keeps the low 18 bits; the hardware gets 262143 (1023.99609375) [saturated]"},
+        {edit(wbc0, "\"d_gain\"", "\"d_gian\""), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:5: warning: unknown register \"d_gian\" in \"isp_wbc\": "
+         "ignored; did you mean \"d_gain\"? [unknown-key]"},
+        {edit(wbc0, "\"val1\": 256}", "\"val1\": 256, \"val2\": 3}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:7:44: warning: unknown field \"val2\" in \"wb_gain0\": "
+         "ignored; did you mean \"val0\"? [unknown-key]"},
+        {edit(wbc0, "\"val3\": 256}", "\"val3\": 256, \"val3\": 300}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:8:44: warning: wbc: key \"val3\" repeats in \"wb_gain2\": "
+         "picojson keeps the last value, 300 (line 8), and ignores 256 (line 8, column 31) "
+         "[duplicate-key]"},
+        {d_gain("300"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p3.json:6:23: warning: wbc: d_gain.val (u10.8) is not per partition "
+         "and the partitions disagree: p0 300, p1 256, p2 256, p3 256; only p3's 256 reaches the "
+         "hardware [partitions-disagree]"},
+        {[](const std::string &c) {
+             const std::string path = c + "/cfgs/f0/rtl_gamma_p1.json";
+             const std::string text = read_file(path);
+             std::ofstream(path) << "\xEF\xBB\xBF" << text;
+         },
+         "gamma",
+         "C/cfgs/f0/rtl_gamma_p1.json:1:1: error: gamma: the file starts with a UTF-8 byte-order "
+         "mark, which picojson does not accept: the library aborts [byte-order-mark]"},
+        {[](const std::string &c) { fs::create_directory(c + "/cfgs/f3"); }, "wbc",
+         "C/cfgs/f2: warning: missing frame directory: the frames after it are never read "
+         "(cfgs/f3) [frame-directory]"},
+        {nothing, "wbc --frames 4",
+         "settings: warning: 4 frames asked for and the case holds 2 (cfgs/f0 to cfgs/f1): "
+         "frames 2 to 3 replay cfgs/f1 again [frames]"},
+        {nothing, "wbc --grid 17x16",
+         "settings: warning: grid 17x16 has 272 partitions and the partition index is 8 bits "
+         "wide: partitions 256 to 271 read the files of p0 to p15 again [grid]"},
+        {nothing, "cc --grid 0x2",
+         "settings: error: grid 0x2 is empty: cc report \"partition err!!!.\" [grid]"},
+        {nothing, "blc,lin --channels 0",
+         "settings: error: channel count 0: blc creates no wrapper, and its deinit, which runs "
+         "before lin's, empties the block's wrapper slot: lin's wrapper is never destroyed "
+         "[module-order]"},
+        {nothing, "lin,blc",
+         "settings: error: lin runs before blc with 2 channels: blc takes lin's context (one "
+         "wrapper, then its frame index and flag) as its channel wrappers, and the wrapper calls "
+         "of channel 1 fail [module-order]"},
+        {nothing, "dpc --channels 7",
+         "settings: error: channel count 7: dpc accept 0 to 6 channels [channels]"},
+        {[](const std::string &c) { fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json"); }, "wbc",
+         "C/cfgs/f1/rtl_wbc_p2.json: error: wbc: missing file [missing-file]"},
+        {[](const std::string &c) {
+             fs::remove(c + "/cfgs/f0/rtl_hdr_p0.json");
+             fs::create_directory(c + "/cfgs/f0/rtl_hdr_p0.json");
+         },
+         "hdr",
+         "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a directory "
+         "[unreadable-file]"},
+        {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}", "\"mode\": 0,}"), "gamma",
+         "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line "
+         "3 near: }, [syntax]"},
+        {d_gain("1e999"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json: error: wbc: number out of range (picojson raises "
+         "overflow_error): line 6: 1e999 [number-out-of-range]"},
+        {[](const std::string &c) { std::ofstream(c + "/cfgs/f0/rtl_csc_p0.json") << "[1, 2]"; },
+         "csc",
+         "C/cfgs/f0/rtl_csc_p0.json:1:1: error: csc: root is not an object: the root is an "
+         "array [root-not-object]"},
+        {[](const std::string &c) {
+             remove_register(c + "/cfgs/f0/rtl_dem_p1.json", "isp_dem", "fc_cor1");
+         },
+         "fcc",
+         "C/cfgs/f0/rtl_dem_p1.json:1:12: error: fcc: fc_cor1.limit (u8.4): no \"fc_cor1\" "
+         "in \"isp_dem\"; the field reads as 0 [missing-field]"},
+        {[](const std::string &c) {
+             remove_register(c + "/cfgs/f1/rtl_lsc_p0.json", "isp_lsc", "gb_mesh");
+         },
+         "lsc",
+         "C/cfgs/f1/rtl_lsc_p0.json:1:12: error: lsc: gb_mesh (u32): no \"gb_mesh\" in "
+         "\"isp_lsc\"; the converter raises picojson's type error [missing-field]"},
+        {edit("/cfgs/f0/rtl_clc_p0.json", "\"matrix_list0\": {\"val0\": 256,",
+              "\"matrix_list0\": {\"val0\": 5000,"),
+         "cc",
+         "C/cfgs/f0/rtl_clc_p0.json:12:34: warning: cc: matrix_list[0].matrix_list0.val0 = 5000 "
+         "(s3.8): "
+         "beyond "
+         "-2048 to 2047 of s3.8, the code wraps; the hardware gets 904 (3.53125) [wrapped]"},
+    };
+    for (const row &r : rows) {
+        temp_dir dir;
+        const std::string c = copy_sample(dir);
+        r.broken(c);
+        const tool_run run = run_tool(dir, "check --strict " + c + " --modules " + r.args);
+        std::string line   = r.line;
+        if (line.rfind("C/", 0) == 0) line = c + line.substr(1);
+        EXPECT_EQ(run.status, 1) << line;
+        EXPECT_TRUE(contains_line(run.out, line)) << line << "\n" << run.out;
+    }
+}
+
+/* Warnings alone leave the status at 0 without --strict, in check and in replay; replay names
+ * them in its summary and does not call the run ok. */
+TEST(IspCaseCheck, WarningsFailOnlyUnderStrictAndJsonListsThem) {
+    temp_dir dir;
+    const std::string c = copy_sample(dir);
+    replace_in(c + "/cfgs/f0/rtl_wbc_p0.json", "\"d_gain\": {\"val\": 256}",
+               "\"d_gain\": {\"val\": -5}");
+    const tool_run check = run_tool(dir, "check --format json --modules wbc " + c);
+    ASSERT_EQ(check.status, 0) << check.out;
+    picojson::value doc;
+    ASSERT_EQ(picojson::parse(doc, check.out), "");
+    EXPECT_EQ(doc.get("files_read").get<double>(), 8.0); /* f0 and f1, four partitions each */
+    EXPECT_EQ(doc.get("errors").get<double>(), 0.0);
+    EXPECT_EQ(doc.get("warnings").get<double>(), 2.0); /* the value, and p0 against p1 to p3 */
+    const picojson::value &first = doc.get("findings").get<picojson::array>().at(0);
+    std::string escaped; /* picojson writes every slash as \/ */
+    for (char ch : c) escaped += ch == '/' ? std::string("\\/") : std::string(1, ch);
+    EXPECT_EQ(first.serialize(),
+              "{\"column\":23,\"field\":\"val\",\"file\":\"" + escaped +
+                  "\\/cfgs\\/f0\\/rtl_wbc_p0.json\",\"format\":\"u10.8\",\"hardware\":\"5 "
+                  "(0.01953125)\",\"kind\":\"sign-dropped\",\"line\":6,\"message\":\"d_gain.val "
+                  "= -5 (u10.8): the format is unsigned and the sign is dropped; the hardware "
+                  "gets 5 (0.01953125)\",\"module\":\"wbc\",\"register\":\"d_gain\","
+                  "\"severity\":\"warning\",\"value\":\"-5\"}");
+
+    const tool_run replay = run_tool(dir, "replay --modules wbc " + c);
+    EXPECT_EQ(replay.status, 0);
+    EXPECT_TRUE(contains_line(replay.out, "  findings    0 errors, 2 warnings"));
+    EXPECT_TRUE(contains_line(replay.out,
+                              "  result      not clean: 2 warnings, 0 converter lines; 1 modules, "
+                              "every operation returned 0 on 2 frames"));
+    const tool_run strict = run_tool(dir, "replay --strict --modules wbc " + c);
+    EXPECT_EQ(strict.status, 1);
+    EXPECT_TRUE(contains_line(strict.out, "  result      FAILED"));
+
+    /* a value that cannot be read fails the replay as it fails the check */
+    replace_in(c + "/cfgs/f0/rtl_wbc_p0.json", "-5", "\"12\"");
+    EXPECT_EQ(run_tool(dir, "replay --modules wbc " + c).status, 1);
+}
+
+/* The rows of a block drive the lint: a signed field, a register group read element by element
+ * and a table of raw numbers, on a map made up for the test. */
+TEST(IspCaseLint, RowsOfEveryShapeAgainstTheirFormats) {
+    using isp::read_kind;
+    const isp::field_row rows[] = {
+        {read_kind::field,
+         "g",
+         {"coeff", 0, 2, 2, true},
+         0,
+         1,
+         nullptr,
+         0,
+         "coeff",
+         "c0",
+         "s3.8",
+         nullptr,
+         nullptr},
+        {read_kind::group_each,
+         "g",
+         {"knee", 2, 2, 2, false},
+         0,
+         1,
+         "grp",
+         2,
+         "knee",
+         "x",
+         "u8.4",
+         nullptr,
+         nullptr},
+        {read_kind::table,
+         "g",
+         {"lut", 6, 2, 2, false},
+         0,
+         1,
+         nullptr,
+         3,
+         nullptr,
+         "lut",
+         "u10",
+         nullptr,
+         nullptr},
+    };
+    const isp::block_map map = {"test", "isp_test", nullptr, 0, rows, 3, nullptr, 0};
+    struct row {
+        std::string registers;
+        std::vector<std::string> lines;
+    };
+    const std::string ok_grp = R"("grp": [{"knee": {"x": 1}}, {"knee": {"x": 2}}])";
+    const row cases[]        = {
+               {R"("coeff": {"c0": 5000}, )" + ok_grp + R"(, "lut": [1, 2, 3])",
+                {"f:1:31: warning: t: coeff.c0 = 5000 (s3.8): beyond -2048 to 2047 of s3.8, the code "
+                        "wraps; the hardware gets 904 (3.53125) [wrapped]"}},
+               {R"("coeff": {"c0": -3000}, )" + ok_grp + R"(, "lut": [1, -5, 2000])",
+                {"f:1:31: warning: t: coeff.c0 = -3000 (s3.8): beyond -2048 to 2047 of s3.8, the code "
+                        "wraps; the hardware gets 3144 (-3.71875) [wrapped]",
+                 "f:1:99: warning: t: lut[1] = -5 (u10): negative, it reads as 0; the hardware gets 0 "
+                        "(and 1 more entry of this table) [sign-dropped]"}},
+               {R"("coeff": {"c0": -1}, "grp": [{"knee": {"x": 1}}], "lut": [1, "x", 3], "extra": 1)",
+                {"f:1:43: error: t: grp[1].knee.x (u8.4): \"grp\" has 1 element, none at index 1; the "
+                        "field reads as 0 [missing-field]",
+                 "f:1:76: error: t: lut[1] (u10): expected a number, got the string \"x\"; the "
+                        "converter raises picojson's type error [type]",
+                 "f:1:85: warning: unknown register \"extra\" in \"isp_test\": ignored [unknown-key]"}},
+    };
+    for (const row &c : cases) {
+        const isp_case::located_document doc =
+            isp_case::parse_located(std::string(R"({"isp_test": {)") + c.registers + "}}");
+        ASSERT_EQ(doc.error, "") << c.registers;
+        std::vector<std::string> raising;
+        std::vector<std::string> lines;
+        for (const isp_case::finding &f : isp_case::lint_rows(
+                 map, doc, "f", [](const char *) { return std::string("t"); }, nullptr, nullptr,
+                 &raising))
+            lines.push_back(isp_case::finding_line(f));
+        std::sort(lines.begin(), lines.end());
+        EXPECT_EQ(lines, c.lines) << c.registers;
+    }
 }
 
 TEST(IspCaseExport, WritesCModelFilesThatReadBack) {
@@ -465,62 +662,335 @@ TEST(IspCaseSample, GeneratorReproducesTheCommittedCase) {
     }
 }
 
-/* The dump of a replay holds, push by push, the bytes the simulated wrapper copied. */
-TEST(IspCaseDump, RawFilesAreTheRecordedPushes) {
+/* The dump of a replay holds, push by push, the bytes the simulated wrapper copied (with the
+ * host's pointers cleared) and every member decoded. */
+TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
     temp_dir dir;
     isp_case::replay_settings settings;
     settings.run.case_path = ISP_SAMPLE_CASE_DIR;
     settings.run.part_h = settings.run.part_v = 2;
     settings.run.channels                     = 2;
     settings.run.frames                       = 2;
-    settings.run.modules = {isp_case::find_module("wbc"), isp_case::find_module("cc")};
+    for (const char *name : {"wbc", "cc", "lsc", "gamma"})
+        settings.run.modules.push_back(isp_case::find_module(name));
     const isp_case::replay_result result = isp_case::replay(settings);
     ASSERT_FALSE(result.failed());
     const isp_case::dump_summary summary = isp_case::write_dump(dir.path(), settings, result);
     EXPECT_TRUE(summary.problems.empty());
-    EXPECT_EQ(summary.raw_files, 24u);  // 3 loads x (3 wbc + 3 cc groups + 2 size arrays)
-    EXPECT_EQ(summary.cmodel_files, 12u);
+    EXPECT_EQ(summary.pushes, 36u);     // 3 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups)
+    EXPECT_EQ(summary.raw_files, 42u);  // and the 2 size arrays of each cc init
+    EXPECT_EQ(summary.decoded_files, 36u);
+    EXPECT_EQ(summary.cmodel_files, 36u);  // lsc coord: one per partition; cc init, lsc mesh: none
 
-    std::vector<isp_sim::call> wbc, clc;
-    for (const isp_sim::call &c : isp_sim::calls_of("vin_hal_wrapper_setup")) {
-        if (!c.has_data) continue;
-        (isp_sim::wrapper(c.handle).block == "wbc" ? wbc : clc).push_back(c);
-    }
+    std::vector<isp_sim::call> wbc;
+    for (const isp_sim::call &c : isp_sim::calls_of("vin_hal_wrapper_setup"))
+        if (c.has_data && isp_sim::wrapper(c.handle).block == "wbc") wbc.push_back(c);
     const std::vector<std::string> wbc_files = {
         "init/wbc/cmd01_ctrl",   "init/wbc/cmd02_setup",   "init/wbc/cmd03_init",
         "frame0/wbc/cmd01_ctrl", "frame0/wbc/cmd02_setup", "frame0/wbc/cmd03_init",
         "frame1/wbc/cmd01_ctrl", "frame1/wbc/cmd02_setup", "frame1/wbc/cmd03_init"};
-    const std::vector<std::string> clc_files = {
-        "init/cc/cmd03_init",   "init/cc/cmd01_clc_setup",   "init/cc/cmd02_clc",
-        "frame0/cc/cmd03_init", "frame0/cc/cmd01_clc_setup", "frame0/cc/cmd02_clc",
-        "frame1/cc/cmd03_init", "frame1/cc/cmd01_clc_setup", "frame1/cc/cmd02_clc"};
     ASSERT_EQ(wbc.size(), wbc_files.size());
-    ASSERT_EQ(clc.size(), clc_files.size());
     for (size_t i = 0; i < wbc.size(); ++i) {
         const std::string bytes(wbc[i].payload.begin(), wbc[i].payload.end());
         EXPECT_EQ(read_file(dir.path() + "/" + wbc_files[i] + ".bin"), bytes) << wbc_files[i];
     }
-    for (size_t i = 0; i < clc.size(); ++i) {
-        const std::string bytes(clc[i].payload.begin(), clc[i].payload.end());
-        EXPECT_EQ(read_file(dir.path() + "/" + clc_files[i] + ".bin"), bytes) << clc_files[i];
-    }
-
     // d_gain 1.0 in u10.8, four gains 1.0 in u4.8, clip level 1023.0 in u14.6, little-endian
     const std::string ctrl("\x00\x01\x00\x00\x00\x01\x00\x01\x00\x01\x00\x01\xc0\xff\x00\x00", 16);
     EXPECT_EQ(read_file(dir.path() + "/frame1/wbc/cmd01_ctrl.bin"), ctrl);
-    EXPECT_EQ(read_json_file(dir.path() + "/frame1/wbc/cmd01_ctrl.json").serialize(),
-              R"({"clip_level":1023,"d_gain":1,"wb_gain":[1,1,1,1]})");
-    // the partition sizes behind the init group's pointers: 960 x 540 for each of 4 partitions
+    EXPECT_EQ(read_file(dir.path() + "/frame1/wbc/cmd01_ctrl.cmodel.json"),
+              "{\n  \"clip_level\": 1023,\n  \"d_gain\": 1,\n  \"wb_gain\": [\n    1,\n    1,\n"
+              "    1,\n    1\n  ]\n}\n\n");
+    // the colour-correction init group: clock bit 0, its two pointers cleared
+    EXPECT_EQ(read_file(dir.path() + "/frame0/cc/cmd03_init.bin"),
+              std::string(sizeof(_isp_clc_user_init_t), '\0'));
+    // the partition sizes behind them: 960 x 540 for each of 4 partitions
     EXPECT_EQ(read_file(dir.path() + "/init/cc/cmd03_init.part_size_h.bin"),
               std::string("\xc0\x03\xc0\x03\xc0\x03\xc0\x03", 8));
-    EXPECT_EQ(read_file(dir.path() + "/init/cc/cmd03_init.part_size_v.bin"),
-              std::string("\x1c\x02\x1c\x02\x1c\x02\x1c\x02", 8));
-    const picojson::value clc_cmodel = read_json_file(dir.path() + "/init/cc/cmd02_clc.json");
-    const picojson::array &matrices  = clc_cmodel.get("matrix_list").get<picojson::array>();
-    ASSERT_EQ(matrices.size(), 96u);
-    std::string first;
-    for (size_t i = 0; i < 12; ++i) first += matrices[i].serialize() + " ";
-    EXPECT_EQ(first, "1 0 0 0 0 1 0 0 0 0 1 0 ");
+
+    const unsigned ptr = sizeof(void *);
+    const struct {
+        std::string file, member, expected;
+    } members[] = {
+        {"init/wbc/cmd01_ctrl", "d_gain",
+         R"({"code":256,"count":1,"elem_size":4,"format":"u10.8","name":"d_gain","offset":0,)"
+         R"("per_partition":false,"pointer":false,"register":"isp_wbc.d_gain.val",)"
+         R"("signed":false,"value":1})"},
+        {"frame1/wbc/cmd01_ctrl", "wb_gain",
+         R"({"codes":[256,256,256,256],"count":4,"elem_size":2,"format":"u4.8","name":"wb_gain",)"
+         R"("offset":4,"per_partition":false,"pointer":false,)"
+         R"("register":"isp_wbc.wb_gain0.val0","signed":false,"values":[1,1,1,1]})"},
+        // only the grid's four partitions of the 256 elements
+        {"frame0/lsc/cmd01_setup", "img_size_h",
+         R"({"codes":[960,960,960,960],"count":256,"elem_size":2,"format":"u14",)"
+         R"("name":"img_size_h","offset":522,"per_partition":true,"pointer":false,)"
+         R"("register":"isp_lsc.img_size.h","signed":false,"values":[960,960,960,960]})"},
+        {"init/cc/cmd03_init", "part_size_v",
+         isp_test::format(
+             R"({"code":0,"count":1,"elem_size":%u,"format":"u14","name":"part_size_v",)"
+             R"("offset":%u,"per_partition":false,"pointer":true,"register":"isp_clc.part_size.v",)"
+             R"("signed":false,"target":{"codes":[540,540,540,540],"elem_size":2,)"
+             R"("per_partition":true}})",
+             ptr, 2 * ptr)},
+    };
+    for (const auto &row : members) {
+        const picojson::value decoded = read_json_file(dir.path() + "/" + row.file + ".json");
+        std::string found;
+        for (const picojson::value &m : decoded.get("members").get<picojson::array>())
+            if (m.get("name").to_str() == row.member) found = m.serialize();
+        EXPECT_EQ(found, row.expected) << row.file << " " << row.member;
+    }
+    // the gamma curve: 129 knots as the register file's grp0 pairs give them
+    const picojson::value lut = read_json_file(dir.path() + "/frame1/gamma/cmd03_lut.json");
+    EXPECT_EQ(lut.get("type").to_str(), "_isp_gamma_user_lut_t");
+    const picojson::array &codes =
+        lut.get("members").get<picojson::array>()[0].get("codes").get<picojson::array>();
+    ASSERT_EQ(codes.size(), 129u);
+    EXPECT_EQ(picojson::value(picojson::array(codes.begin(), codes.begin() + 5)).serialize(),
+              "[0,346,537,677,791]");
+
+    const picojson::value manifest = read_json_file(dir.path() + "/manifest.json");
+    const picojson::array &pushes  = manifest.get("pushes").get<picojson::array>();
+    ASSERT_EQ(pushes.size(), 36u);
+    EXPECT_EQ(
+        pushes[31].serialize(),  // the last load of lsc coord
+        R"({"block":"lsc","channel":0,"cmd":2,"files":{"bin":"frame1\/lsc\/cmd02_coord.bin",)"
+        R"("cmodel":["frame1\/lsc\/cmd02_coord.p0.cmodel.json","frame1\/lsc\/cmd02_coord.p1.cmodel.json",)"
+        R"("frame1\/lsc\/cmd02_coord.p2.cmodel.json","frame1\/lsc\/cmd02_coord.p3.cmodel.json"],)"
+        R"("json":"frame1\/lsc\/cmd02_coord.json","targets":[]},"group":"coord","module":"lsc",)"
+        R"("size":4108,"sources":[{"channel":0,"file":"cfgs\/f1\/rtl_lsc_p0.json","partition":0},)"
+        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p1.json","partition":1},)"
+        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p2.json","partition":2},)"
+        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p3.json","partition":3}],"step":"frame1",)"
+        R"("type":"_isp_lsc_user_coord_t"})");
+}
+
+/* A dump of the sample case, or of a copy of it, through the tool. */
+std::string dump_of(const temp_dir &dir, const std::string &name, const std::string &case_dir,
+                    const std::string &options = "") {
+    const std::string target = dir.path() + "/" + name;
+    const tool_run run = run_tool(dir, "replay " + case_dir + " --dump " + target + " " + options);
+    EXPECT_EQ(run.status, 0) << run.err;
+    return target;
+}
+
+std::map<std::string, std::string> files_under(const std::string &root) {
+    std::map<std::string, std::string> files;
+    for (const auto &entry : fs::recursive_directory_iterator(root))
+        if (entry.is_regular_file())
+            files[fs::relative(entry.path(), root).string()] = read_file(entry.path().string());
+    return files;
+}
+
+TEST(IspCaseDump, TwoDumpsOfTheSampleCaseAreIdenticalAndDecodeEveryPush) {
+    temp_dir dir;
+    const auto first  = files_under(dump_of(dir, "one", ISP_SAMPLE_CASE_DIR));
+    const auto second = files_under(dump_of(dir, "two", ISP_SAMPLE_CASE_DIR));
+    EXPECT_TRUE(first == second);
+    size_t pushes = 0;
+    for (const auto &[name, bytes] : first) {
+        if (name.size() < 4 || name.compare(name.size() - 4, 4, ".bin") != 0) continue;
+        if (name.find(".part_size_") != std::string::npos) continue;  // arrays behind pointers
+        ++pushes;
+        EXPECT_EQ(first.count(name.substr(0, name.size() - 4) + ".json"), 1u) << name;
+    }
+    EXPECT_EQ(pushes, 465u);
+    EXPECT_EQ(first.count("manifest.json"), 1u);
+}
+
+/* One register value changed, one module left out, a directory that is not a dump. */
+TEST(IspCaseDiff, NamesEveryDifferenceAndExitsByOutcome) {
+    temp_dir dir;
+    const std::string changed = copy_sample(dir);
+    for (int p = 0; p < 4; ++p) {
+        const std::string path = changed + "/cfgs/f1/rtl_wbc_p" + std::to_string(p) + ".json";
+        picojson::object root  = isp_test::parse_object(read_file(path));
+        root["isp_wbc"].get<picojson::object>()["d_gain"] =
+            picojson::value(picojson::object{{"val", picojson::value(512.0)}});
+        std::ofstream(path) << picojson::value(root).serialize();
+    }
+    std::string all_but_gamma;
+    for (const isp_case::module_info &m : isp_case::modules())
+        if (std::string(m.name) != "gamma")
+            all_but_gamma += std::string(all_but_gamma.empty() ? "" : ",") + m.name;
+    const std::string a = dump_of(dir, "a", ISP_SAMPLE_CASE_DIR);
+    const std::string b = dump_of(dir, "b", changed);
+    const std::string c = dump_of(dir, "c", ISP_SAMPLE_CASE_DIR, "--modules " + all_but_gamma);
+
+    const struct {
+        std::string args;
+        int status;
+        std::vector<std::string> lines; /* each on a line of its own in the output */
+    } cases[] = {
+        {a + " " + a,
+         0,
+         {"summary: 465 pushes in A, 465 in B; 0 differ (0 members or elements), 0 only in A, 0 "
+          "only in B",
+          "result: identical"}},
+        {a + " " + b,
+         1,
+         {"frame0", "  wbc", "    cmd01_ctrl d_gain: code 256 -> 512, value 1 -> 2", "frame1",
+          "summary: 465 pushes in A, 465 in B; 2 differ (2 members or elements), 0 only in A, 0 "
+          "only in B",
+          "result: different"}},
+        {a + " " + b + " --tolerance 1", 0, {"result: identical"}},
+        {a + " " + c,
+         1,
+         {"  gamma", "    only in A: cmd01_setup, cmd02_dither, cmd03_lut",
+          "summary: 465 pushes in A, 456 in B; 0 differ (0 members or elements), 9 only in A, 0 "
+          "only in B"}},
+    };
+    for (const auto &row : cases) {
+        const tool_run run = run_tool(dir, "diff " + row.args);
+        EXPECT_EQ(run.status, row.status) << row.args << "\n" << run.out << run.err;
+        for (const std::string &line : row.lines)
+            EXPECT_TRUE(contains_line(run.out, line)) << row.args << ": " << line << "\n"
+                                                      << run.out;
+    }
+    const tool_run json          = run_tool(dir, "diff " + a + " " + b + " --format json");
+    const picojson::value report = isp_test::parse_object(json.out)["differences"];
+    ASSERT_EQ(report.get<picojson::array>().size(), 2u) << json.out;
+    EXPECT_EQ(report.get<picojson::array>()[1].serialize(),
+              R"({"a":{"code":256,"value":1},"b":{"code":512,"value":2},"channel":0,"cmd":1,)"
+              R"("group":"ctrl","index":null,"kind":"member","member":"d_gain",)"
+              R"("module":"wbc","step":"frame1"})");
+
+    const tool_run not_a_dump = run_tool(dir, "diff " + a + " " + changed);
+    EXPECT_EQ(not_a_dump.status, 3);
+    EXPECT_EQ(not_a_dump.err, "isp-case diff: " + changed + "/manifest.json: cannot be read\n");
+}
+
+/* Runs the tool as a user that cannot write where root can: root drops to nobody in a child. */
+tool_run run_tool_unprivileged(const temp_dir &dir, const std::string &args) {
+    if (getuid() != 0) return run_tool(dir, args);
+    const struct passwd *nobody = getpwnam("nobody");
+    if (!nobody) return {};
+    fs::remove(dir.path() + "/tool.out"), fs::remove(dir.path() + "/tool.err");  // root's
+    const pid_t child = fork();
+    if (child == 0) {
+        if (setgid(nobody->pw_gid) != 0 || setuid(nobody->pw_uid) != 0) _exit(120);
+        _exit(run_tool(dir, args).status & 0xff);
+    }
+    int raw = 0;
+    waitpid(child, &raw, 0);
+    tool_run run;
+    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    run.out    = read_file(dir.path() + "/tool.out");
+    run.err    = read_file(dir.path() + "/tool.err");
+    return run;
+}
+
+/* Places the dump and the export cannot use: one line on standard error naming the place and
+ * the reason, nothing on standard output, nothing created. */
+TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
+    temp_dir dir;
+    const std::string file     = dir.write("a_file", "x");
+    const std::string occupied = dir.write("occupied/stale.bin", "old"),
+                      used     = dir.path() + "/occupied";
+    const std::string out      = dir.path() + "/out";
+    const struct {
+        std::string args;
+        int status;
+        std::string err;
+    } cases[] = {
+        {"replay " ISP_SAMPLE_CASE_DIR " --dump " + file, 1,
+         "isp-case replay: " + file + ": not a directory\n"},
+        {"replay " ISP_SAMPLE_CASE_DIR " --dump " + used, 1,
+         "isp-case replay: " + used + ": not empty (--force replaces its contents)\n"},
+        {"export " ISP_SAMPLE_CASE_DIR " --frame 0 --partition 0 --out " + file, 1,
+         "isp-case export: " + file + ": not a directory\n"},
+        {"export " ISP_SAMPLE_CASE_DIR " --frame 5 --partition 0 --out " + out, 3,
+         "isp-case export: no frame directory cfgs/f5\n"},
+    };
+    for (const auto &row : cases) {
+        const tool_run run = run_tool(dir, row.args);
+        EXPECT_EQ(run.status, row.status) << row.args;
+        EXPECT_EQ(run.err, row.err) << row.args;
+        EXPECT_TRUE(run.out.empty()) << row.args;
+    }
+    EXPECT_FALSE(fs::exists(out));
+    EXPECT_EQ(read_file(occupied), "old");
+
+    const tool_run forced =
+        run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + used + " --force");
+    EXPECT_EQ(forced.status, 0) << forced.err;
+    EXPECT_FALSE(fs::exists(occupied));
+    EXPECT_TRUE(fs::exists(used + "/manifest.json"));
+
+    // a directory only its owner may write: root's, seen by nobody; the tool's output files go
+    // into the test directory, which everyone may write
+    const std::string locked = dir.mkdir("locked");
+    fs::permissions(dir.path(), fs::perms::all);
+    fs::permissions(locked, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                                fs::perms::others_read | fs::perms::others_exec);
+    if (getuid() != 0) fs::permissions(locked, fs::perms::owner_write, fs::perm_options::remove);
+    const struct {
+        std::string args, err;
+    } unwritable[] = {
+        {"replay " ISP_SAMPLE_CASE_DIR " --dump " + locked + "/dump",
+         "isp-case replay: " + locked + "/dump: cannot create it: Permission denied\n"},
+        {"export " ISP_SAMPLE_CASE_DIR " --frame 0 --partition 0 --out " + locked,
+         "isp-case export: " + locked + ": cannot write into it: Permission denied\n"},
+    };
+    for (const auto &row : unwritable) {
+        const tool_run run = run_tool_unprivileged(dir, row.args);
+        if (run.status == 120 || run.status == 126 || run.status == 127)
+            GTEST_SKIP() << "the tool cannot be run as an unprivileged user here";
+        EXPECT_EQ(run.status, 1) << row.args;
+        EXPECT_EQ(run.err, row.err) << row.args;
+        EXPECT_TRUE(run.out.empty()) << row.args;
+    }
+    EXPECT_TRUE(fs::is_empty(locked));
+}
+
+/* A member's format and register path come from the first row that writes into it, whatever the
+ * row's kind; a sub-member of a per-partition record is not confused with its neighbour. */
+TEST(IspCaseDecode, FirstRowLandingInAMemberGivesItsFormatAndPath) {
+    using isp::read_kind;
+    const isp::member_desc members[] = {
+        {"gain", 0, 1, 4, 4, false, false, false},
+        {"lut", 4, 4, 2, 2, false, false, false},
+        {"locat.y", 12, 256, 4, 2, false, true, false},
+        {"locat.x", 14, 256, 4, 2, false, true, false},
+        {"curve", 1036, 3, 2, 2, true, false, false},
+        {"unread", 1042, 1, 2, 2, false, false, false},
+    };
+    const isp::struct_desc type = {"_isp_blk_user_grp_t", "grp", 1044, members, 6};
+    auto row = [](read_kind kind, const char *group, uint32_t offset, uint32_t element,
+                  const char *array, uint32_t index, const char *reg, const char *field,
+                  const char *format) {
+        return isp::field_row{kind,    group,   {"m", offset, 2, 2, false},
+                              element, 1,       array,
+                              index,   reg,     field,
+                              format,  nullptr, nullptr};
+    };
+    const isp::field_row rows[] = {
+        row(read_kind::field, "other", 0, 0, nullptr, 0, "gain", "val", "u9"),  // another group
+        row(read_kind::hand_begin, "grp", 0, 0, nullptr, 0, nullptr, nullptr, nullptr),
+        row(read_kind::field, "grp", 0, 0, nullptr, 0, "gain", "val", "u10.8"),
+        row(read_kind::hand_end, "grp", 0, 0, nullptr, 0, nullptr, nullptr, nullptr),
+        row(read_kind::group_each, "grp", 4, 0, "grp0", 4, "lut", "low", "u12"),
+        row(read_kind::field, "grp", 14, isp::part_element, nullptr, 0, "locat", "x", "u13"),
+        row(read_kind::group_field, "grp", 12, isp::part_element, "win", 3, "locat", "y", "u11"),
+        row(read_kind::table, "grp", 1036, 0, nullptr, 3, "curve", "knots", "s8.4"),
+    };
+    const isp::block_map map = {"blk", "isp_blk", &type, 1, rows, 8, nullptr, 0};
+    const struct {
+        const char *member, *format, *path;
+    } expected[] = {
+        {"gain", "u10.8", "isp_blk.gain.val"},
+        {"lut", "u12", "isp_blk.grp0[0..3].lut.low"},
+        {"locat.y", "u11", "isp_blk.win[3].locat.y"},
+        {"locat.x", "u13", "isp_blk.locat.x"},
+        {"curve", "s8.4", "isp_blk.curve.knots[0..2]"},
+        {"unread", nullptr, nullptr},
+    };
+    for (size_t i = 0; i < 6; ++i) {
+        const isp::field_row *found = isp::member_row(map, type, members[i]);
+        EXPECT_STREQ(isp::member_format(map, type, members[i]), expected[i].format) << i;
+        EXPECT_EQ(found ? isp::register_path(map, *found) : "",
+                  expected[i].path ? expected[i].path : "")
+            << expected[i].member;
+    }
 }
 
 /* A report page read as XML: every element's name, attributes and text (its own and its
@@ -601,34 +1071,59 @@ TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {
         EXPECT_EQ(page.find(outside), std::string::npos) << outside;
 
     const std::vector<page_element> elements = parse_page(page);
-    const std::vector<std::string> sections  = attribute_of_all(elements, "section", "id");
-    EXPECT_EQ(sections,
+    EXPECT_EQ(attribute_of_all(elements, "section", "id"),
               (std::vector<std::string>{"summary", "pushes", "step-init", "step-frame1"}));
-    // every curve and mesh once in each step shown, as its own picture
+    // the summary from the manifest
+    std::vector<std::string> facts;
+    for (const page_element &e : elements)
+        if (e.name == "tr" && e.text.rfind("grid", 0) == 0) facts.push_back(e.text);
+    EXPECT_EQ(facts, (std::vector<std::string>{"grid2x2 (4 partitions)"}));
+    EXPECT_EQ(
+        count_of(texts_of(elements, "p"), "Failures and warnings: none recorded in the manifest."),
+        1u);
+
+    // every curve and mesh once in each step shown, and partition grids laid out by the grid
     const std::vector<std::string> pictures = attribute_of_all(elements, "svg", "aria-label");
     for (const char *picture :
          {"gamma curve (gamma lut#3)", "hdrc compression curve (hdrc hdrc_lut#3)",
           "hidrc inverse-compression curve (hidrc hidrc_lut#2)",
-          "black-level linearisation (lin lin#3)", "black-level linearisation (blc c0 lin#3)",
-          "black-level linearisation (blc c1 lin#3)", "lsc gain mesh R", "lsc gain mesh Gr",
-          "lsc gain mesh Gb", "lsc gain mesh B", "lsc coord#2 locat (real)"})
+          "black-level linearisation (lin lin#3)", "black-level linearisation (blc c1 lin#3)",
+          "lsc gain mesh R", "lsc gain mesh B", "lsc coord#2 locat.x (u10)",
+          "ae_stat init#1 wr_addr0 (code)"})
         EXPECT_EQ(count_of(pictures, picture), 2u) << picture;
-    const std::vector<std::string> labels = texts_of(elements, "text");
-    EXPECT_EQ(count_of(labels, "input: curve point (0-128, 128 = full scale)"), 2u);
-    EXPECT_EQ(count_of(labels, "input: curve point (0-256, 256 = full scale)"), 2u);
-    EXPECT_EQ(count_of(labels, "output code (20 bits, raw)"), 2u);
-    EXPECT_EQ(count_of(labels, "mesh column (0-18)"), 8u);
-    // lsc cell starts (y, x) of the 2x2 grid over 1920x1080, laid out like the partitions
+    std::map<std::string, std::string> text_of;
     for (const page_element &e : elements)
-        if (e.name == "svg" && e.attributes.at("aria-label") == "lsc coord#2 locat (real)") {
-            EXPECT_EQ(e.text,
-                      "lsc coord#2 locat (real)partition 00, 0partition 10, 960partition 2540, "
-                      "0partition 3540, 960");
-        }
-    // csc rows: Y sums to one, the chroma rows to zero
-    const std::vector<std::string> cells = texts_of(elements, "td");
-    EXPECT_GE(count_of(cells, "1"), 2u);
-    EXPECT_EQ(count_of(texts_of(elements, "caption"), "csc RGB to YUV matrix (real)"), 2u);
+        if (e.name == "svg") text_of[e.attributes.at("aria-label")] = e.text;
+    // 1920x1080 in 2x2: partitions 1 and 3 start at column 960; the colour-correction sizes
+    // come from the arrays behind its pointers
+    EXPECT_EQ(text_of["lsc coord#2 locat.x (u10)"],
+              "lsc coord#2 locat.x (u10)partition 00partition 1960partition 20partition 3960");
+    EXPECT_EQ(text_of["cc init#3 part_size_v (u14)"],
+              "cc init#3 part_size_v (u14)partition 0540partition 1540partition 2540partition "
+              "3540");
+    // the compression curve unpacked to 16-bit entries: its axis ends at 60k, not at 4G
+    const std::string &hdrc = text_of["hdrc compression curve (hdrc hdrc_lut#3)"];
+    EXPECT_NE(hdrc.find("20k40k60kinput: curve point (0-256, 256 = full scale)output, real "
+                        "value (u16)"),
+              std::string::npos)
+        << hdrc;
+    EXPECT_NE(text_of["gamma curve (gamma lut#3)"].find("output, real value (u8.4)"),
+              std::string::npos);
+    // the meshes hold plain numbers: codes, and the heat map says so
+    const std::string &mesh = text_of["lsc gain mesh R"];
+    EXPECT_NE(mesh.find("row 0, column 0: 6522"), std::string::npos);
+    EXPECT_EQ(mesh.substr(mesh.size() - 4), "code");
+    EXPECT_EQ(count_of(texts_of(elements, "caption"), "csc RGB to YUV matrix (s2.10)"), 2u);
+
+    // member tables: a member of a block without register rows shows its code only
+    std::vector<std::string> rows;
+    for (const page_element &e : elements)
+        if (e.name == "tr" && (e.text.rfind("reservednoneno register row", 0) == 0 ||
+                               e.text.rfind("d_gainu10.8", 0) == 0))
+            rows.push_back(e.text);
+    ASSERT_GE(rows.size(), 2u);
+    EXPECT_EQ(rows.front(), "reservednoneno register row0-");
+    EXPECT_EQ(count_of(rows, "d_gainu10.8isp_wbc.d_gain.val2561"), 2u);
 }
 
 TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
@@ -665,11 +1160,11 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
         if (e.name == "tr" && e.text.find("gamma lut#3") != std::string::npos)
             rows.push_back(e.text);
     EXPECT_EQ(rows, (std::vector<std::string>{
-                        "initgamma lut#3lut2 of 129[64] 187.5 &#8594; 0 (real)",
-                        "frame 0gamma lut#3lut2 of 129[64] 187.5 &#8594; 0 (real)",
-                        "frame 1gamma lut#3lut2 of 129[64] 187.5 &#8594; 0 (real)"}));
-    // B's two points highlighted in the member tables of init and frame 0
-    EXPECT_EQ(texts_of(elements, "mark"), (std::vector<std::string>{"0", "0", "0", "0"}));
+                        "initgamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
+                        "frame 0gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
+                        "frame 1gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
+    // B's two points, code and real value, highlighted in the member tables of init and frame 0
+    EXPECT_EQ(texts_of(elements, "mark"), std::vector<std::string>(8, "0"));
     // the curve drawn twice, once per run, with a legend naming each
     const std::string a_name = "A: " + dir.path() + "/a", b_name = "B: " + dir.path() + "/b";
     size_t drawn = 0;

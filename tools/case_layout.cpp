@@ -100,11 +100,12 @@ std::vector<int> frames_stepped(const std::string &case_path, int loads, int cha
 std::vector<planned_file> plan_reads(const run_settings &settings) {
     std::vector<planned_file> plan;
     std::map<std::string, size_t> index_of;
-    auto read = [&](const module_info &module, const std::string &relative, int partition) {
+    auto read = [&](const module_info &module, const std::string &relative, int partition,
+                    int frame, int channel) {
         auto it = index_of.find(relative);
         if (it == index_of.end()) {
             index_of[relative] = plan.size();
-            plan.push_back({relative, partition, {&module}});
+            plan.push_back({relative, partition, frame, channel, {&module}});
             return;
         }
         std::vector<const module_info *> &readers = plan[it->second].readers;
@@ -118,7 +119,7 @@ std::vector<planned_file> plan_reads(const run_settings &settings) {
     for (const module_info *module : settings.modules) {
         if (module->kind == file_kind::pattern) {
             for (int p = 0; p < partitions; ++p)
-                read(*module, relative_file(*module, 0, p % 256, 0), p % 256);
+                read(*module, relative_file(*module, 0, p % 256, 0), p % 256, -1, 0);
             continue;
         }
         int channels = 1;
@@ -130,7 +131,7 @@ std::vector<planned_file> plan_reads(const run_settings &settings) {
         for (size_t i = 0; i < frames.size(); ++i)
             for (int p = 0; p < partitions; ++p)
                 read(*module, relative_file(*module, frames[i], p % 256, int(i) % channels),
-                     p % 256);
+                     p % 256, frames[i], int(i) % channels);
     }
     return plan;
 }

@@ -39,6 +39,8 @@ void default_grid(int partitions, int &part_h, int &part_v);
 struct planned_file {
     std::string relative; /* "cfgs/f0/rtl_wbc_p0.json" */
     int partition = 0;
+    int frame     = -1; /* -1 for pattern files, which every load reads */
+    int channel   = 0;
     std::vector<const module_info *> readers;
 };
 

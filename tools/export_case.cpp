@@ -11,6 +11,7 @@
 #include "tools/case_layout.h"
 #include "tools/file_probe.h"
 #include "tools/module_table.h"
+#include "tools/output_dir.h"
 #include "tools/stderr_capture.h"
 
 namespace isp_case {
@@ -49,9 +50,14 @@ void export_block(const export_settings &settings, const std::string &block,
             fmt::format("{}/{}_{}.json", settings.out_dir, block, group->name);
         std::vector<std::string> messages;
         try {
-            write_json_file(target, convert_and_export(*group, probe.root.get<picojson::object>(),
-                                                       uint8_t(settings.partition), messages));
-            result.written.push_back(target);
+            std::string error;
+            if (write_json_checked(target,
+                                   convert_and_export(*group, probe.root.get<picojson::object>(),
+                                                      uint8_t(settings.partition), messages),
+                                   error))
+                result.written.push_back(target);
+            else
+                result.errors.push_back(target + ": " + error);
         } catch (const std::exception &e) {
             result.errors.push_back(
                 fmt::format("{}: {} raises: {}", path, group->converter, e.what()));
@@ -74,10 +80,15 @@ std::string block_file(const std::string &block, int frame, int partition, int c
 
 export_result export_case(const export_settings &settings) {
     export_result result;
-    std::error_code error;
-    std::filesystem::create_directories(settings.out_dir, error);
-    if (!is_directory(settings.out_dir)) {
-        result.errors.push_back(settings.out_dir + ": cannot create the output directory");
+    const std::string frame_dir = "cfgs/f" + std::to_string(settings.frame);
+    if (!is_directory(join_path(settings.case_path, frame_dir))) {
+        result.refused  = "no frame directory " + frame_dir;
+        result.no_frame = true;
+        return result;
+    }
+    const std::string problem = prepare_output_dir(settings.out_dir, existing_contents::keep);
+    if (!problem.empty()) {
+        result.refused = settings.out_dir + ": " + problem;
         return result;
     }
     for (const std::string &block : exporting_blocks()) export_block(settings, block, result);

@@ -18,13 +18,19 @@ struct export_settings {
 };
 
 struct export_result {
+    /* Set when nothing could be exported, with no file created: "no frame directory cfgs/f5",
+     * or the output directory and why it cannot be written. */
+    std::string refused;
+    bool no_frame = false;             /* refused for want of the frame directory */
     std::vector<std::string> written;  /* C-model files, in writing order */
     std::vector<std::string> warnings; /* fields the converters could not read */
     std::vector<std::string> errors;   /* register files that cannot be converted */
 };
 
 /* Writes <out_dir>/<block>_<group>.json for every group that has an exporter; a register file
- * that is missing or malformed is reported and its block skipped. */
+ * that is missing or malformed is reported and its block skipped, and so is a file that cannot
+ * be written. A missing frame directory or an output directory that cannot be written refuses
+ * the export before anything is created. */
 export_result export_case(const export_settings &settings);
 void print_export(std::FILE *out, const export_settings &settings, const export_result &result);
 

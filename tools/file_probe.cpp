@@ -30,6 +30,8 @@ bool in_number(char c) {
     return starts_number(c) || c == '+' || c == '.' || c == 'e' || c == 'E';
 }
 
+}  // namespace
+
 /* The first number outside strings whose value does not fit a double, with its line. */
 std::string locate_non_finite(const std::string &text) {
     int line    = 1;
@@ -59,9 +61,7 @@ std::string locate_non_finite(const std::string &text) {
     return "";
 }
 
-}  // namespace
-
-probed_file probe_file(const std::string &path) {
+probed_file read_text(const std::string &path, std::string &text) {
     probed_file probe;
     struct stat st;
     if (stat(path.c_str(), &st) != 0) {
@@ -77,7 +77,14 @@ probed_file probe_file(const std::string &path) {
         probe.detail = S_ISDIR(st.st_mode) ? "a directory" : "cannot be opened for reading";
         return probe;
     }
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return probe;
+}
+
+probed_file probe_file(const std::string &path) {
+    std::string text;
+    probed_file probe = read_text(path, text);
+    if (probe.state != file_state::ok) return probe;
     std::string error;
     try {
         picojson::parse(probe.root, text.begin(), text.end(), &error);

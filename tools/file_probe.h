@@ -26,6 +26,13 @@ struct probed_file {
 
 probed_file probe_file(const std::string &path);
 
+/* "line N: TOKEN" for the first number outside strings that does not fit a double. */
+std::string locate_non_finite(const std::string &text);
+
+/* Reads a file's bytes as the library's file reader would get them; missing and unreadable
+ * files leave text empty and say why in the probe (whose root stays null). */
+probed_file read_text(const std::string &path, std::string &text);
+
 /* A one-line description of a probe that is not ok, e.g. "JSON does not parse: syntax error at
  * line 3 near: ...". */
 std::string describe(const probed_file &probe);

@@ -10,8 +10,10 @@
 #include <fmt/core.h>
 
 #include "tools/check.h"
+#include "tools/diff.h"
 #include "tools/dump.h"
 #include "tools/export_case.h"
+#include "tools/output_dir.h"
 #include "tools/replay.h"
 #include "tools/replay_report.h"
 #include "tools/report/report.h"
@@ -23,9 +25,11 @@ using namespace isp_case;
 
 const char *const k_exit_statuses =
     "Exit status: 0 success (replay: every operation returned 0; check: a clean case; export: "
-    "every C-model file written), 1 failure (an operation failed or raised, the platform saw a "
-    "leak, problems found, a register file not converted), 2 usage error, 3 no usable case (no "
-    "such directory, or files that would stop the library).";
+    "every C-model file written; diff: identical dumps), 1 failure (an operation failed or "
+    "raised, the platform saw a leak, errors found or warnings under --strict, a register file "
+    "not converted, a file not written; diff: the dumps differ), 2 usage error, 3 no usable case "
+    "or dump (no such directory or frame, files that would stop the library, a dump that cannot "
+    "be read).";
 
 /* only the progress of long replays is worth a line that keeps rewriting itself */
 const int k_progress_frames = 10;
@@ -98,43 +102,62 @@ bool settings_or_report(const case_flags &flags, const char *command, run_settin
 }
 
 int run_replay(const case_flags &flags, const std::vector<std::string> &bypass,
-               const std::string &dump_dir, const std::string &log_level) {
+               const std::string &dump_dir, bool force, const std::string &log_level,
+               bool strict) {
     replay_settings settings;
     case_contents contents;
     if (!settings_or_report(flags, "replay", settings.run, contents)) return exit_no_case;
     for (const std::string &name : bypass) settings.bypass.push_back(find_module(name));
 
-    const std::vector<problem> blockers = replay_blockers(settings.run);
+    /* the pre-flight: the check's own lint, so that check and replay never disagree */
+    const lint_result lint = lint_case(settings.run, contents);
+    std::vector<finding> blockers;
+    for (const finding &f : lint.findings)
+        if (stops_library(f)) blockers.push_back(f);
     if (!blockers.empty()) {
         fmt::print(stderr, "isp-case replay: {} file(s) of {} would stop the library:\n",
                    blockers.size(), settings.run.case_path);
-        for (const problem &p : blockers) fmt::print(stderr, "  {}: {}\n", p.where, p.text);
+        for (const finding &f : blockers) fmt::print(stderr, "  {}: {}\n", f.file, f.message);
         fmt::print(stderr, "run 'isp-case check {}' for every problem of the case\n",
                    settings.run.case_path);
         return exit_no_case;
     }
+    if (!dump_dir.empty()) {
+        const std::string problem = prepare_output_dir(
+            dump_dir, force ? existing_contents::replace : existing_contents::refuse);
+        if (!problem.empty()) {
+            fmt::print(stderr, "isp-case replay: {}: {}\n", dump_dir, problem);
+            return exit_failed;
+        }
+    }
 
-    settings.progress          = isatty(STDERR_FILENO) && settings.run.frames >= k_progress_frames;
-    const replay_result result = replay(settings);
+    settings.progress    = isatty(STDERR_FILENO) && settings.run.frames >= k_progress_frames;
+    replay_result result = replay(settings);
+    result.findings      = lint.findings;
+    result.strict        = strict;
     print_replay(stdout, settings, result, parse_log_level(log_level));
     bool failed = result.failed();
     if (!dump_dir.empty()) {
         const dump_summary dump = write_dump(dump_dir, settings, result);
-        fmt::print("  dump        {} raw files, {} C-model files under {}\n", dump.raw_files,
-                   dump.cmodel_files, dump_dir);
-        for (const std::string &p : dump.problems) fmt::print("  dump        {}\n", p);
+        fmt::print("  dump        {} pushes: {} raw, {} decoded and {} C-model files under {}\n",
+                   dump.pushes, dump.raw_files, dump.decoded_files, dump.cmodel_files, dump_dir);
+        for (const std::string &p : dump.problems) fmt::print(stderr, "isp-case replay: {}\n", p);
         failed = failed || !dump.problems.empty();
     }
     return failed ? exit_failed : exit_ok;
 }
 
-int run_check(const case_flags &flags) {
+int run_check(const case_flags &flags, bool strict, const std::string &format) {
     run_settings settings;
     case_contents contents;
     if (!settings_or_report(flags, "check", settings, contents)) return exit_no_case;
     const check_result result = check_case(settings, contents);
-    print_check(stdout, settings, result);
-    return result.problems.empty() ? exit_ok : exit_failed;
+    if (format == "json")
+        print_check_json(stdout, settings, result);
+    else
+        print_check(stdout, settings, result);
+    const finding_counts counts = count_findings(result.findings);
+    return counts.errors > 0 || (strict && counts.warnings > 0) ? exit_failed : exit_ok;
 }
 
 int run_export(const export_settings &settings) {
@@ -143,6 +166,10 @@ int run_export(const export_settings &settings) {
         return exit_no_case;
     }
     const export_result result = export_case(settings);
+    if (!result.refused.empty()) {
+        fmt::print(stderr, "isp-case export: {}\n", result.refused);
+        return result.no_frame ? exit_no_case : exit_failed;
+    }
     print_export(stdout, settings, result);
     return result.errors.empty() ? exit_ok : exit_failed;
 }
@@ -151,11 +178,13 @@ int run_export(const export_settings &settings) {
 struct command_line {
     case_flags replay, check;
     std::vector<std::string> bypass;
-    std::string dump_dir, log_level = "warning";
+    std::string dump_dir, log_level = "warning", check_format = "text";
+    bool replay_strict = false, check_strict = false, force = false;
     export_settings exports;
     report_settings report;
-    CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr;
-    CLI::App *report_cmd = nullptr;
+    diff_settings diff;
+    CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr,
+             *diff_cmd = nullptr, *report_cmd = nullptr;
 };
 
 void add_replay(CLI::App &app, command_line &cl) {
@@ -171,8 +200,10 @@ void add_replay(CLI::App &app, command_line &cl) {
         ->type_name("NAMES")
         ->check(module_name_check());
     cmd.add_option("--dump", cl.dump_dir,
-                   "Write every pushed group, raw and as C-model JSON, under this directory")
+                   "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
+                   "into this directory (new or empty)")
         ->type_name("DIR");
+    cmd.add_flag("--force", cl.force, "Empty a dump directory that is not empty first");
     const CLI::Validator level_check(
         [](std::string &text) {
             return parse_log_level(text) < 0 ? std::string("expected error, warning, debug or 0-7")
@@ -183,6 +214,7 @@ void add_replay(CLI::App &app, command_line &cl) {
                    "Library log lines shown: error, warning, debug or 0-7 (default: warning)")
         ->type_name("LEVEL")
         ->check(level_check);
+    cmd.add_flag("--strict", cl.replay_strict, "Fail on the case's warnings too, not only errors");
 }
 
 void add_check(CLI::App &app, command_line &cl) {
@@ -191,6 +223,12 @@ void add_check(CLI::App &app, command_line &cl) {
         "Find every problem of a case that would stop or spoil a replay, without aborting");
     cl.check_cmd->footer(k_exit_statuses);
     add_case_flags(*cl.check_cmd, cl.check);
+    cl.check_cmd->add_flag("--strict", cl.check_strict, "Exit with 1 on warnings too");
+    cl.check_cmd
+        ->add_option("--format", cl.check_format,
+                     "text (default) or json: every finding in one JSON document")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
 }
 
 void add_export(CLI::App &app, command_line &cl) {
@@ -210,6 +248,25 @@ void add_export(CLI::App &app, command_line &cl) {
     cmd.add_option("--channel", e.channel, "Channel of the channelled blocks' files (default: 0)")
         ->check(CLI::Range(0, 255));
     cmd.add_option("--out", e.out_dir, "Output directory (default: cmodel)")->type_name("DIR");
+}
+
+void add_diff(CLI::App &app, command_line &cl) {
+    cl.diff_cmd = app.add_subcommand(
+        "diff", "Compare two dumps member by member: pushes one side lacks, members that differ");
+    CLI::App &cmd = *cl.diff_cmd;
+    cmd.footer(k_exit_statuses);
+    cmd.add_option("A", cl.diff.a, "Dump directory (replay --dump)")->required()->type_name("DIR");
+    cmd.add_option("B", cl.diff.b, "Dump directory to compare with")->required()->type_name("DIR");
+    cmd.add_option("--tolerance", cl.diff.tolerance,
+                   "Largest difference of real values (codes where a member has no format) that "
+                   "counts as equal (default: 0)")
+        ->type_name("X")
+        ->check(CLI::NonNegativeNumber);
+    cmd.add_option_function<std::string>(
+           "--format", [&cl](const std::string &f) { cl.diff.json = f == "json"; },
+           "Output: text (default) or json")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
 }
 
 void add_report(CLI::App &app, command_line &cl) {
@@ -245,14 +302,18 @@ int main(int argc, char **argv) {
     add_replay(app, cl);
     add_check(app, cl);
     add_export(app, cl);
+    add_diff(app, cl);
     add_report(app, cl);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &e) {
         return app.exit(e) == 0 ? exit_ok : exit_usage;
     }
-    if (cl.replay_cmd->parsed()) return run_replay(cl.replay, cl.bypass, cl.dump_dir, cl.log_level);
-    if (cl.check_cmd->parsed()) return run_check(cl.check);
+    if (cl.replay_cmd->parsed())
+        return run_replay(cl.replay, cl.bypass, cl.dump_dir, cl.force, cl.log_level,
+                          cl.replay_strict);
+    if (cl.check_cmd->parsed()) return run_check(cl.check, cl.check_strict, cl.check_format);
+    if (cl.diff_cmd->parsed()) return diff_dumps(cl.diff, stdout, stderr);
     if (cl.report_cmd->parsed()) return run_report(cl.report);
     return run_export(cl.exports);
 }

@@ -34,11 +34,11 @@ int convert_clc_init(picojson::object &root, void *structure, uint8_t partition)
 }
 
 #define GROUP(name, cmd, type, converter) \
-    { name, cmd, sizeof(type), &convert_as<type, converter>, #converter, nullptr, false }
+    { name, cmd, sizeof(type), &convert_as<type, converter>, #converter, nullptr, false, #type }
 #define EXPORTED(name, cmd, type, converter, exporter, per_partition)      \
     {                                                                      \
         name, cmd, sizeof(type), &convert_as<type, converter>, #converter, \
-            &export_as<type, exporter>, per_partition                      \
+            &export_as<type, exporter>, per_partition, #type               \
     }
 
 using block_groups = std::vector<group_info>;
@@ -88,7 +88,7 @@ const std::map<std::string, block_groups> &blocks() {
             EXPORTED("sharpen", 7, _isp_dem_user_sharpen_t, rtl_to_drv_dem_user_sharpen, drv_to_cmodel_dem_user_sharpen, false),
         }},
         {"clc", {
-            {"init", 3, sizeof(_isp_clc_user_init_t), &convert_clc_init, "rtl_to_drv_clc_user_init", nullptr, false},
+            {"init", 3, sizeof(_isp_clc_user_init_t), &convert_clc_init, "rtl_to_drv_clc_user_init", nullptr, false, "_isp_clc_user_init_t"},
             EXPORTED("clc_setup", 1, _isp_clc_user_clc_setup_t, rtl_to_drv_clc_user_clc_setup, drv_to_cmodel_clc_user_clc_setup, false),
             EXPORTED("clc", 2, _isp_clc_user_clc_t, rtl_to_drv_clc_user_clc, drv_to_cmodel_clc_user_clc, false),
         }},

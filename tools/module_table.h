@@ -32,6 +32,7 @@ struct group_info {
     const char *converter; /* "rtl_to_drv_wbc_user_ctrl" */
     export_fn exporter;    /* null when the group has no C-model form */
     bool per_partition;    /* the exporter reads one partition's members */
+    const char *type;      /* the structure's C type name: "_isp_wbc_user_ctrl_t" */
 };
 
 enum class file_kind {

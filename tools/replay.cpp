@@ -252,6 +252,8 @@ const char *op_name(op_kind kind) {
 
 bool replay_result::failed() const {
     if (!platform_problems.empty()) return true;
+    const finding_counts lint = count_findings(findings);
+    if (lint.errors > 0 || (strict && lint.warnings > 0)) return true;
     for (const replay_step &s : steps)
         for (const module_step &m : s.modules)
             for (const op_outcome &op : m.ops)

@@ -11,6 +11,7 @@
 
 #include "isp_sim.h"
 #include "tools/case_layout.h"
+#include "tools/findings.h"
 #include "tools/module_table.h"
 
 namespace isp_case {
@@ -66,6 +67,10 @@ struct replay_settings {
 struct replay_result {
     std::vector<replay_step> steps;
     std::vector<std::string> platform_problems; /* leaks and misuse seen by the platform */
+    std::vector<finding> findings;              /* the case's lint, run before the replay */
+    bool strict = false;                        /* warnings fail the replay too */
+    /* an operation failed, the platform saw a problem, or a finding is an error (under strict,
+     * any finding) */
     bool failed() const;
 };
 

@@ -11,6 +11,7 @@ namespace isp_case {
 namespace {
 
 const size_t messages_per_row = 5;
+const size_t findings_shown   = 10;
 
 bool loads(op_kind kind) {
     return kind == op_kind::init || kind == op_kind::process;
@@ -166,12 +167,23 @@ void print_summary(std::FILE *out, const replay_settings &settings, const replay
     for (const std::string &problem : result.platform_problems)
         fmt::print(out, "  platform    {}\n", problem);
     for (const std::string &failure : t.failures) fmt::print(out, "  failed      {}\n", failure);
+    const finding_counts lint = count_findings(result.findings);
+    fmt::print(out, "  findings    {} errors, {} warnings\n", lint.errors, lint.warnings);
+    for (size_t i = 0; i < result.findings.size() && i < findings_shown; ++i)
+        fmt::print(out, "  finding     {}\n", finding_line(result.findings[i]));
+    if (result.findings.size() > findings_shown)
+        fmt::print(out, "  finding     ... and {} more: isp-case check {} lists them all\n",
+                   result.findings.size() - findings_shown, settings.run.case_path);
+    const std::string done = fmt::format("{} modules, every operation returned 0 on {} frame{}",
+                                         settings.run.modules.size(), settings.run.frames,
+                                         settings.run.frames == 1 ? "" : "s");
     if (result.failed())
         fmt::print(out, "  result      FAILED\n");
+    else if (lint.warnings > 0 || t.messages > 0)
+        fmt::print(out, "  result      not clean: {} warnings, {} converter lines; {}\n",
+                   lint.warnings, t.messages, done);
     else
-        fmt::print(out, "  result      ok: {} modules, every operation returned 0 on {} frame{}\n",
-                   settings.run.modules.size(), settings.run.frames,
-                   settings.run.frames == 1 ? "" : "s");
+        fmt::print(out, "  result      ok: {}\n", done);
 }
 
 }  // namespace

@@ -156,10 +156,52 @@ void export_rows(const block_map &map, const char *group, const void *in, picojs
                     row.format);
             continue;
         }
+        /* a per-partition array of rows exports the partition's row */
+        const uint32_t first = row.per_partition ? partition * row.count : 0;
         std::vector<uint32_t> codes(row.count);
-        for (uint32_t k = 0; k < row.count; ++k) codes[k] = load_code(in, row.member, k);
+        for (uint32_t k = 0; k < row.count; ++k) codes[k] = load_code(in, row.member, first + k);
         w.array(row.key, codes.data(), codes.size(), row.format);
     }
+}
+
+const field_row *member_row(const block_map &map, const struct_desc &type, const member_desc &m) {
+    if (m.count == 0 || m.stride == 0) return nullptr;
+    const uint32_t end = m.offset + (m.count - 1) * m.stride + m.elem_size;
+    for (size_t i = 0; i < map.row_count; ++i) {
+        const field_row &row = map.rows[i];
+        if (row.kind == read_kind::hand_begin || row.kind == read_kind::hand_end) continue;
+        if (strcmp(row.group, type.group) != 0) continue;
+        const uint32_t at = row.member.offset;
+        /* a record's other sub-members lie between the elements of this one */
+        if (at >= m.offset && at < end && (at - m.offset) % m.stride < m.elem_size) return &row;
+    }
+    return nullptr;
+}
+
+const char *member_format(const block_map &map, const struct_desc &type, const member_desc &m) {
+    const field_row *row = member_row(map, type, m);
+    return row ? row->format : nullptr;
+}
+
+std::string register_path(const block_map &map, const field_row &row) {
+    const std::string all = row.index ? "[0.." + std::to_string(row.index - 1) + "]" : "[]";
+    std::string path      = map.top_key;
+    switch (row.kind) {
+        case read_kind::group_field:
+        case read_kind::element:
+            path += std::string(".") + row.array + "[" + std::to_string(row.index) + "]";
+            break;
+        case read_kind::group_each:
+        case read_kind::element_each:
+            path += std::string(".") + row.array + all;
+            break;
+        default:
+            break;
+    }
+    if (row.reg) path += std::string(".") + row.reg;
+    if (row.field) path += std::string(".") + row.field;
+    if (row.kind == read_kind::table) path += all;
+    return path;
 }
 
 }  // namespace isp

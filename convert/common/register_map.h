@@ -15,6 +15,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <string>
 #include <type_traits>
 
 #include <picojson.h>
@@ -32,7 +33,8 @@ struct member_desc {
     uint32_t stride;    /* bytes from one element to the next */
     uint8_t elem_size;  /* 1, 2, 4 or 8 */
     bool is_signed;     /* of the C element type */
-    bool per_partition; /* element p belongs to partition p */
+    bool per_partition; /* the first dimension is the partition: count / ISP_MAX_PARTITIONS
+                         * elements each, partition p's first at element p * that */
     bool pointer;       /* holds a host address, not a register value */
 };
 
@@ -59,7 +61,8 @@ enum class read_kind : uint8_t {
 /* Reads a quirk the rows cannot express; called once, at the first row that names it. */
 using hand_reader = void (*)(const field_reader &f, void *out, uint8_t partition);
 
-/* The element a row writes. */
+/* The element a row writes. For a member that holds a pointer, its size and sign are those of
+ * the element pointed to: such rows only describe what a hand-written reader stores there. */
 struct member_ref {
     const char *name;
     uint32_t offset;
@@ -87,12 +90,13 @@ struct field_row {
 };
 
 /* A key an exporter writes from one member: a value for a scalar, an array of every element in
- * index order otherwise, the partition's element for a per-partition member. */
+ * index order otherwise, the partition's element for a per-partition member (the partition's row,
+ * as an array, for a per-partition member of rows). */
 struct export_row {
     const char *group;
     const char *key;
     member_ref member;
-    uint32_t count;
+    uint32_t count; /* elements exported as an array (of a row, if per partition); 0: a value */
     bool per_partition;
     const char *format;
 };
@@ -125,10 +129,25 @@ uint32_t load_code(const void *base, const member_ref &m, uint32_t element);
 /* Stores the low bits of a code into an element, as an assignment to the member would. */
 void store_code(void *base, const member_ref &m, uint32_t element, uint32_t code);
 
+/* The first row that writes into a member of a structure (any element, or the same sub-member of
+ * any partition's record), nullptr when no row reads it: members of blocks without a register
+ * map, pointers, addresses the module fills in. The row gives the member's format and where in a
+ * register file its first element comes from. */
+const field_row *member_row(const block_map &map, const struct_desc &type, const member_desc &m);
+/* The fixed-point format of a member, nullptr when no row reads it. */
+const char *member_format(const block_map &map, const struct_desc &type, const member_desc &m);
+/* Where a row reads, as text: "isp_wbc.wb_gain0.val1", "isp_dem.win[3].size.h",
+ * "isp_gamma.lut[0..128]" (an each or table row reads every index of the range). */
+std::string register_path(const block_map &map, const field_row &row);
+
 /* ---- building blocks of the .def files ------------------------------------------------------ */
 namespace detail {
 template <typename T>
 using element_of = std::remove_cv_t<std::remove_all_extents_t<T>>;
+
+/* The element a row stores into: through a member that holds a pointer, the element pointed to. */
+template <typename T>
+using stored_of = std::remove_cv_t<std::remove_pointer_t<element_of<T>>>;
 
 template <typename T>
 constexpr bool is_signed_element() {

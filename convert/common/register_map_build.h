@@ -10,14 +10,20 @@
  *   ISP_POINTER(group, member)               a member that holds a host address
  *   ISP_FIELD(group, member, element, reg, field, format)
  *   ISP_FIELD_SUB(group, member, sub, reg, field, format)          into the partition's element
+ *   ISP_FIELD_PART_ELEM(group, member, index, reg, field, format)  into element index of the
+ *                                         partition's row of a [partition][n] array
  *   ISP_GROUP_FIELD(group, member, element, array, index, reg, field, format)
  *   ISP_GROUP_EACH(group, member, first, step, array, count, reg, field, format)
  *   ISP_ELEMENT(group, member, element, array, index, field, format)
  *   ISP_ELEMENT_EACH(group, member, first, step, array, count, field, format)
  *   ISP_TABLE(group, member, reg, key, count, format)                reg may be nullptr
+ *   ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)  entries packed into the
+ *                                            member's words: entry k is its k-th piece of type
+ *                                            `entry` in memory (a word's low half first)
  *   ISP_HAND(group, reader, note) ... ISP_HAND_END(group)            rows the reader reads
  *   ISP_EXPORT(group, key, member, format)      a value, or an array of every element
- *   ISP_EXPORT_PART(group, key, member, format) the partition's element, as a value
+ *   ISP_EXPORT_PART(group, key, member, format) the partition's element, as a value; of a
+ *                                         [partition][n] array, the partition's row, as an array
  * `element` is a number or per_part (the partition being converted). */
 #include <stddef.h>
 
@@ -101,11 +107,12 @@ constexpr struct_desc structs[] = {
     {nullptr, nullptr, 0, nullptr, 0}};
 
 /* ---- register rows ---- */
+#define ISP_DEF_STORED(group, member) ::isp::detail::stored_of<decltype(group##_t::member)>
 #define ISP_DEF_REF(group, member)                                                            \
     ::isp::member_ref {                                                                       \
-        #member, offsetof(group##_t, member), sizeof(ISP_DEF_ELEM(group, member)),            \
-            sizeof(ISP_DEF_ELEM(group, member)),                                              \
-            ::isp::detail::is_signed_element<decltype(group##_t::member)>()                   \
+        #member, offsetof(group##_t, member), sizeof(ISP_DEF_STORED(group, member)),          \
+            sizeof(ISP_DEF_STORED(group, member)),                                            \
+            std::is_signed<ISP_DEF_STORED(group, member)>::value                              \
     }
 #define ISP_DEF_ROW(kind, group, ref, elem, step, array, index, reg, fld, format, by, note) \
     {::isp::read_kind::kind, #group, ref, elem, step, array, index, reg, fld, format, by, note},
@@ -120,6 +127,16 @@ constexpr struct_desc structs[] = {
                                    sizeof(ISP_DEF_ELEM(group, member)::sub),                       \
                                    std::is_signed<decltype(ISP_DEF_ELEM(group, member)::sub)>::value}), \
                 per_part, 1, nullptr, 0, reg, fld, format, nullptr, nullptr)
+/* A per-partition row of n elements: element `index` of every row, one row (stride) apart. */
+#define ISP_FIELD_PART_ELEM(group, member, index, reg, fld, format)                              \
+    ISP_DEF_ROW(field, group,                                                                      \
+                (::isp::member_ref{#member,                                                        \
+                                   offsetof(group##_t, member) +                                   \
+                                       (index) * sizeof(ISP_DEF_ELEM(group, member)),              \
+                                   sizeof(group##_t::member[0]),                                   \
+                                   sizeof(ISP_DEF_ELEM(group, member)),                            \
+                                   ::isp::detail::is_signed_element<decltype(group##_t::member)>()}), \
+                per_part, 1, nullptr, 0, reg, fld, format, nullptr, nullptr)
 #define ISP_GROUP_FIELD(group, member, elem, array, index, reg, fld, format) \
     ISP_DEF_ROW(group_field, group, ISP_DEF_REF(group, member), elem, 1, array, index, reg, fld, format, nullptr, nullptr)
 #define ISP_GROUP_EACH(group, member, first, step, array, count, reg, fld, format) \
@@ -130,6 +147,11 @@ constexpr struct_desc structs[] = {
     ISP_DEF_ROW(element_each, group, ISP_DEF_REF(group, member), first, step, array, count, nullptr, fld, format, nullptr, nullptr)
 #define ISP_TABLE(group, member, reg, key, count, format) \
     ISP_DEF_ROW(table, group, ISP_DEF_REF(group, member), 0, 1, nullptr, count, reg, key, format, nullptr, nullptr)
+#define ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)                                  \
+    ISP_DEF_ROW(table, group,                                                                            \
+                (::isp::member_ref{#member, offsetof(group##_t, member), sizeof(entry), sizeof(entry),   \
+                                   std::is_signed<entry>::value}),                                       \
+                0, 1, nullptr, count, reg, key, format, nullptr, nullptr)
 #define ISP_HAND(group, reader, note) \
     ISP_DEF_ROW(hand_begin, group, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0, nullptr, nullptr, nullptr, reader, note)
 #define ISP_HAND_END(group) \
@@ -146,8 +168,9 @@ constexpr field_row rows[] = {
          ? static_cast<uint32_t>(sizeof(group##_t::member) / sizeof(ISP_DEF_ELEM(group, member))) \
          : 0u,                                                                                 \
      false, format},
-#define ISP_EXPORT_PART(group, key, member, format) \
-    {#group, key, ISP_DEF_REF(group, member), 0u, true, format},
+#define ISP_EXPORT_PART(group, key, member, format)                                            \
+    {#group, key, ISP_DEF_REF(group, member),                                                  \
+     static_cast<uint32_t>(std::extent<decltype(group##_t::member), 1>::value), true, format},
 constexpr export_row exports[] = {
 #include "convert/common/register_map_rows.h"
 #include ISP_DEF_FILE
@@ -177,6 +200,7 @@ const block_map ISP_DEF_MAP = {ISP_DEF_STR(ISP_DEF_BLOCK),
 #undef ISP_DEF_ELEM
 #undef ISP_DEF_DESC
 #undef ISP_DEF_SPAN
+#undef ISP_DEF_STORED
 #undef ISP_DEF_REF
 #undef ISP_DEF_ROW
 #undef ISP_DEF_NS

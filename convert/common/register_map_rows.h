@@ -23,6 +23,9 @@
 #ifndef ISP_FIELD_SUB
 #define ISP_FIELD_SUB(...)
 #endif
+#ifndef ISP_FIELD_PART_ELEM
+#define ISP_FIELD_PART_ELEM(...)
+#endif
 #ifndef ISP_GROUP_FIELD
 #define ISP_GROUP_FIELD(...)
 #endif
@@ -37,6 +40,9 @@
 #endif
 #ifndef ISP_TABLE
 #define ISP_TABLE(...)
+#endif
+#ifndef ISP_TABLE_PACKED
+#define ISP_TABLE_PACKED(...)
 #endif
 #ifndef ISP_HAND
 #define ISP_HAND(...)
@@ -59,11 +65,13 @@
 #undef ISP_POINTER
 #undef ISP_FIELD
 #undef ISP_FIELD_SUB
+#undef ISP_FIELD_PART_ELEM
 #undef ISP_GROUP_FIELD
 #undef ISP_GROUP_EACH
 #undef ISP_ELEMENT
 #undef ISP_ELEMENT_EACH
 #undef ISP_TABLE
+#undef ISP_TABLE_PACKED
 #undef ISP_HAND
 #undef ISP_HAND_END
 #undef ISP_EXPORT

@@ -1,37 +1,30 @@
-/* Converters and C-model exporter of the inverse dynamic range compression block. */
+/* Converters and C-model exporter of the inverse dynamic range compression block: every field
+ * and key is a row of hidrc.def. */
 #include "blocks/hidrc.h"
 
-#include <stddef.h>
+#include "convert/common/register_map.h"
 
-#include "convert/common/cmodel_writer.h"
-#include "convert/common/field_reader.h"
+namespace isp {
+extern const block_map hidrc_map;
+}
 
-int rtl_to_drv_hidrc_user_setup(picojson::object &root, _isp_hidrc_user_setup_t *out, uint8_t) {
-    const isp::field_reader f(root, "isp_hidrc");
-    out->affine_k      = f.read("affine_k", "val", "u1.11");
-    out->lut_inv_mode  = f.read("lut_inv_mode", "val", "u1");
-    out->offset_in     = f.read("offset_in", "val", "u10.6");
-    out->offset_out[3] = f.read("offset_out3", "val", "u14.6");
-    out->offset_out[2] = f.read("offset_out2", "val", "u14.6");
-    out->offset_out[1] = f.read("offset_out1", "val", "u14.6");
-    out->offset_out[0] = f.read("offset_out0", "val", "u14.6");
+int rtl_to_drv_hidrc_user_setup(picojson::object &root, _isp_hidrc_user_setup_t *out,
+                                uint8_t partition) {
+    isp::read_rows(isp::hidrc_map, "setup", root, out, partition);
     return 0;
 }
 
+/* A missing or short curve, or a non-number in it, raises out of here; the words before it stay
+ * written. */
 int rtl_to_drv_hidrc_user_hidrc_lut(picojson::object &root, _isp_hidrc_user_hidrc_lut_t *out,
-                                    uint8_t) {
-    const isp::field_reader f(root, "isp_hidrc");
-    /* The curve holds register values as they are, one per word, with no format to apply. */
-    for (size_t i = 0; i < HIDRC_LUT_ENTRIES; ++i) out->hidrc_lut[i] = f.raw_number("hidrc_lut", i);
+                                    uint8_t partition) {
+    isp::read_rows(isp::hidrc_map, "hidrc_lut", root, out, partition);
     return 0;
 }
 
-int drv_to_cmodel_hidrc_user_setup(_isp_hidrc_user_setup_t *in, picojson::object &out, uint8_t) {
-    const isp::cmodel_writer w(out);
-    w.value("affine_k", in->affine_k, "u1.11");
-    w.value("lut_inv_mode", in->lut_inv_mode, "u1");
-    w.value("offset_in", in->offset_in, "u10.6");
-    w.array("offset_out", in->offset_out, "u14.6");
+int drv_to_cmodel_hidrc_user_setup(_isp_hidrc_user_setup_t *in, picojson::object &out,
+                                   uint8_t partition) {
+    isp::export_rows(isp::hidrc_map, "setup", in, out, partition);
     return 0;
 }
 

@@ -9,6 +9,7 @@
 
 #include <fmt/core.h>
 
+#include "isp_json_utils.h"
 #include "tools/report/svg.h"
 
 namespace isp_case {
@@ -84,17 +85,15 @@ const std::vector<double> &drawn(const member_view &m) {
     return m.values.empty() ? m.codes : m.values;
 }
 
-/* The member's format; "real" for real values whose format the dump does not name, "raw" for
- * numbers stored as they are. */
+/* The member's format; "code" for a member no register row reads, whose numbers are shown as
+ * they are stored. */
 std::string format_label(const member_view &m) {
-    if (!m.format.empty()) return m.format;
-    return m.codes.empty() ? "real" : "raw";
+    return m.format.empty() ? "code" : m.format;
 }
 
-/* Elements whose codes (the bytes the hardware gets) differ; values where a member has none. */
+/* Elements whose codes (the bytes the hardware gets) differ. */
 std::vector<size_t> differing(const member_view &a, const member_view &b) {
-    const std::vector<double> &x = a.codes.empty() ? a.values : a.codes;
-    const std::vector<double> &y = b.codes.empty() ? b.values : b.codes;
+    const std::vector<double> &x = a.codes, &y = b.codes;
     std::vector<size_t> out;
     for (size_t i = 0; i < std::max(x.size(), y.size()); ++i)
         if (i >= x.size() || i >= y.size() || x[i] != y[i]) out.push_back(i);
@@ -152,26 +151,26 @@ std::string figure(const std::string &svg, const std::string &caption) {
 
 /* ---- summary ---------------------------------------------------------------------------- */
 
+std::string joined(const std::vector<std::string> &items) {
+    std::string out;
+    for (const std::string &i : items) out += (out.empty() ? "" : " ") + i;
+    return out;
+}
+
 std::vector<std::pair<std::string, std::string>> facts(const dump_view &d) {
-    size_t bytes = 0;
+    const manifest &m = d.facts;
+    size_t bytes      = 0;
     for (const push_view &p : d.pushes) bytes += p.size;
-    std::string modules = std::to_string(d.modules.size());
-    if (!d.modules.empty()) {
-        modules += ":";
-        for (const std::string &m : d.modules) modules += " " + m;
-    }
-    const auto recorded = [](const std::string &v) {
-        return v.empty() ? std::string("not recorded (no manifest.json in the dump)") : v;
-    };
     return {{"dump", d.dir},
-            {"case", recorded(d.case_path)},
-            {"grid", fmt::format("{}x{} ({} partitions)", d.part_h, d.part_v, d.part_h * d.part_v)},
-            {"channels", std::to_string(d.channels)},
-            {"frames", std::to_string(d.frames)},
-            {"modules", modules},
+            {"case", m.case_path},
+            {"grid", fmt::format("{}x{} ({} partitions)", m.part_h, m.part_v, m.part_h * m.part_v)},
+            {"channels", std::to_string(m.channels)},
+            {"frames", std::to_string(m.frames)},
+            {"modules", fmt::format("{}: {}", m.modules.size(), joined(m.modules))},
+            {"bypass", m.bypass.empty() ? "none" : joined(m.bypass)},
             {"pushes", fmt::format("{} groups, {} bytes", d.pushes.size(), bytes)},
-            {"tool", recorded(d.tool_version)},
-            {"library", recorded(d.library_version)}};
+            {"tool", m.tool},
+            {"library", m.library}};
 }
 
 void summary(std::string &out, const dump_view &a, const dump_view *b,
@@ -193,9 +192,13 @@ void summary(std::string &out, const dump_view &a, const dump_view *b,
                        escape(shown));
 
     const auto problems = [&](const dump_view &d, const std::string &run) {
+        if (!d.problems_recorded) {
+            out += "<p>" + (run.empty() ? "Failures" : run + "failures") +
+                   " and warnings: none recorded in the manifest.</p>";
+            return;
+        }
         if (d.failures.empty() && d.warnings.empty()) {
-            out += "<p><span class=\"ok\">" + run +
-                   "no failures or warnings</span> recorded by the replay.</p>";
+            out += "<p><span class=\"ok\">" + run + "no failures or warnings</span> recorded.</p>";
             return;
         }
         out += "<ul>";
@@ -289,7 +292,7 @@ void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
         a.pushes.size(), a.steps.size());
     for (const std::string &s : a.steps) out += "<th>" + escape(step_title(s)) + "</th>";
     out += "</tr>";
-    std::vector<std::string> order = a.modules;
+    std::vector<std::string> order = a.facts.modules;
     for (const push_view &p : a.pushes)
         if (std::find(order.begin(), order.end(), p.module) == order.end())
             order.push_back(p.module);
@@ -320,17 +323,17 @@ void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
 /* ---- pictures ----------------------------------------------------------------------------- */
 
 /* The 257 16-bit entries of the compression curve, two to a pushed word (the even entry in the
- * low half) and the last one alone. */
+ * low half) and the last one alone, as real values of the member's format. */
 std::vector<double> unpacked_hdrc(const member_view &m) {
-    const std::vector<double> &words = m.codes.empty() ? m.values : m.codes;
-    if (words.size() != 129) return words;
     std::vector<double> entries;
-    for (size_t i = 0; i < 128; ++i) {
-        const uint32_t w = uint32_t(words[i]);
-        entries.push_back(w & 0xFFFF);
-        entries.push_back(w >> 16);
+    for (size_t i = 0; i < m.codes.size(); ++i) {
+        const uint32_t word = uint32_t(m.codes[i]);
+        for (const uint32_t entry : {word & 0xFFFFu, word >> 16}) {
+            if (entries.size() == 2 * m.codes.size() - 1) break;
+            entries.push_back(m.format.empty() ? entry
+                                               : regval_to_float(int32_t(entry), m.format.c_str()));
+        }
     }
-    entries.push_back(words[128]);
     return entries;
 }
 
@@ -355,11 +358,11 @@ class picture_maker {
             if (p.step != step) continue;
             const push_view *o = pairs_.other(p);
             if (p.module == "gamma" && p.group == "lut")
-                curve(pics, p, o, p.member("gam_lut") ? "gam_lut" : "lut", "gamma curve", "", 0);
+                curve(pics, p, o, "gam_lut", "gamma curve", false);
             else if (p.module == "hdrc" && p.group == "hdrc_lut")
-                curve(pics, p, o, "hdrc_lut", "hdrc compression curve", "16 bits", 1);
+                curve(pics, p, o, "hdrc_lut", "hdrc compression curve", true);
             else if (p.module == "hidrc" && p.group == "hidrc_lut")
-                curve(pics, p, o, "hidrc_lut", "hidrc inverse-compression curve", "20 bits", 2);
+                curve(pics, p, o, "hidrc_lut", "hidrc inverse-compression curve", false);
             else if (p.group == "lin" && (p.module == "lin" || p.module == "blc"))
                 linearisation(pics, p, o);
             else if (p.module == "lsc" && p.group == "mesh")
@@ -378,27 +381,25 @@ class picture_maker {
         return std::string(1, which) + ": " + (which == 'A' ? a_.dir : b_->dir);
     }
 
-    /* kind 0: gamma (real values), 1: hdrc (packed raw), 2: hidrc (raw) */
+    /* A curve table drawn from its real values; `packed`: two entries to a word. */
     void curve(step_pictures &pics, const push_view &p, const push_view *o, const char *member,
-               const std::string &title, const std::string &unit, int kind) const {
+               const std::string &title, bool packed) const {
         const member_view *m = p.member(member);
         if (!m) return;
-        const auto values = [kind](const member_view &v) {
-            return kind == 1                       ? unpacked_hdrc(v)
-                   : kind == 2 && !v.codes.empty() ? v.codes
-                                                   : drawn(v);
+        const auto values = [packed](const member_view &v) {
+            return packed ? unpacked_hdrc(v) : drawn(v);
         };
         line_chart chart;
         chart.title        = title + " (" + push_title(p) + ")";
         const size_t count = values(*m).size();
         chart.x_label =
             fmt::format("input: curve point (0-{}, {} = full scale)", count - 1, count - 1);
-        chart.y_label = kind == 0 ? "output, real value (" + format_label(*m) + ")"
-                                  : "output code (" + unit + ", raw)";
+        chart.y_label = "output, real value (" + format_label(*m) + ")";
         chart.lines.push_back(
             {b_ ? legend_name('A') : m->name, indices(count), values(*m), palette::run_a});
         const member_view *n = o ? o->member(member) : nullptr;
-        std::string caption  = fmt::format("{} points of <code>{}</code>", count, m->name);
+        std::string caption  = fmt::format("{} points of <code>{}</code>{}", count, m->name,
+                                          packed ? ", two 16-bit entries to a pushed word" : "");
         if (n) {
             const std::vector<double> other = values(*n);
             chart.lines.push_back(
@@ -449,7 +450,7 @@ class picture_maker {
             for (const char *t : tables) {
                 const member_view *m = push ? push->member(t) : nullptr;
                 if (!m) continue;
-                for (double v : drawn(*m)) lo = std::min(lo, v), hi = std::max(hi, v);
+                for (double v : m->codes) lo = std::min(lo, v), hi = std::max(hi, v);
             }
         for (int c = 0; c < 4; ++c) {
             const member_view *m = p.member(tables[c]);
@@ -457,18 +458,19 @@ class picture_maker {
             /* the mesh is 19 nodes across and 15 down, row by row */
             heat_map map;
             map.cols = 19, map.rows = 15;
-            map.unit = "raw value";
+            map.unit = "code";
             map.lo = lo, map.hi = hi;
             map.title  = fmt::format("lsc gain mesh {}{}", channels[c], b_ ? " (A)" : "");
-            map.values = drawn(*m);
+            map.values = m->codes;
             std::string figs =
-                figure(render(map), fmt::format("<code>{}</code> of {}, {} nodes", m->name,
-                                                escape(push_title(p)), map.values.size()));
+                figure(render(map), fmt::format("<code>{}</code> of {}, {} nodes: codes, the "
+                                                "mesh has no fixed-point format",
+                                                m->name, escape(push_title(p)), map.values.size()));
             const member_view *n = o ? o->member(tables[c]) : nullptr;
             if (n) {
                 heat_map other = map;
                 other.title    = fmt::format("lsc gain mesh {} (B)", channels[c]);
-                other.values   = drawn(*n);
+                other.values   = n->codes;
                 heat_map diff  = map;
                 diff.title     = fmt::format("lsc mesh {}: B - A", channels[c]);
                 diff.unit      = "difference";
@@ -539,7 +541,7 @@ class picture_maker {
     }
 
     void partition_members(step_pictures &pics, const push_view &p, const push_view *o) const {
-        const int parts = a_.part_h * a_.part_v;
+        const int parts = a_.facts.part_h * a_.facts.part_v;
         if (parts <= 0) return;
         for (const member_view &m : p.members) {
             if (!m.per_partition) continue;
@@ -548,7 +550,7 @@ class picture_maker {
             const size_t per             = std::max(v.size() / size_t(parts), size_t(1));
             partition_grid grid;
             grid.title  = push_title(p) + " " + m.name + " (" + format_label(m) + ")";
-            grid.part_h = a_.part_h, grid.part_v = a_.part_v;
+            grid.part_h = a_.facts.part_h, grid.part_v = a_.facts.part_v;
             const auto cell = [per](const std::vector<double> &values, size_t part) {
                 std::string text;
                 for (size_t k = 0; k < per && k < 3; ++k) {
@@ -603,16 +605,17 @@ std::string elements(const std::vector<double> &v, const std::set<size_t> &marke
 std::string value_cell(const std::vector<double> &v, const member_view &m,
                        const std::set<size_t> &marked, int decimals) {
     if (v.empty()) return "<td class=\"muted\">-</td>";
-    if (m.shape.empty() && v.size() == 1)
-        return "<td class=\"n\">" + elements(v, marked, decimals) + "</td>";
+    if (m.scalar) return "<td class=\"n\">" + elements(v, marked, decimals) + "</td>";
     return "<td><div class=\"arr\">" + elements(v, marked, decimals) + "</div></td>";
 }
 
+/* "[129]", "[256] per partition, 4 shown", "pointer, leads to 4 per partition" */
 std::string shape_text(const member_view &m) {
-    std::string s;
-    for (size_t d : m.shape) s += (s.empty() ? "[" : "x") + std::to_string(d);
-    if (!s.empty()) s += "]";
-    if (m.per_partition) s += " per partition";
+    if (m.pointer)
+        return fmt::format("pointer (dumped as 0), leads to {}{}", m.codes.size(),
+                           m.per_partition ? " per partition" : "");
+    std::string s = m.scalar ? "" : fmt::format("[{}]", m.count);
+    if (m.per_partition) s += fmt::format(" per partition, {} shown", m.codes.size());
     return s;
 }
 
@@ -620,7 +623,8 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
                    const std::string &step) {
     out +=
         "<h3>Every group</h3><p class=\"muted\">Each pushed structure, member by member: the "
-        "raw code in the structure and its real value through the member's format.";
+        "raw code in the structure and its real value through the format of the register row "
+        "that writes it; members no register row writes have codes only.";
     if (pairs.comparing()) out += " Groups that differ are open, differing members highlighted.";
     out += "</p>";
     for (const push_view &p : a.pushes) {
@@ -646,9 +650,12 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
                 else
                     marked.insert(0);
             }
-            out += fmt::format("<tr{}><td>{}<br/><span class=\"t muted\">{}</span></td><td>{}</td>",
-                               marked.empty() ? "" : " class=\"diff\"", escape(m.name),
-                               shape_text(m), escape(format_label(m)));
+            out += fmt::format(
+                "<tr{}><td>{}<br/><span class=\"t muted\">{}</span></td><td>{}<br/><span "
+                "class=\"t muted\">{}</span></td>",
+                marked.empty() ? "" : " class=\"diff\"", escape(m.name), shape_text(m),
+                m.format.empty() ? "none" : escape(m.format),
+                m.location.empty() ? "no register row" : escape(m.location));
             out += value_cell(m.codes, m, {}, 0) + value_cell(m.values, m, {}, 6);
             if (pairs.comparing()) {
                 if (n)
@@ -659,6 +666,8 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
             }
             out += "</tr>";
         }
+        if (p.members.empty())
+            out += "<tr><td colspan=\"6\">no members: " + escape(p.problem) + "</td></tr>";
         out += "</table></div></details>";
     }
 }
@@ -688,17 +697,17 @@ std::vector<std::string> shown_steps(const dump_view &dump, int frame, std::stri
 std::string render_page(const dump_view &a, const dump_view *b,
                         const std::vector<std::string> &steps) {
     const pairing pairs(b);
-    std::string title = "isp-case report: " + (a.case_path.empty() ? a.dir : a.case_path);
-    if (b) title += " against " + (b->case_path.empty() ? b->dir : b->case_path);
+    std::string title = "isp-case report: " + a.facts.case_path;
+    if (b) title += " against " + b->facts.case_path;
     std::string out =
         "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"/>"
         "<meta name=\"viewport\" content=\"width=device-width\"/><title>" +
         escape(title) + "</title><style>" + k_style + "</style></head><body>";
-    out +=
-        "<header><h1>" + escape(title) + "</h1><p>" +
-        escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
-        fmt::format("{}x{}, {} channel(s), {} frame(s)", a.part_h, a.part_v, a.channels, a.frames) +
-        "</p></header><nav><a href=\"#summary\">Summary</a>";
+    out += "<header><h1>" + escape(title) + "</h1><p>" +
+           escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
+           fmt::format("{}x{}, {} channel(s), {} frame(s)", a.facts.part_h, a.facts.part_v,
+                       a.facts.channels, a.facts.frames) +
+           "</p></header><nav><a href=\"#summary\">Summary</a>";
     if (b) out += "<a href=\"#changes\">What changed</a>";
     out += "<a href=\"#pushes\">Pushed groups</a>";
     for (const std::string &s : steps)
