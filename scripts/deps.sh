@@ -5,6 +5,7 @@
 #   scripts/deps.sh bench   Google Benchmark, GNU time
 #   scripts/deps.sh fuzz    clang with its libFuzzer runtime
 #   scripts/deps.sh format  clang-format
+#   scripts/deps.sh report  headless Chromium and a font, to render report pages
 set -euo pipefail
 
 packages=()
@@ -17,7 +18,8 @@ for task in "$@"; do
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         valgrind) packages+=(valgrind) ;;
         format) packages+=(clang-format-14) ;;
-        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind, format)" >&2; exit 2 ;;
+        report) packages+=(chromium fonts-dejavu-core) ;;
+        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind, format, report)" >&2; exit 2 ;;
     esac
 done
 

@@ -1256,4 +1256,189 @@ TEST(IspCaseDecode, FirstRowLandingInAMemberGivesItsFormatAndPath) {
     }
 }
 
+/* A report page read as XML: every element's name, attributes and text (its own and its
+ * children's, entities left as written). Fails the test on a tag that does not nest. */
+struct page_element {
+    std::string name, text;
+    std::map<std::string, std::string> attributes;
+};
+
+std::vector<page_element> parse_page(const std::string &page) {
+    std::vector<page_element> done;
+    std::vector<page_element> open;
+    size_t at = page.find('<', page.find("<html"));
+    while (at != std::string::npos && at < page.size()) {
+        const size_t end = page.find('>', at);
+        if (end == std::string::npos) break;
+        std::string tag = page.substr(at + 1, end - at - 1);
+        if (tag[0] == '/') {
+            if (open.empty() || open.back().name != tag.substr(1)) {
+                ADD_FAILURE() << "</" << tag.substr(1) << "> closes "
+                              << (open.empty() ? "nothing" : open.back().name) << " at " << at;
+                return done;
+            }
+            done.push_back(open.back());
+            open.pop_back();
+            if (!open.empty()) open.back().text += done.back().text;
+        } else {
+            const bool empty = tag.back() == '/';
+            if (empty) tag.pop_back();
+            page_element e;
+            e.name = tag.substr(0, tag.find(' '));
+            for (size_t q = tag.find("=\""); q != std::string::npos; q = tag.find("=\"", q + 1)) {
+                const size_t name_at = tag.rfind(' ', q) + 1, value_end = tag.find('"', q + 2);
+                e.attributes[tag.substr(name_at, q - name_at)] =
+                    tag.substr(q + 2, value_end - q - 2);
+                q = value_end;
+            }
+            (empty ? done : open).push_back(e);
+        }
+        const size_t next = page.find('<', end);
+        if (!open.empty()) open.back().text += page.substr(end + 1, next - end - 1);
+        at = next;
+    }
+    EXPECT_TRUE(open.empty()) << open.size() << " elements left open";
+    return done;
+}
+
+std::vector<std::string> attribute_of_all(const std::vector<page_element> &elements,
+                                          const std::string &name, const std::string &attribute) {
+    std::vector<std::string> out;
+    for (const page_element &e : elements)
+        if (e.name == name && e.attributes.count(attribute))
+            out.push_back(e.attributes.at(attribute));
+    return out;
+}
+
+std::vector<std::string> texts_of(const std::vector<page_element> &elements,
+                                  const std::string &name) {
+    std::vector<std::string> out;
+    for (const page_element &e : elements)
+        if (e.name == name) out.push_back(e.text);
+    return out;
+}
+
+size_t count_of(const std::vector<std::string> &items, const std::string &item) {
+    return size_t(std::count(items.begin(), items.end(), item));
+}
+
+TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {
+    temp_dir dir;
+    ASSERT_EQ(run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + dir.path() + "/d").status,
+              0);
+    const tool_run run = run_tool(dir, "report " + dir.path() + "/d -o " + dir.path() + "/r.html");
+    ASSERT_EQ(run.status, 0) << run.out << run.err;
+    const std::string page = read_file(dir.path() + "/r.html");
+    EXPECT_LT(page.size(), 2u << 20);
+    for (const char *outside : {"http", "src=", "<script", "<link", "url(", "@import"})
+        EXPECT_EQ(page.find(outside), std::string::npos) << outside;
+
+    const std::vector<page_element> elements = parse_page(page);
+    EXPECT_EQ(attribute_of_all(elements, "section", "id"),
+              (std::vector<std::string>{"summary", "pushes", "step-init", "step-frame1"}));
+    // the summary from the manifest
+    std::vector<std::string> facts;
+    for (const page_element &e : elements)
+        if (e.name == "tr" && e.text.rfind("grid", 0) == 0) facts.push_back(e.text);
+    EXPECT_EQ(facts, (std::vector<std::string>{"grid2x2 (4 partitions)"}));
+    EXPECT_EQ(
+        count_of(texts_of(elements, "p"), "Failures and warnings: none recorded in the manifest."),
+        1u);
+
+    // every curve and mesh once in each step shown, and partition grids laid out by the grid
+    const std::vector<std::string> pictures = attribute_of_all(elements, "svg", "aria-label");
+    for (const char *picture :
+         {"gamma curve (gamma lut#3)", "hdrc compression curve (hdrc hdrc_lut#3)",
+          "hidrc inverse-compression curve (hidrc hidrc_lut#2)",
+          "black-level linearisation (lin lin#3)", "black-level linearisation (blc c1 lin#3)",
+          "lsc gain mesh R", "lsc gain mesh B", "lsc coord#2 locat.x (u10)",
+          "ae_stat init#1 wr_addr0 (code)"})
+        EXPECT_EQ(count_of(pictures, picture), 2u) << picture;
+    std::map<std::string, std::string> text_of;
+    for (const page_element &e : elements)
+        if (e.name == "svg") text_of[e.attributes.at("aria-label")] = e.text;
+    // 1920x1080 in 2x2: partitions 1 and 3 start at column 960; the colour-correction sizes
+    // come from the arrays behind its pointers
+    EXPECT_EQ(text_of["lsc coord#2 locat.x (u10)"],
+              "lsc coord#2 locat.x (u10)partition 00partition 1960partition 20partition 3960");
+    EXPECT_EQ(text_of["cc init#3 part_size_v (u14)"],
+              "cc init#3 part_size_v (u14)partition 0540partition 1540partition 2540partition "
+              "3540");
+    // the compression curve unpacked to 16-bit entries: its axis ends at 60k, not at 4G
+    const std::string &hdrc = text_of["hdrc compression curve (hdrc hdrc_lut#3)"];
+    EXPECT_NE(hdrc.find("20k40k60kinput: curve point (0-256, 256 = full scale)output, real "
+                        "value (u16)"),
+              std::string::npos)
+        << hdrc;
+    EXPECT_NE(text_of["gamma curve (gamma lut#3)"].find("output, real value (u8.4)"),
+              std::string::npos);
+    // the meshes hold plain numbers: codes, and the heat map says so
+    const std::string &mesh = text_of["lsc gain mesh R"];
+    EXPECT_NE(mesh.find("row 0, column 0: 6522"), std::string::npos);
+    EXPECT_EQ(mesh.substr(mesh.size() - 4), "code");
+    EXPECT_EQ(count_of(texts_of(elements, "caption"), "csc RGB to YUV matrix (s2.10)"), 2u);
+
+    // member tables: a member of a block without register rows shows its code only
+    std::vector<std::string> rows;
+    for (const page_element &e : elements)
+        if (e.name == "tr" && (e.text.rfind("reservednoneno register row", 0) == 0 ||
+                               e.text.rfind("d_gainu10.8", 0) == 0))
+            rows.push_back(e.text);
+    ASSERT_GE(rows.size(), 2u);
+    EXPECT_EQ(rows.front(), "reservednoneno register row0-");
+    EXPECT_EQ(count_of(rows, "d_gainu10.8isp_wbc.d_gain.val2561"), 2u);
+}
+
+TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
+    temp_dir dir;
+    const std::string changed = copy_sample(dir);
+    // gamma points 64 and 65 (the pair of grp0 element 32) dropped to zero in every file
+    for (const char *frame : {"f0", "f1"})
+        for (int p = 0; p < 4; ++p) {
+            const std::string path =
+                changed + "/cfgs/" + frame + "/rtl_gamma_p" + std::to_string(p) + ".json";
+            picojson::object root  = isp_test::parse_object(read_file(path));
+            picojson::object &pair = root["isp_gamma"]
+                                         .get<picojson::object>()["grp0"]
+                                         .get<picojson::array>()[32]
+                                         .get<picojson::object>()["gam_lut"]
+                                         .get<picojson::object>();
+            pair["low"] = pair["high"] = picojson::value(0.0);
+            std::ofstream(path) << picojson::value(root).serialize();
+        }
+    ASSERT_EQ(run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + dir.path() + "/a").status,
+              0);
+    ASSERT_EQ(run_tool(dir, "replay " + changed + " --dump " + dir.path() + "/b").status, 0);
+    const tool_run run = run_tool(dir, "report " + dir.path() + "/a --against " + dir.path() +
+                                           "/b --frame 0 -o " + dir.path() + "/r.html");
+    ASSERT_EQ(run.status, 0) << run.out << run.err;
+    const std::vector<page_element> elements = parse_page(read_file(dir.path() + "/r.html"));
+
+    EXPECT_EQ(
+        attribute_of_all(elements, "section", "id"),
+        (std::vector<std::string>{"summary", "changes", "pushes", "step-init", "step-frame0"}));
+    // what changed: the curve alone, in each of the three steps; sRGB at 0.5 is 187.5 in u8.4
+    std::vector<std::string> rows;
+    for (const page_element &e : elements)
+        if (e.name == "tr" && e.text.find("gamma lut#3") != std::string::npos)
+            rows.push_back(e.text);
+    EXPECT_EQ(rows, (std::vector<std::string>{
+                        "initgamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
+                        "frame 0gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
+                        "frame 1gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
+    // B's two points, code and real value, highlighted in the member tables of init and frame 0
+    EXPECT_EQ(texts_of(elements, "mark"), std::vector<std::string>(8, "0"));
+    // the curve drawn twice, once per run, with a legend naming each
+    const std::string a_name = "A: " + dir.path() + "/a", b_name = "B: " + dir.path() + "/b";
+    size_t drawn = 0;
+    for (const page_element &e : elements)
+        if (e.name == "svg" && e.attributes.count("aria-label") &&
+            e.attributes.at("aria-label") == "gamma curve (gamma lut#3)")
+            drawn += e.text.find(a_name) != std::string::npos &&
+                     e.text.find(b_name) != std::string::npos;
+    EXPECT_EQ(drawn, 2u);
+    const std::vector<std::string> details = attribute_of_all(elements, "details", "open");
+    EXPECT_EQ(details.size(), 2u);  // the lut group of init and of frame 0, nothing else
+}
+
 }  // namespace

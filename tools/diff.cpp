@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 #include <vector>
 
@@ -26,13 +24,9 @@ struct unreadable : std::runtime_error {
 };
 
 value read_json(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw unreadable(path + ": cannot be read");
-    std::stringstream text;
-    text << in.rdbuf();
     value v;
-    const std::string error = picojson::parse(v, text.str());
-    if (!error.empty()) throw unreadable(path + ": not JSON: " + error);
+    std::string error;
+    if (!read_json_file(path, v, error)) throw unreadable(error);
     return v;
 }
 
@@ -129,11 +123,9 @@ std::vector<std::pair<std::string, const picojson::object *>> members_of(const v
 }
 
 std::string raw_bytes(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw unreadable(path + ": cannot be read");
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    std::string bytes, error;
+    if (!read_file_bytes(path, bytes, error)) throw unreadable(error);
+    return bytes;
 }
 
 void compare_push(const diff_settings &s, const manifest_push &pa, const manifest_push &pb,

@@ -18,6 +18,7 @@
 #include "tools/output_dir.h"
 #include "tools/replay.h"
 #include "tools/replay_report.h"
+#include "tools/report/report.h"
 #include "tools/settings.h"
 
 namespace {
@@ -212,12 +213,13 @@ struct command_line {
     bool check_strict        = false;
     std::string check_format = "text";
     export_settings exports;
+    report_settings report;
     diff_settings diff;
     batch_settings batch;
     std::string shard;
     std::optional<int> batch_frames;
     CLI::App *replay_cmd = nullptr, *check_cmd = nullptr, *export_cmd = nullptr,
-             *diff_cmd = nullptr, *batch_cmd = nullptr;
+             *diff_cmd = nullptr, *batch_cmd = nullptr, *report_cmd = nullptr;
 };
 
 void add_replay(CLI::App &app, command_line &cl) {
@@ -345,6 +347,25 @@ void add_diff(CLI::App &app, command_line &cl) {
         ->check(CLI::IsMember({"text", "json"}));
 }
 
+void add_report(CLI::App &app, command_line &cl) {
+    cl.report_cmd = app.add_subcommand(
+        "report", "Write one HTML page that shows and draws what a dumped replay programmed");
+    CLI::App &cmd      = *cl.report_cmd;
+    report_settings &r = cl.report;
+    cmd.footer(
+        "Exit status: 0 page written, 1 the page could not be written, 2 usage error, 3 a "
+        "dump that cannot be read or a frame it does not hold.");
+    cmd.add_option("DUMP", r.dump_dir, "Dump directory of 'isp-case replay --dump'")
+        ->required()
+        ->type_name("DIR");
+    cmd.add_option("--against", r.against_dir, "Another dump to compare with, side by side")
+        ->type_name("DIR");
+    cmd.add_option("-o,--out", r.out_file, "Page to write (default: report.html)")
+        ->type_name("FILE");
+    cmd.add_option("--frame", r.frame, "Frame shown beside init (default: the last one)")
+        ->check(CLI::Range(0, 1000000));
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -361,6 +382,7 @@ int main(int argc, char **argv) {
     add_export(app, cl);
     add_diff(app, cl);
     add_batch(app, cl);
+    add_report(app, cl);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &e) {
@@ -378,5 +400,6 @@ int main(int argc, char **argv) {
             b, [&b](batch_stage stage, const batch_case &c) { return run_stage(stage, c, b); },
             stdout, stderr);
     }
+    if (cl.report_cmd->parsed()) return run_report(cl.report);
     return run_export(cl.exports);
 }

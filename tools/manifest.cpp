@@ -1,6 +1,8 @@
 /* The manifest to JSON and back. */
 #include "tools/manifest.h"
 
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 namespace isp_case {
@@ -167,6 +169,27 @@ bool manifest_from_json(const picojson::value &v, manifest &out, std::string &er
         error = e.what();
         return false;
     }
+}
+
+bool read_file_bytes(const std::string &path, std::string &out, std::string &error) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        error = path + ": cannot be read";
+        return false;
+    }
+    std::stringstream text;
+    text << in.rdbuf();
+    out = text.str();
+    return true;
+}
+
+bool read_json_file(const std::string &path, picojson::value &out, std::string &error) {
+    std::string text;
+    if (!read_file_bytes(path, text, error)) return false;
+    const std::string parse_error = picojson::parse(out, text);
+    if (parse_error.empty()) return true;
+    error = path + ": not JSON: " + parse_error;
+    return false;
 }
 
 }  // namespace isp_case
