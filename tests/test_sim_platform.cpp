@@ -24,7 +24,7 @@ using isp_test::names_of;
 const uint32_t tag_wbc = 0x17010101;
 const uint32_t tag_cc  = 0x1B010101;
 
-class sim_platform : public isp_test::platform_test {
+class SimPlatform : public isp_test::platform_test {
   protected:
     /* A wrapper with a register I/O named "mod_<block>", as a module's init leaves it. */
     static uint32_t wrapper_for(const char *block, uint8_t channel = 0) {
@@ -37,25 +37,19 @@ class sim_platform : public isp_test::platform_test {
         EXPECT_EQ(vin_hal_wrapper_regio_create(handle, &regio), 0);
         return handle;
     }
-
     /* Every byte set, padding and reserved members included. */
     template <typename Record>
     static void fill_pattern(Record &record, uint8_t seed) {
         uint8_t *first = reinterpret_cast<uint8_t *>(&record);
         for (size_t i = 0; i < sizeof record; ++i) first[i] = static_cast<uint8_t>(seed + i * 7);
     }
-
-    static std::vector<std::string> problems() { return isp_sim::problems(); }
 };
 
-TEST_F(sim_platform, creation_register_io_and_setup_records_are_copied_byte_for_byte) {
-    const IspPipeAttr grid{2, 3};
+TEST_F(SimPlatform, RecordsAreCopiedByteForByteWithHandlesCountingFrom0x100) {
     VinHalWrapperAttr attr;
     fill_pattern(attr, 1);
-    attr.type          = 17;
-    attr.register_func = isp_plat_hal_register_func;
-    attr.pipe_attr     = &grid;
-    uint32_t handle    = 0;
+    attr.type       = 17;
+    uint32_t handle = 0;
     ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
     VinHalRegioAttr regio;
     fill_pattern(regio, 9);  // reserved bytes too: the copy must not be member by member
@@ -65,106 +59,77 @@ TEST_F(sim_platform, creation_register_io_and_setup_records_are_copied_byte_for_
     ASSERT_EQ(vin_hal_wrapper_regio_create(handle, &regio), 0);
     fill_pattern(regio, 0);  // the copy was taken during the call
 
-    /* a known command is copied with its block's size; an unknown one or no data is not */
+    /* a known command is copied with its block's size, after the hook ran; an unknown one or no
+     * data is not */
     _isp_wbc_user_ctrl_t ctrl;
     fill_pattern(ctrl, 3);
+    isp_sim::on_setup([&](uint32_t, const VinHalSetupCmd *cmd) {
+        if (cmd->data) static_cast<uint8_t *>(cmd->data)[0] = 0x5A;
+    });
     const VinHalSetupCmd known{1, &ctrl}, unknown{99, &ctrl}, no_data{1, nullptr};
     for (const VinHalSetupCmd *cmd : {&known, &unknown, &no_data})
         EXPECT_EQ(vin_hal_wrapper_setup(handle, cmd), 0);
+    EXPECT_EQ(vin_hal_wrapper_trigger(handle, 1, 0xCAFE, 2), 0);
+    EXPECT_EQ(isp_plat_hal_register_func(), 0);  // the two callbacks are not recorded
+    EXPECT_EQ(qv_regio_regdesc_get_plat(), 0);
 
     const std::vector<isp_sim::call> &calls = isp_sim::calls();
-    ASSERT_EQ(calls.size(), 5u);
-    EXPECT_EQ(calls[0].function, "vin_hal_wrapper_create");
+    ASSERT_EQ(names_of(calls),
+              (std::vector<std::string>{"vin_hal_wrapper_create", "vin_hal_wrapper_regio_create",
+                                        "vin_hal_wrapper_setup", "vin_hal_wrapper_setup",
+                                        "vin_hal_wrapper_setup", "vin_hal_wrapper_trigger"}));
     EXPECT_EQ(calls[0].handle, 0x100u);
     EXPECT_EQ(calls[0].record, bytes_of(attr));
-    EXPECT_EQ(calls[1].function, "vin_hal_wrapper_regio_create");
     EXPECT_EQ(calls[1].handle, 0x100u);
     EXPECT_EQ(calls[1].record, sent);
-    EXPECT_EQ(calls[2].handle, handle);
     EXPECT_EQ(calls[2].cmd, 1u);
-    EXPECT_TRUE(calls[2].has_data);
     EXPECT_EQ(calls[2].payload, bytes_of(ctrl));
-    EXPECT_EQ(calls[3].cmd, 99u);
+    EXPECT_EQ(calls[2].payload.at(0), 0x5Au);
     EXPECT_TRUE(calls[3].has_data);
     EXPECT_TRUE(calls[3].payload.empty());
     EXPECT_FALSE(calls[4].has_data);
-    EXPECT_TRUE(calls[4].payload.empty());
-
+    EXPECT_EQ(calls[5].mode, 1u);
+    EXPECT_EQ(calls[5].arg, 0xCAFEu);
+    EXPECT_EQ(calls[5].channel, 2u);
     const isp_sim::wrapper_state state = isp_sim::wrapper(handle);
-    EXPECT_TRUE(state.exists);
-    EXPECT_TRUE(state.regio);
+    EXPECT_TRUE(state.exists && state.regio);
     EXPECT_EQ(state.type, 17u);
     EXPECT_EQ(state.block, "wbc");
     EXPECT_EQ(state.channel, 4u);
-}
 
-TEST_F(sim_platform, handles_start_at_0x100_and_count_up_again_after_reset) {
-    const VinHalWrapperAttr attr{};
-    uint32_t handles[3] = {};
-    for (uint32_t &handle : handles) ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
-    EXPECT_EQ(handles[0], 0x100u);
-    EXPECT_EQ(handles[1], 0x101u);
-    EXPECT_EQ(handles[2], 0x102u);
-    /* A destroyed handle is never issued again. */
-    ASSERT_EQ(vin_hal_wrapper_destroy(handles[2]), 0);
-    uint32_t next = 0;
-    ASSERT_EQ(vin_hal_wrapper_create(&next, &attr), 0);
-    EXPECT_EQ(next, 0x103u);
-    EXPECT_EQ(isp_sim::live_wrappers(), 3u);
-
+    /* a destroyed handle is never issued again; after a reset handles start again */
+    ASSERT_EQ(vin_hal_wrapper_regio_destroy(handle), 0);
+    ASSERT_EQ(vin_hal_wrapper_destroy(handle), 0);
+    ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
+    EXPECT_EQ(handle, 0x101u);
     isp_sim::reset();
-    ASSERT_EQ(vin_hal_wrapper_create(&next, &attr), 0);
-    EXPECT_EQ(next, 0x100u);
+    ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
+    EXPECT_EQ(handle, 0x100u);
     EXPECT_EQ(isp_sim::live_wrappers(), 1u);
 }
 
-TEST_F(sim_platform, the_setup_hook_runs_before_the_copy_is_taken) {
-    const uint32_t handle = wrapper_for("wbc");
-    _isp_wbc_user_ctrl_t ctrl{};
-    std::vector<uint32_t> seen;
-    isp_sim::on_setup([&](uint32_t h, const VinHalSetupCmd *cmd) {
-        seen.push_back(h);
-        static_cast<uint8_t *>(cmd->data)[0] = 0x5A;
-    });
-    const VinHalSetupCmd cmd{1, &ctrl};
-    ASSERT_EQ(vin_hal_wrapper_setup(handle, &cmd), 0);
-    EXPECT_EQ(seen, std::vector<uint32_t>{handle});
-    EXPECT_EQ(isp_sim::calls().back().payload.at(0), 0x5Au);
-}
-
-TEST_F(sim_platform, an_injected_failure_hits_exactly_the_nth_following_call) {
+TEST_F(SimPlatform, AnInjectedFailureHitsTheNthFollowingCallAndHandsNothingOut) {
     const uint32_t handle = wrapper_for("wbc");
     const VinHalSetupCmd cmd{99, nullptr};
     ASSERT_EQ(vin_hal_wrapper_setup(handle, &cmd), 0);  // calls before fail_call do not count
     isp_sim::fail_call("vin_hal_wrapper_setup", 3, 0x1234);
     isp_sim::fail_call("vin_hal_wrapper_setup", 1);
-    const int32_t expected[] = {-1, 0, 0x1234, 0, 0};
-    for (int32_t result : expected) EXPECT_EQ(vin_hal_wrapper_setup(handle, &cmd), result);
-    /* Other functions are not affected, and failing calls are recorded with their result. */
-    EXPECT_EQ(vin_hal_wrapper_trigger(handle, 0, 0, 0), 0);
-    const std::vector<isp_sim::call> setups = isp_sim::calls_of("vin_hal_wrapper_setup");
-    ASSERT_EQ(setups.size(), 6u);
-    EXPECT_EQ(setups[1].result, -1);
-    EXPECT_EQ(setups[3].result, 0x1234);
-    EXPECT_EQ(setups[5].result, 0);
-}
+    for (int32_t result : {-1, 0, 0x1234, 0, 0})
+        EXPECT_EQ(vin_hal_wrapper_setup(handle, &cmd), result);
+    EXPECT_EQ(vin_hal_wrapper_trigger(handle, 0, 0, 0), 0);  // other functions are not affected
+    EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_setup").at(3).result, 0x1234);
 
-TEST_F(sim_platform, failing_creation_or_allocation_hands_nothing_out) {
     isp_sim::fail_call("vin_hal_wrapper_create", 1, 7);
     isp_sim::fail_call("QV_OS_MEM_Calloc", 1);
     isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, -3);
-
     const VinHalWrapperAttr attr{};
-    uint32_t handle = 0;
-    EXPECT_EQ(vin_hal_wrapper_create(&handle, &attr), 7);
-    EXPECT_EQ(handle, 0u);
-    EXPECT_EQ(isp_sim::live_wrappers(), 0u);
-    ASSERT_EQ(vin_hal_wrapper_create(&handle, &attr), 0);
-    EXPECT_EQ(handle, 0x100u);  // the failed call used no handle
-
+    uint32_t created = 0;
+    EXPECT_EQ(vin_hal_wrapper_create(&created, &attr), 7);
+    EXPECT_EQ(created, 0u);
+    ASSERT_EQ(vin_hal_wrapper_create(&created, &attr), 0);
+    EXPECT_EQ(created, 0x101u);  // the failed call used no handle
     EXPECT_EQ(QV_OS_MEM_Calloc(tag_wbc, 1, 12), nullptr);
     EXPECT_TRUE(isp_sim::live_allocations().empty());
-
     uint64_t phys = 0;
     void *virt    = nullptr;
     EXPECT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 256, 128, "ae_stat"), -3);
@@ -173,12 +138,10 @@ TEST_F(sim_platform, failing_creation_or_allocation_hands_nothing_out) {
     ASSERT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 256, 128, "ae_stat"), 0);
     EXPECT_EQ(phys, 0x10000000u);  // the failed call used no address
     EXPECT_EQ(QV_SYS_MemFree(phys, virt), 0);
-
     EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Calloc").at(0).result, -1);
-    EXPECT_EQ(isp_sim::calls_of("qv_hal_sys_mem_alloc_cached").at(0).result, -3);
 }
 
-TEST_F(sim_platform, dma_buffers_get_page_aligned_bus_addresses_and_real_zeroed_memory) {
+TEST_F(SimPlatform, DmaBuffersGetAlignedBusAddressesAndZeroedMemoryAndAreFreedOnce) {
     const struct {
         uint32_t size, align;
         uint64_t phys;
@@ -196,45 +159,35 @@ TEST_F(sim_platform, dma_buffers_get_page_aligned_bus_addresses_and_real_zeroed_
         EXPECT_EQ(phys, r.phys);
         ASSERT_NE(virt, nullptr);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(virt) % r.align, 0u);
-        const std::vector<uint8_t> zeros(r.size, 0);
-        EXPECT_EQ(memcmp(virt, zeros.data(), r.size), 0);
+        EXPECT_EQ(std::vector<uint8_t>(static_cast<uint8_t *>(virt),
+                                       static_cast<uint8_t *>(virt) + r.size),
+                  std::vector<uint8_t>(r.size, 0));
         memset(virt, 0xEE, r.size);  // modules write to the buffer
         buffers.push_back(virt);
     }
-    const isp_sim::call alloc = isp_sim::calls_of("qv_hal_sys_mem_alloc_cached").at(1);
-    EXPECT_EQ(alloc.pipe_id, 1u);
-    EXPECT_EQ(alloc.size, 0x1001u);
-    EXPECT_EQ(alloc.align, 128u);
-    EXPECT_EQ(alloc.name, "awb_stat");
-    EXPECT_EQ(alloc.phys, 0x10001000u);
-    EXPECT_EQ(isp_sim::live_dma_buffers(), 4u);
     EXPECT_EQ(QV_SYS_MemFree(0x10001000, buffers[1]), 0);
-    EXPECT_EQ(isp_sim::live_dma_buffers(), 3u);
     EXPECT_EQ(isp_sim::calls().back().phys, 0x10001000u);
-
+    EXPECT_EQ(isp_sim::live_dma_buffers(), 3u);
     /* after a reset addresses start again, and older buffers can still be given back */
     isp_sim::reset();
+    EXPECT_EQ(QV_SYS_MemFree(0x10000000, buffers[0]), 0);
+    EXPECT_EQ(QV_SYS_MemFree(0x10008000, buffers[3]), 0);
+    EXPECT_EQ(QV_SYS_MemFree(0x10003000, buffers[2]), 0);
     uint64_t phys = 0;
     void *virt    = nullptr;
     ASSERT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 8, 8, "again"), 0);
     EXPECT_EQ(phys, 0x10000000u);
-    EXPECT_EQ(QV_SYS_MemFree(0x10000000, buffers[0]), 0);
-    EXPECT_EQ(QV_SYS_MemFree(0x10008000, buffers[3]), 0);
-    EXPECT_EQ(QV_SYS_MemFree(0x10003000, buffers[2]), 0);
     EXPECT_EQ(isp_sim::live_dma_buffers(), 1u);
-    EXPECT_EQ(QV_SYS_MemFree(phys, virt), 0);
-    EXPECT_TRUE(problems().empty());
-
+    EXPECT_TRUE(isp_sim::problems().empty());
     /* double and unknown frees */
-    ASSERT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 64, 128, "ae_stat"), 0);
     EXPECT_EQ(QV_SYS_MemFree(phys, virt), 0);
     EXPECT_EQ(QV_SYS_MemFree(phys, virt), -1);
     EXPECT_EQ(QV_SYS_MemFree(0x20000000, nullptr), -1);
-    expected_problems = {"QV_SYS_MemFree: buffer at 0x10001000 freed twice",
+    expected_problems = {"QV_SYS_MemFree: buffer at 0x10000000 freed twice",
                          "QV_SYS_MemFree: unknown buffer at 0x20000000"};
 }
 
-TEST_F(sim_platform, tagged_allocations_are_zeroed_and_counted_per_tag) {
+TEST_F(SimPlatform, TaggedAllocationsAreCountedPerTagAndWrongFreesAreProblems) {
     auto *a = static_cast<uint32_t *>(QV_OS_MEM_Calloc(tag_wbc, 1, 12));
     void *b = QV_OS_MEM_Calloc(tag_wbc, 4, 8);
     void *c = QV_OS_MEM_Calloc(tag_cc, 1, 40);
@@ -243,25 +196,14 @@ TEST_F(sim_platform, tagged_allocations_are_zeroed_and_counted_per_tag) {
     EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>{{tag_wbc, 2}, {tag_cc, 1}}));
     EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Calloc").at(1).size, 32u);
     EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Calloc").at(2).tag, tag_cc);
-
     QV_OS_MEM_Free(tag_wbc, a);
-    QV_OS_MEM_Free(tag_wbc, b);
     QV_OS_MEM_Free(tag_cc, nullptr);  // nothing to free, nothing wrong
-    EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>{{tag_cc, 1}}));
-    EXPECT_TRUE(problems().empty());
-    QV_OS_MEM_Free(tag_cc, c);
-    EXPECT_TRUE(isp_sim::live_allocations().empty());
-    EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Free").size(), 4u);
-
+    EXPECT_TRUE(isp_sim::problems().empty());
     /* memory from before a reset is forgotten but can be freed */
-    void *old = QV_OS_MEM_Calloc(tag_wbc, 1, 12);
     isp_sim::reset();
-    EXPECT_TRUE(isp_sim::live_allocations().empty());
-    QV_OS_MEM_Free(tag_wbc, old);
-    EXPECT_TRUE(problems().empty());
-}
+    QV_OS_MEM_Free(tag_cc, c);
+    EXPECT_TRUE(isp_sim::problems().empty());
 
-TEST_F(sim_platform, frees_under_another_tag_or_of_unknown_pointers_are_problems) {
     void *ctx  = QV_OS_MEM_Calloc(tag_wbc, 1, 12);
     void *keep = QV_OS_MEM_Calloc(tag_cc, 1, 12);
     QV_OS_MEM_Free(tag_cc, ctx);  // a problem, but the block is freed
@@ -270,22 +212,23 @@ TEST_F(sim_platform, frees_under_another_tag_or_of_unknown_pointers_are_problems
     QV_OS_MEM_Free(tag_wbc, keep);
     int on_stack = 0;
     QV_OS_MEM_Free(tag_wbc, &on_stack);
-    ASSERT_EQ(problems().size(), 3u);
-    EXPECT_EQ(problems()[0],
+    QV_OS_MEM_Free(tag_wbc, b);
+    expected_problems = isp_sim::problems();
+    ASSERT_EQ(expected_problems.size(), 3u);
+    EXPECT_EQ(expected_problems[0],
               "QV_OS_MEM_Free: block allocated under tag 0x17010101 freed under tag 0x1b010101");
-    EXPECT_EQ(problems()[1].rfind("QV_OS_MEM_Free: unknown or already freed pointer 0x", 0), 0u);
-    EXPECT_NE(problems()[2].find(" under tag 0x17010101"), std::string::npos);
-    expected_problems = problems();
+    EXPECT_EQ(expected_problems[1].rfind("QV_OS_MEM_Free: unknown or already freed pointer 0x", 0),
+              0u);
+    EXPECT_NE(expected_problems[2].find(" under tag 0x17010101"), std::string::npos);
 }
 
-TEST_F(sim_platform, wrapper_discipline_violations_are_problems) {
+TEST_F(SimPlatform, WrapperDisciplineViolationsAreProblems) {
     const uint32_t first = wrapper_for("clc");
     const VinHalWrapperAttr attr{};
     uint32_t bare = 0;
     ASSERT_EQ(vin_hal_wrapper_create(&bare, &attr), 0);
     const VinHalSetupCmd cmd{1, nullptr};
     VinHalRegioAttr regio{};
-
     EXPECT_EQ(vin_hal_wrapper_setup(bare, &cmd), -1);
     EXPECT_EQ(vin_hal_wrapper_trigger(bare, 0, 0, 0), -1);
     EXPECT_EQ(vin_hal_wrapper_regio_destroy(bare), -1);
@@ -306,89 +249,39 @@ TEST_F(sim_platform, wrapper_discipline_violations_are_problems) {
         "vin_hal_wrapper_trigger: unknown handle 0x999",
         "vin_hal_wrapper_destroy: unknown handle 0x0",
     };
-    const isp_sim::wrapper_state gone = isp_sim::wrapper(first);
-    EXPECT_FALSE(gone.exists);
-    EXPECT_FALSE(gone.regio);
-    EXPECT_EQ(gone.block, "clc");
-    EXPECT_FALSE(isp_sim::wrapper(0x999).exists);
+    EXPECT_FALSE(isp_sim::wrapper(first).exists || isp_sim::wrapper(first).regio);
+    EXPECT_EQ(isp_sim::wrapper(first).block, "clc");
 }
 
-TEST_F(sim_platform, calls_are_recorded_in_order_with_the_trigger_arguments) {
-    void *ctx             = QV_OS_MEM_Calloc(tag_wbc, 1, 12);
-    const uint32_t handle = wrapper_for("blc", 2);
-    EXPECT_EQ(vin_hal_wrapper_trigger(handle, 1, 0xCAFE, 2), 0);
-    const isp_sim::call trigger = isp_sim::calls().back();
-    EXPECT_EQ(trigger.handle, handle);
-    EXPECT_EQ(trigger.mode, 1u);
-    EXPECT_EQ(trigger.arg, 0xCAFEu);
-    EXPECT_EQ(trigger.channel, 2u);
-    vin_hal_wrapper_regio_destroy(handle);
-    vin_hal_wrapper_destroy(handle);
-    QV_OS_MEM_Free(tag_wbc, ctx);
-    EXPECT_EQ(isp_plat_hal_register_func(), 0);  // the two callbacks are not recorded
-    EXPECT_EQ(qv_regio_regdesc_get_plat(), 0);
-    EXPECT_EQ(names_of(isp_sim::calls()),
-              (std::vector<std::string>{"QV_OS_MEM_Calloc", "vin_hal_wrapper_create",
-                                        "vin_hal_wrapper_regio_create", "vin_hal_wrapper_trigger",
-                                        "vin_hal_wrapper_regio_destroy", "vin_hal_wrapper_destroy",
-                                        "QV_OS_MEM_Free"}));
-}
-
-TEST_F(sim_platform, log_lines_are_formatted_and_recorded_in_full) {
-    EXPECT_EQ(
-        QV_SYS_LogPrint(3, "ISP", 1, "[E][%32s][%4d]: Error [%x]: %s\n", "isp_cc_json_mod_init",
-                        123, 0x80011980u, "Isp clc hal create failed."),
-        0);
+TEST_F(SimPlatform, LogLinesAreRecordedInFullAndEchoedBelowTheThreshold) {
     const std::string long_text(3000, 'x');
-    QV_SYS_LogPrint(7, "ISP", 1, "[D][%32s][%4d]: %s\n", "f", 400, long_text.c_str());
-
-    const std::vector<isp_sim::log_line> &lines = isp_sim::log_lines();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0].level, 3);
-    EXPECT_EQ(lines[0].tag, "ISP");
-    EXPECT_EQ(lines[0].flag, 1);
-    EXPECT_EQ(lines[0].text,
-              "[E][            isp_cc_json_mod_init][ 123]: Error [80011980]: Isp clc hal create "
-              "failed.\n");
-    EXPECT_EQ(lines[1].text, "[D][" + std::string(31, ' ') + "f][ 400]: " + long_text + "\n");
-    EXPECT_TRUE(isp_sim::calls().empty());
-}
-
-TEST_F(sim_platform, log_echo_follows_the_switch_and_the_level_threshold) {
-    const std::string echoed = isp_test::stderr_of([] {
-        QV_SYS_LogPrint(3, "ISP", 1, "off %d\n", 1);
+    const std::string echoed  = isp_test::stderr_of([&] {
+        QV_SYS_LogPrint(3, "ISP", 1, "[E][%32s][%4d]: %s\n", "isp_cc_json_mod_init", 123, "off");
         isp_sim::set_log_echo(true);
-        QV_SYS_LogPrint(3, "ISP", 1, "on %d\n", 2);
         isp_sim::set_log_level(4);
         QV_SYS_LogPrint(7, "ISP", 1, "debug %d\n", 3);
-        QV_SYS_LogPrint(4, "ISP", 1, "warning %d\n", 4);
+        QV_SYS_LogPrint(4, "ISP", 1, "[D][%32s][%4d]: %s\n", "f", 400, long_text.c_str());
         isp_sim::set_log_echo(false);
         isp_sim::set_log_level(7);
     });
-    EXPECT_EQ(echoed, "on 2\nwarning 4\n");
-    EXPECT_EQ(isp_sim::log_lines().size(), 4u);
-}
-
-TEST_F(sim_platform, reset_forgets_records_failures_and_hooks) {
-    const uint32_t handle = wrapper_for("wbc");
-    QV_SYS_LogPrint(3, "ISP", 1, "x\n");
-    vin_hal_wrapper_destroy(handle);
-    vin_hal_wrapper_destroy(handle);
+    const std::string warning = "[D][" + std::string(31, ' ') + "f][ 400]: " + long_text + "\n";
+    EXPECT_EQ(echoed, warning);
+    const std::vector<isp_sim::log_line> &lines = isp_sim::log_lines();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0].level, 3);
+    EXPECT_EQ(lines[0].tag, "ISP");
+    EXPECT_EQ(lines[0].flag, 1);
+    EXPECT_EQ(lines[0].text, "[E][            isp_cc_json_mod_init][ 123]: off\n");
+    EXPECT_EQ(lines[2].text, warning);
+    /* a reset forgets records, problems, failures and hooks */
     isp_sim::fail_call("vin_hal_wrapper_create", 1);
-    int hook_calls = 0;
-    isp_sim::on_setup([&](uint32_t, const VinHalSetupCmd *) { ++hook_calls; });
-    ASSERT_FALSE(problems().empty());
-
+    isp_sim::on_setup([&](uint32_t, const VinHalSetupCmd *) { ADD_FAILURE() << "hook kept"; });
+    vin_hal_wrapper_destroy(0);
     isp_sim::reset();
-    EXPECT_TRUE(isp_sim::calls().empty());
-    EXPECT_TRUE(isp_sim::log_lines().empty());
-    EXPECT_TRUE(problems().empty());
-    EXPECT_FALSE(isp_sim::wrapper(handle).exists);
-    const uint32_t again = wrapper_for("wbc");  // the injected failure is gone
-    EXPECT_EQ(again, 0x100u);
+    EXPECT_TRUE(isp_sim::calls().empty() && isp_sim::log_lines().empty());
+    EXPECT_TRUE(isp_sim::problems().empty());
     const VinHalSetupCmd cmd{99, nullptr};
-    EXPECT_EQ(vin_hal_wrapper_setup(again, &cmd), 0);
-    EXPECT_EQ(hook_calls, 0);
+    EXPECT_EQ(vin_hal_wrapper_setup(wrapper_for("wbc"), &cmd), 0);
 }
 
 }  // namespace
