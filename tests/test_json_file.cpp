@@ -1,11 +1,8 @@
 /* Reading and writing JSON files: the whole file is parsed, failures abort with their exact
  * report, and the writer goes through a redirected standard output. */
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -22,154 +19,88 @@ namespace {
 using isp_test::read_file;
 using isp_test::temp_dir;
 
-/* text as a POSIX extended regular expression matching exactly itself. */
-std::string literal(const std::string &text) {
-    std::string pattern;
-    for (char c : text) {
-        if (std::string("\\.[]()*+?{}|^$").find(c) != std::string::npos) pattern += '\\';
-        pattern += c;
-    }
-    return pattern;
-}
-
-/* The whole standard error of an aborted read: this unit's report, then the C library's
- * assertion line naming the unit and the line of the check. Run under qemu-user, the emulator
- * itself reports the fatal signal in one more line on the same stream, after all of that. */
+/* The whole standard error of an aborted read as an extended regular expression: the report,
+ * the C library's assertion line for the check at line of json_file.cpp and, under qemu-user,
+ * the emulator's own line about the signal. */
 std::string abort_report(const std::string &report, int line) {
-    return "^" + literal("\n" + report + "\n") + "[^\n]*" +
-           literal("convert/common/json_file.cpp:" + std::to_string(line) +
-                   ": picojson::value read_json_file(const string&): Assertion `false' failed.\n") +
+    std::string pattern    = "^";
+    const std::string text = "\n" + report + "\n";
+    for (char c : text)
+        pattern += (std::string("\\.[]()*+?{}|^$").find(c) != std::string::npos ? "\\" : "") +
+                   std::string(1, c);
+    return pattern + "[^\n]*convert/common/json_file\\.cpp:" + std::to_string(line) +
+           ": picojson::value read_json_file\\(const string&\\): Assertion `false' failed\\.\n"
            "(qemu: uncaught target signal 6 \\(Aborted\\) - core dumped\n)?$";
 }
 
 /* Everything written to file descriptor 1 while body runs. */
-std::string capture_stdout(const temp_dir &dir, const std::function<void()> &body) {
-    const std::string path = dir.path() + "/stdout.txt";
-    std::cout.flush();
-    std::fflush(stdout);
-    const int saved = dup(1);
-    const int file  = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    dup2(file, 1);
-    close(file);
+std::string capture_stdout(const std::function<void()> &body) {
+    testing::internal::CaptureStdout();
     body();
     std::cout.flush();
-    std::fflush(stdout);
-    dup2(saved, 1);
-    close(saved);
-    return read_file(path);
+    return testing::internal::GetCapturedStdout();
 }
 
-TEST(read_json_file, parses_the_whole_document) {
+TEST(read_json_file, ParsesTheFirstValueOfTheWholeFile) {
     temp_dir dir;
-    const std::string path     = dir.write("rtl_wbc_p0.json",
-                                           "{\n  \"isp_wbc\": {\"d_gain\": {\"val\": 256}},\n"
-                                               "  \"list\": [1.5, null, \"x\", true]\n}\n");
-    const picojson::value root = read_json_file(path);
-    ASSERT_TRUE(root.is<picojson::object>());
-    EXPECT_EQ(root.serialize(),
-              "{\"isp_wbc\":{\"d_gain\":{\"val\":256}},\"list\":[1.5,null,\"x\",true]}");
-}
-
-TEST(read_json_file, text_after_the_first_value_is_ignored) {
-    temp_dir dir;
-    EXPECT_EQ(read_json_file(dir.write("a.json", "{\"a\": 1} trailing words\n[2]")).serialize(),
-              "{\"a\":1}");
-    EXPECT_EQ(read_json_file(dir.write("b.json", "[1,2]}")).serialize(), "[1,2]");
-}
-
-TEST(read_json_file, a_large_file_is_read_to_its_end) {
-    temp_dir dir;
-    std::string text = "[";
-    for (int i = 0; i < 200000; ++i) text += "12345,";
-    text += "7]";
-    const picojson::value array = read_json_file(dir.write("big.json", text));
-    ASSERT_TRUE(array.is<picojson::array>());
-    ASSERT_EQ(array.get<picojson::array>().size(), 200001u);
-    EXPECT_EQ(array.get<picojson::array>().back().get<double>(), 7.0);
-}
-
-TEST(read_json_file, a_stream_without_a_size_is_read_too) {
-    temp_dir dir;
-    const std::string path = dir.path() + "/fifo.json";
-    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    std::thread writer([&path] { std::ofstream(path) << "{\"from\": \"pipe\"}"; });
-    const picojson::value root = read_json_file(path);
+    EXPECT_EQ(read_json_file(dir.write("a.json",
+                                       "{\n \"w\": {\"g\": {\"val\": 256}},\n"
+                                       " \"l\": [1.5, null, \"x\", true]} trailing\n[2]"))
+                  .serialize(),
+              "{\"l\":[1.5,null,\"x\",true],\"w\":{\"g\":{\"val\":256}}}");
+    std::string big = "[";
+    for (int i = 0; i < 200000; ++i) big += "12345,";
+    big += "7]";
+    const std::string fifo = dir.path() + "/fifo.json";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::thread writer([&] { std::ofstream(fifo) << big; });
+    /* a regular file is read with the size it has, a stream without a size to its end */
+    for (const std::string &path : {dir.write("big.json", big), fifo})
+        EXPECT_TRUE(read_json_file(path).serialize() == big) << path;
     writer.join();
-    EXPECT_EQ(root.serialize(), "{\"from\":\"pipe\"}");
 }
 
-TEST(read_json_file_death, an_unreadable_file_aborts_with_its_report_and_check_line) {
+TEST(read_json_file_death, AnUnreadableFileAbortsWithItsReportAndCheckLine) {
     temp_dir dir;
     const std::string missing = dir.path() + "/cfgs/f0/rtl_gamma_p0.json";
     EXPECT_EXIT(read_json_file(missing), testing::KilledBySignal(SIGABRT),
                 abort_report("[error] failed to read json file: " + missing, 12));
-    /* an empty file is a syntax error on line 1; the tab is below the blank and left out of the
-     * quoted rest of the line */
-    const struct {
-        const char *text, *near;
-    } syntax_errors[] = {
-        {"", "line 1 near: "},
-        {"{\n  \"a\": 1,\n  \"b\": @oops,\t\"c\"\n}\n", "line 3 near: @oops,\"c\""}};
-    for (const auto &bad : syntax_errors)
-        EXPECT_EXIT(
-            read_json_file(dir.write("bad.json", bad.text)), testing::KilledBySignal(SIGABRT),
-            abort_report(
-                std::string("[error] readFile cannot parse jsonsyntax error at ") + bad.near, 21));
+    /* an empty file fails on line 1; the tab is left out of the quoted rest of the line */
+    for (const auto &bad :
+         {std::make_pair("", "line 1 near: "),
+          std::make_pair("{\n \"a\": 1,\n \"b\": @oops,\t\"c\"\n}\n", "line 3 near: @oops,\"c\"")})
+        EXPECT_EXIT(read_json_file(dir.write("bad.json", bad.first)),
+                    testing::KilledBySignal(SIGABRT),
+                    abort_report(std::string("[error] readFile cannot parse jsonsyntax error at ") +
+                                     bad.second,
+                                 21));
 }
 
-TEST(write_json_file, writes_the_pretty_form_and_two_final_line_feeds) {
+TEST(write_json_file, WritesThePrettyFormAndGivesStandardOutputBack) {
     temp_dir dir;
-    picojson::object inner;
-    inner["k"] = picojson::value(0.5);
     picojson::object root;
     root["b"] = picojson::value(picojson::array{picojson::value(3.0), picojson::value(true)});
-    root["a"] = picojson::value(inner);
+    root["a"] = picojson::value(picojson::object{{"k", picojson::value(0.5)}});
     root["c"] = picojson::value(picojson::object());
     root["d"] = picojson::value(1e20);
-    const std::string path = dir.path() + "/cmodel.json";
-
-    const std::string leaked =
-        capture_stdout(dir, [&] { write_json_file(path, picojson::value(root)); });
-
-    EXPECT_EQ(read_file(path),
-              "{\n"
-              "  \"a\": {\n"
-              "    \"k\": 0.5\n"
-              "  },\n"
-              "  \"b\": [\n"
-              "    3,\n"
-              "    true\n"
-              "  ],\n"
-              "  \"c\": {},\n"
-              "  \"d\": 1e+20\n"
-              "}\n"
-              "\n");
-    EXPECT_EQ(leaked, "");
-}
-
-TEST(write_json_file, replaces_a_longer_file_and_gives_standard_output_back) {
-    temp_dir dir;
     const std::string path = dir.write("out.json", std::string(1000, 'x'));
-    const std::string out  = capture_stdout(dir, [&] {
+    const std::string out  = capture_stdout([&] {
         std::cout << "before ";
-        write_json_file(path, picojson::value(picojson::array()));
+        write_json_file(path, picojson::value(root));
         std::cout << "after";
     });
     EXPECT_EQ(out, "before after");
-    EXPECT_EQ(read_file(path), "[]\n\n");
-}
-
-TEST(write_json_file, an_unopenable_file_loses_the_output_silently) {
-    temp_dir dir;
-    const std::string path = dir.path() + "/no/such/dir/out.json";
-    const std::string out  = capture_stdout(dir, [&] {
-        write_json_file(path, picojson::value(1.0));
-        EXPECT_TRUE(std::cout.good());
-        std::cout << "still here";
-    });
-    EXPECT_EQ(out, "still here");
+    /* a file that cannot be opened loses the output silently */
+    EXPECT_EQ(capture_stdout([&] {
+                  write_json_file(dir.path() + "/no/such/dir/out.json", picojson::value(1.0));
+                  std::cout << "still here";
+              }),
+              "still here");
     struct stat st;
-    EXPECT_NE(stat(path.c_str(), &st), 0);
+    EXPECT_NE(stat((dir.path() + "/no").c_str(), &st), 0);
+    EXPECT_EQ(read_file(path),
+              "{\n  \"a\": {\n    \"k\": 0.5\n  },\n  \"b\": [\n    3,\n    true\n"
+              "  ],\n  \"c\": {},\n  \"d\": 1e+20\n}\n\n");
 }
 
 }  // namespace

@@ -1,17 +1,7 @@
 # Installs a built tree under a scratch prefix, checks what is in place, and builds and runs a
 # small consumer against it twice: through find_package(isp_json) and through pkg-config.
-# Run by ctest as: cmake -D<variable>=<value>... -P check_install.cmake
-#   BUILD_DIR      the project's build directory
-#   WORK_DIR       scratch directory, emptied first
-#   CONSUMER_DIR   the consumer's sources
-#   LIBDIR, INCLUDEDIR, BINDIR   the install directories relative to the prefix
-#   C_COMPILER, CXX_COMPILER     compilers of the build (cross compilers in a cross build)
-#   GENERATOR      CMake generator for the consumer
-#   TOOLCHAIN_FILE the cross build's toolchain file, empty for a native build
-#   EMULATOR       ;-list running a target executable (empty for a native build)
-#   PKG_CONFIG     pkg-config executable
-#   WITH_TOOL      ON when isp-case is built
-#   EXTRA_FLAGS    compiler and linker flags the build's libraries need in a program (sanitizers)
+# Run by ctest (tests/CMakeLists.txt) with the build's directories, compilers, toolchain file,
+# emulator (a |-list), pkg-config, WITH_TOOL and EXTRA_FLAGS (sanitizer flags) as -D variables.
 cmake_minimum_required(VERSION 3.16)
 string(REPLACE "|" ";" EMULATOR "${EMULATOR}")
 
@@ -21,16 +11,6 @@ function(run what)
         message(FATAL_ERROR "${what} failed (${rc}):\n${out}\n${err}")
     endif()
     set(run_output "${out}" PARENT_SCOPE)
-endfunction()
-
-function(expect_link link target)
-    if(NOT IS_SYMLINK "${link}")
-        message(FATAL_ERROR "${link} is not a symbolic link")
-    endif()
-    file(READ_SYMLINK "${link}" points_to)
-    if(NOT points_to STREQUAL target)
-        message(FATAL_ERROR "${link} points to ${points_to}, not ${target}")
-    endif()
 endfunction()
 
 set(prefix "${WORK_DIR}/prefix")
@@ -53,10 +33,16 @@ foreach(file IN ITEMS
         message(FATAL_ERROR "not installed: ${file}")
     endif()
 endforeach()
-expect_link("${lib}/libisp_json.so" "libisp_json.so.2")
-expect_link("${lib}/libisp_json.so.2" "libisp_json.so.2.0.0")
-expect_link("${lib}/libisp_platform_sim.so" "libisp_platform_sim.so.2")
-expect_link("${lib}/libisp_platform_sim.so.2" "libisp_platform_sim.so.2.0.0")
+# The SONAME links: <lib>.so -> <lib>.so.2 -> <lib>.so.2.0.0.
+foreach(link IN ITEMS libisp_json.so libisp_json.so.2
+        libisp_platform_sim.so libisp_platform_sim.so.2)
+    string(REGEX REPLACE "\\.so\\.2$" ".so.2.0.0" target "${link}")
+    string(REGEX REPLACE "\\.so$" ".so.2" target "${target}")
+    file(READ_SYMLINK "${lib}/${link}" points_to)  # fails on anything but a link
+    if(NOT points_to STREQUAL target)
+        message(FATAL_ERROR "${link} points to ${points_to}, not ${target}")
+    endif()
+endforeach()
 file(GLOB stray_headers "${prefix}/${INCLUDEDIR}/isp_json/*.cpp" "${prefix}/${INCLUDEDIR}/*.h")
 if(stray_headers)
     message(FATAL_ERROR "unexpected files installed: ${stray_headers}")

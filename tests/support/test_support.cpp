@@ -1,76 +1,44 @@
 #include "tests/support/test_support.h"
 
-#include <dirent.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
 namespace isp_test {
-namespace {
-
-void remove_tree(const std::string &path) {
-    if (DIR *dir = opendir(path.c_str())) {
-        while (dirent *entry = readdir(dir)) {
-            std::string name = entry->d_name;
-            if (name == "." || name == "..") continue;
-            std::string child = path + "/" + name;
-            struct stat st;
-            if (lstat(child.c_str(), &st) == 0 && S_ISDIR(st.st_mode))
-                remove_tree(child);
-            else
-                unlink(child.c_str());
-        }
-        closedir(dir);
-    }
-    rmdir(path.c_str());
-}
-
-void make_parents(const std::string &path) {
-    for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash        = path.find('/', slash + 1))
-        ::mkdir(path.substr(0, slash).c_str(), 0755);
-}
-
-}  // namespace
 
 temp_dir::temp_dir() {
-    const char *base    = getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/isp_json_test_XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (!mkdtemp(buffer.data())) throw std::runtime_error("mkdtemp failed");
-    path_ = buffer.data();
+    const char *base = getenv("TMPDIR");
+    std::string name = std::string(base && *base ? base : "/tmp") + "/isp_json_test_XXXXXX";
+    if (!mkdtemp(&name[0])) throw std::runtime_error("mkdtemp failed");
+    path_ = name;
 }
 
 temp_dir::~temp_dir() {
-    remove_tree(path_);
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
 }
 
 std::string temp_dir::write(const std::string &relative, const std::string &text) const {
-    std::string full = path_ + "/" + relative;
-    make_parents(full);
-    std::ofstream out(full, std::ios::binary);
-    out << text;
+    const std::string full = path_ + "/" + relative;
+    std::filesystem::create_directories(std::filesystem::path(full).parent_path());
+    std::ofstream(full, std::ios::binary) << text;
     return full;
 }
 
 std::string temp_dir::mkdir(const std::string &relative) const {
-    std::string full = path_ + "/" + relative;
-    make_parents(full + "/");
-    return full;
+    std::filesystem::create_directories(path_ + "/" + relative);
+    return path_ + "/" + relative;
 }
 
 std::string read_file(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
 }
 
@@ -78,20 +46,10 @@ std::string data_text(const std::string &relative) {
     return read_file(std::string(ISP_TEST_DATA_DIR) + "/" + relative);
 }
 
-picojson::object data_object(const std::string &relative) {
-    return parse_object(data_text(relative));
-}
-
 picojson::object parse_object(const std::string &text) {
     picojson::value value;
-    std::string error = picojson::parse(value, text);
-    EXPECT_EQ(error, "") << text;
-    if (!value.is<picojson::object>()) return picojson::object();
-    return value.get<picojson::object>();
-}
-
-std::string serialized(const picojson::object &object) {
-    return picojson::value(object).serialize();
+    EXPECT_EQ(picojson::parse(value, text), "") << text;
+    return value.is<picojson::object>() ? value.get<picojson::object>() : picojson::object();
 }
 
 std::vector<std::string> split_lines(const std::string &text) {
@@ -105,10 +63,6 @@ std::string stderr_of(const std::function<void()> &body) {
     testing::internal::CaptureStderr();
     body();
     return testing::internal::GetCapturedStderr();
-}
-
-std::vector<std::string> stderr_lines_of(const std::function<void()> &body) {
-    return split_lines(stderr_of(body));
 }
 
 void add_failed(std::vector<std::string> &lines, const std::string &reg,
@@ -164,10 +118,6 @@ std::vector<std::string> names_of(const std::vector<isp_sim::call> &calls) {
 std::vector<isp_sim::call> calls_since(size_t mark) {
     const std::vector<isp_sim::call> &all = isp_sim::calls();
     return std::vector<isp_sim::call>(all.begin() + static_cast<long>(mark), all.end());
-}
-
-std::vector<isp_sim::call> pushes() {
-    return isp_sim::calls_of("vin_hal_wrapper_setup");
 }
 
 std::vector<isp_sim::call> pushes_with(uint32_t cmd) {

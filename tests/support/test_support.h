@@ -37,17 +37,22 @@ class temp_dir {
 };
 
 std::string read_file(const std::string &path);
-/* The text of a fixture under tests/data ("wbc/rtl_wbc_p0.json"), and its root object. */
+/* A fixture under tests/data ("wbc/rtl_wbc_p0.json"); parse_object fails the test on bad JSON. */
 std::string data_text(const std::string &relative);
-picojson::object data_object(const std::string &relative);
-/* Parses text as JSON and returns its root object (fails the test on a parse error). */
 picojson::object parse_object(const std::string &text);
-std::string serialized(const picojson::object &object);
+inline picojson::object data_object(const std::string &relative) {
+    return parse_object(data_text(relative));
+}
+inline std::string serialized(const picojson::object &object) {
+    return picojson::value(object).serialize();
+}
 std::vector<std::string> split_lines(const std::string &text);
 
 /* What body writes to standard error (captured at the descriptor level), whole or by line. */
 std::string stderr_of(const std::function<void()> &body);
-std::vector<std::string> stderr_lines_of(const std::function<void()> &body);
+inline std::vector<std::string> stderr_lines_of(const std::function<void()> &body) {
+    return split_lines(stderr_of(body));
+}
 /* The converters' report of each field of one register, in the order given, times times. */
 void add_failed(std::vector<std::string> &lines, const std::string &reg,
                 const std::vector<std::string> &fields, int times = 1);
@@ -71,9 +76,7 @@ std::vector<uint8_t> bytes_of(const T &value) {
     return std::vector<uint8_t>(bytes, bytes + sizeof value);
 }
 
-/* Clears a structure in place, padding included: a copy need not keep padding bytes (a small
- * one returned by value can travel through registers), so an expected structure is cleared
- * where it lives and then filled member by member. */
+/* Clears a structure in place, padding included (a copy need not keep padding bytes). */
 template <typename T>
 void clear(T &value) {
     memset(&value, 0, sizeof value);
@@ -112,7 +115,9 @@ void copy_bytes(const std::vector<uint8_t> &bytes, T &out) {
 std::vector<std::string> names_of(const std::vector<isp_sim::call> &calls);
 std::vector<isp_sim::call> calls_since(size_t mark);
 /* Setup calls in order: all of them, or those of one command. */
-std::vector<isp_sim::call> pushes();
+inline std::vector<isp_sim::call> pushes() {
+    return isp_sim::calls_of("vin_hal_wrapper_setup");
+}
 std::vector<isp_sim::call> pushes_with(uint32_t cmd);
 std::vector<uint32_t> commands_of(const std::vector<isp_sim::call> &calls);
 
@@ -149,21 +154,18 @@ struct module_instance {
     uint32_t wrapper() const { return *context<uint32_t>(); }
 };
 
-/* Replays one module over the case in case_dir on a fresh simulated platform (log lines not
- * echoed): register, create and init on a pipe of the grid and channel count, then deinit and
- * destroy, with no problem seen by the platform. Returns the setup calls of init, the default
- * parameters first. */
+/* Replays one module over case_dir on a fresh simulated platform: create, init, deinit and
+ * destroy with no problem seen by the platform. Returns the setup calls of init. */
 std::vector<isp_sim::call> replay(register_fn reg, const temp_dir &case_dir, uint8_t part_h = 1,
                                   uint8_t part_v = 1, int32_t channels = 1);
 
-/* A fresh simulated platform for each test, its log lines recorded but not echoed. At the end the
- * platform must have seen no problem but those the test expects. */
+/* A fresh simulated platform per test, log lines not echoed; at the end the platform must have
+ * seen no problem but the expected ones. */
 class platform_test : public testing::Test {
   protected:
     void SetUp() override;
     void TearDown() override;
-    /* Captures standard error until the end of the test: the register files of most module tests
-     * leave fields out, and the converters say so. */
+    /* Captures standard error until the end of the test. */
     void quiet_stderr();
     /* Writes text as cfgs/f<frame>/<name> of the case. */
     std::string frame_file(int frame, const std::string &name, const std::string &text) const;
