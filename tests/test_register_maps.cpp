@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include "convert/common/register_map.h"
+#include "modules/tables.h"
+#include "tests/support/block_case.h"
 #include "tests/support/test_support.h"
 
 namespace {
@@ -112,6 +114,27 @@ TEST(RegisterMaps, HandWrittenReadersReadExactlyTheirDescribedRows) {
             if (maps[m]->rows[r].kind == isp::read_kind::hand_begin)
                 for (uint8_t partition : {0, 3})
                     check_hand_reader(*maps[m], &maps[m]->rows[r], partition);
+}
+
+/* A file without the top key: every converter that reads fields reports each and stores the
+ * encoding of zero; one reading raw-number tables prints nothing and raises the type error. */
+TEST(RegisterMaps, EveryConverterOfAFileWithoutItsBlockZeroesOrRaises) {
+    for (const char *block : isp::blocks())
+        for (const isp::converter_desc *conv : isp::block_converters(block)) {
+            SCOPED_TRACE(conv->name);
+            const isp_test::conversion c = isp_test::convert_named(conv->name, {});
+            if (conv->raises_type_error) {
+                EXPECT_EQ(c.error, isp_test::type_error("object"));
+                EXPECT_TRUE(c.lines.empty());
+                continue;
+            }
+            EXPECT_EQ(c.error, "no exception");
+            if (!c.lines.empty()) {
+                EXPECT_EQ(c.bytes, std::vector<uint8_t>(c.bytes.size()));
+            }
+            for (const std::string &line : c.lines)
+                EXPECT_EQ(line.rfind("read json_obj failed: ", 0), 0u) << line;
+        }
 }
 
 }  // namespace
