@@ -637,7 +637,8 @@ TEST(IspCaseBatch, TwoShardsSplitTheSortedSuiteAndCoverItOnce) {
 /* The grid a case's partition count gives when none is asked for: the squarest one. */
 TEST(IspCaseSettings, DefaultGridIsTheSquarest) {
     int h = -1, v = -1;
-    const int squarest[][3] = {{0, 1, 1}, {1, 1, 1}, {4, 2, 2}, {6, 3, 2}, {7, 7, 1}, {12, 4, 3}};
+    const int squarest[][3] = {{0, 1, 1}, {1, 1, 1},  {4, 2, 2}, {6, 3, 2},
+                               {7, 7, 1}, {12, 4, 3}, {15, 5, 3}};
     for (const auto &row : squarest) {
         isp_case::default_grid(row[0], h, v);
         EXPECT_EQ((std::vector<int>{h, v}), (std::vector<int>{row[1], row[2]})) << row[0];
