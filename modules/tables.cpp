@@ -3,6 +3,7 @@
  * tools make on them. */
 #include "modules/tables.h"
 
+#include <stddef.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -57,13 +58,14 @@ int export_as(void *structure, picojson::object &out, uint8_t partition) {
     return exporter(static_cast<T *>(structure), out, partition);
 }
 
-/* the exporter column holds an exporter or nullptr */
-template <typename T, int (*exporter)(T *, picojson::object &, uint8_t)>
-constexpr export_fn exporter_of() {
-    if constexpr (exporter == nullptr)
-        return nullptr;
-    else
-        return &export_as<T, exporter>;
+/* The exporter column holds an exporter or nullptr; chosen by the column's type, since the
+ * sanitizers make a function's address no constant to compare with nullptr. */
+constexpr export_fn exporter_or_none(std::nullptr_t, export_fn) {
+    return nullptr;
+}
+template <typename F>
+constexpr export_fn exporter_or_none(F *, export_fn thunk) {
+    return thunk;
 }
 
 template <typename Group, uint32_t (Group::*table)[ISP_MAX_PARTITIONS]>
@@ -177,7 +179,7 @@ static_assert(one_position_each(), "every module has its own pipeline position")
      #type,                                                             \
      sizeof(type),                                                      \
      offsetof(frames::mod, member),                                     \
-     exporter_of<type, exporter>(),                                     \
+     exporter_or_none(exporter, &export_as<type, exporter>),            \
      same(#reads, "partition"),                                         \
      index_of(k_sized_groups, module_id::mod, #member) != k_none},
 constexpr group_desc k_groups[] = {
@@ -209,15 +211,15 @@ constexpr converter_desc k_converters[] = {
 #undef ISP_CONVERTER_ROW
 
 constexpr converter_desc k_spares[] = {
-#define ISP_SPARE(block, type, converter, exporter) \
-    {#converter,                                    \
-     block,                                         \
-     #type,                                         \
-     sizeof(type),                                  \
-     nullptr,                                       \
-     &convert_as<type, converter>,                  \
-     &convert_as<type, converter>,                  \
-     exporter_of<type, exporter>(),                 \
+#define ISP_SPARE(block, type, converter, exporter)          \
+    {#converter,                                             \
+     block,                                                  \
+     #type,                                                  \
+     sizeof(type),                                           \
+     nullptr,                                                \
+     &convert_as<type, converter>,                           \
+     &convert_as<type, converter>,                           \
+     exporter_or_none(exporter, &export_as<type, exporter>), \
      false},
 #include "modules/modules.def"
 };
