@@ -1,7 +1,6 @@
 /* Every row of the module table driven through its whole life on the simulated platform, the
  * row's constants checked as the records show them; a few rows and the operations' source lines
- * written out by hand as the independent check of the table; the sample case replayed with every
- * push compared with the table. */
+ * written out by hand as the independent check of the table. */
 #include <dlfcn.h>
 #include <stdint.h>
 #include <string.h>
@@ -543,8 +542,7 @@ INSTANTIATE_TEST_SUITE_P(AllModules, Catalogue, testing::ValuesIn(table_rows()),
                              return std::string(info.param->name);
                          });
 
-using Banner           = isp_test::platform_test;
-using SampleCaseReplay = isp_test::platform_test;
+using Banner = isp_test::platform_test;
 
 /* ae_stat announces the library on every registration; no other module says anything. */
 TEST_F(Banner, AeStatAloneLogsTheVersionOnEveryRegistration) {
@@ -657,70 +655,6 @@ TEST(ModuleTable, AFewRowsReadAsTheDocumentationWritesThem) {
     EXPECT_EQ(isp::modules().size(), 34u);
     EXPECT_EQ(isp::blocks().size(), 26u);
     EXPECT_EQ(converters, 145u);  // every converter the library exports
-}
-
-/* The sample case replayed as isp-case does (pipeline order, 2 x 2 partitions, 2 channels; init,
- * then two processes), every push checked against the table: the groups of each load in the
- * table's order with their commands, each structure where the table puts it in the module's
- * frame and of the size the wrapper received. */
-TEST_F(SampleCaseReplay, EveryPushOfTheSampleCaseIsAGroupOfTheTable) {
-    quiet_stderr();
-    isp_test::pipe p(2, 2, ISP_SAMPLE_CASE_DIR, 2);
-    std::vector<std::pair<uint32_t, const unsigned char *>> seen;
-    isp_sim::on_setup([&](uint32_t, const VinHalSetupCmd *cmd) {
-        if (cmd && cmd->data)
-            seen.emplace_back(cmd->cmd, static_cast<const unsigned char *>(cmd->data));
-    });
-    std::vector<isp_test::module_instance> instances;
-    for (const isp::module_desc *m : isp::pipeline_order())
-        instances.emplace_back(isp::registration_of(*m), p);
-    for (isp_test::module_instance &mod : instances) ASSERT_EQ(mod.create(), 0);
-
-    size_t groups = 0, bytes = 0;
-    for (int round = 0; round < 3; ++round) {
-        for (size_t i = 0; i < instances.size(); ++i) {
-            const isp::module_desc &m = *isp::pipeline_order()[i];
-            SCOPED_TRACE(std::string(m.name) + " round " + std::to_string(round));
-            seen.clear();
-            const size_t mark = isp_sim::calls().size();
-            ASSERT_EQ(round == 0 ? instances[i].init() : instances[i].process(), 0);
-            std::vector<isp_sim::call> pushes;
-            for (const isp_sim::call &c : calls_since(mark))
-                if (c.function == "vin_hal_wrapper_setup" && c.has_data) pushes.push_back(c);
-            ASSERT_EQ(pushes.size(), seen.size());
-            const int channels = m.kind == module_kind::channelled ? 2 : 1;
-            size_t k           = 0;
-            for (int channel = 0; channel < channels; ++channel) {
-                const unsigned char *frame = nullptr;
-                for (size_t g = 0; g < m.groups.size(); ++g) {
-                    const isp::group_desc &group = m.groups[g];
-                    /* inside the frame, before the next structure */
-                    const size_t end =
-                        g + 1 < m.groups.size() ? m.groups[g + 1].offset : m.frame_size;
-                    EXPECT_LE(group.offset + group.size, end) << group.name;
-                    if (group.cmd == 0) continue;
-                    ASSERT_LT(k, pushes.size());
-                    EXPECT_EQ(pushes[k].cmd, group.cmd) << group.name;
-                    EXPECT_EQ(seen[k].first, group.cmd) << group.name;
-                    EXPECT_EQ(pushes[k].payload.size(), group.size) << group.name;
-                    if (!frame) frame = seen[k].second - group.offset;
-                    EXPECT_EQ(seen[k].second, frame + group.offset) << group.name;
-                    bytes += pushes[k].payload.size();
-                    ++groups;
-                    ++k;
-                }
-            }
-            EXPECT_EQ(k, pushes.size());
-        }
-    }
-    isp_sim::on_setup(nullptr);
-    /* what isp-case has always reported for the sample case */
-    EXPECT_EQ(groups, 465u);
-    if (sizeof(void *) == 8) {
-        EXPECT_EQ(bytes, 85674u);
-    }
-    for (isp_test::module_instance &mod : instances) EXPECT_EQ(mod.deinit(), 0);
-    for (isp_test::module_instance &mod : instances) EXPECT_EQ(mod.destroy(), 0);
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -556,20 +555,70 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
     EXPECT_EQ(missing.err, "isp-case replay: " + dir.path() + "/nowhere: no such case directory\n");
 }
 
-/* The unescaped value of every attr="..." of the elements named tag, in document order. */
-lines_t xml_attributes(const std::string &xml, const std::string &tag, const std::string &attr) {
-    const std::regex element("<" + tag + "\\b[^>]*?\\b" + attr + "=\"([^\"]*)\"");
-    const std::vector<std::pair<std::string, std::string>> entities = {
-        {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}, {"&amp;", "&"}};
-    lines_t values;
-    for (std::sregex_iterator it(xml.begin(), xml.end(), element), end; it != end; ++it) {
-        std::string value = (*it)[1];
-        for (const auto &[entity, text] : entities)
-            for (size_t at; (at = value.find(entity)) != std::string::npos;)
-                value.replace(at, entity.size(), text);
-        values.push_back(value);
+/* A report page or a JUnit file read as XML, elements in the order they close: every element's
+ * name, attributes and text (its own and its children's, entities left as written). Fails the
+ * test on a tag that does not nest. */
+struct page_element {
+    std::string name, text;
+    std::map<std::string, std::string> attributes;
+};
+
+std::vector<page_element> parse_page(const std::string &page) {
+    std::vector<page_element> done, open;
+    size_t at = page.find('<');
+    while (at != std::string::npos && (page[at + 1] == '?' || page[at + 1] == '!'))
+        at = page.find('<', at + 1);  // the XML declaration, the document type
+    while (at != std::string::npos && at < page.size()) {
+        const size_t end = page.find('>', at);
+        if (end == std::string::npos) break;
+        std::string tag = page.substr(at + 1, end - at - 1);
+        if (tag[0] == '/') {
+            if (open.empty() || open.back().name != tag.substr(1)) {
+                ADD_FAILURE() << "</" << tag.substr(1) << "> closes "
+                              << (open.empty() ? "nothing" : open.back().name) << " at " << at;
+                return done;
+            }
+            done.push_back(open.back());
+            open.pop_back();
+            if (!open.empty()) open.back().text += done.back().text;
+        } else {
+            const bool empty = tag.back() == '/';
+            if (empty) tag.pop_back();
+            page_element e;
+            e.name = tag.substr(0, tag.find(' '));
+            for (size_t q = tag.find("=\""); q != std::string::npos; q = tag.find("=\"", q + 1)) {
+                const size_t name_at = tag.rfind(' ', q) + 1, value_end = tag.find('"', q + 2);
+                e.attributes[tag.substr(name_at, q - name_at)] =
+                    tag.substr(q + 2, value_end - q - 2);
+                q = value_end;
+            }
+            (empty ? done : open).push_back(e);
+        }
+        const size_t next = page.find('<', end);
+        if (!open.empty()) open.back().text += page.substr(end + 1, next - end - 1);
+        at = next;
     }
-    return values;
+    EXPECT_TRUE(open.empty()) << open.size() << " elements left open";
+    return done;
+}
+
+/* The given attribute, or the text when attribute is empty, of the elements called name whose
+ * text holds part. */
+lines_t of_all(const std::vector<page_element> &elements, const std::string &name,
+               const std::string &attribute = "", const std::string &part = "") {
+    lines_t out;
+    for (const page_element &e : elements)
+        if (e.name == name && e.text.find(part) != std::string::npos) {
+            if (attribute.empty())
+                out.push_back(e.text);
+            else if (e.attributes.count(attribute))
+                out.push_back(e.attributes.at(attribute));
+        }
+    return out;
+}
+
+size_t count_of(const lines_t &items, const std::string &item) {
+    return size_t(std::count(items.begin(), items.end(), item));
 }
 
 /* Copies of the sample case: one clean, one with a register file that does not parse, one whose
@@ -603,11 +652,12 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
                                                "  failed      " + aborts + ": " + aborts_reason,
                                                "  junit       " + junit, "  result      FAILED"}));
 
-    const std::string xml = read_file(junit);
-    EXPECT_EQ(xml_attributes(xml, "testsuite", "tests"), lines_t{"3"});
-    EXPECT_EQ(xml_attributes(xml, "testsuite", "failures"), lines_t{"2"});
-    EXPECT_EQ(xml_attributes(xml, "testcase", "name"), (lines_t{"broken", "good", aborts}));
-    EXPECT_EQ(xml_attributes(xml, "failure", "message"), (lines_t{broken_reason, aborts_reason}));
+    const std::string xml                    = read_file(junit);
+    const std::vector<page_element> elements = parse_page(xml);
+    EXPECT_EQ(of_all(elements, "testsuite", "tests"), lines_t{"3"});
+    EXPECT_EQ(of_all(elements, "testsuite", "failures"), lines_t{"2"});
+    EXPECT_EQ(of_all(elements, "testcase", "name"), (lines_t{"broken", "good", aborts}));
+    EXPECT_EQ(of_all(elements, "failure", "message"), (lines_t{broken_reason, aborts_reason}));
     // the tail of the output: what the library said before it ended the process
     EXPECT_NE(xml.find("\n[error] failed to read json file: " + suite + "/" + aborts + "/cfgs/f0/"),
               std::string::npos);
@@ -881,69 +931,6 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
     EXPECT_FALSE(fs::exists(occupied));
     EXPECT_TRUE(fs::exists(used + "/manifest.json"));
     if (skipped) GTEST_SKIP() << "the tool cannot be run as an unprivileged user here";
-}
-
-/* A report page read as XML: every element's name, attributes and text (its own and its
- * children's, entities left as written). Fails the test on a tag that does not nest. */
-struct page_element {
-    std::string name, text;
-    std::map<std::string, std::string> attributes;
-};
-
-std::vector<page_element> parse_page(const std::string &page) {
-    std::vector<page_element> done, open;
-    size_t at = page.find('<', page.find("<html"));
-    while (at != std::string::npos && at < page.size()) {
-        const size_t end = page.find('>', at);
-        if (end == std::string::npos) break;
-        std::string tag = page.substr(at + 1, end - at - 1);
-        if (tag[0] == '/') {
-            if (open.empty() || open.back().name != tag.substr(1)) {
-                ADD_FAILURE() << "</" << tag.substr(1) << "> closes "
-                              << (open.empty() ? "nothing" : open.back().name) << " at " << at;
-                return done;
-            }
-            done.push_back(open.back());
-            open.pop_back();
-            if (!open.empty()) open.back().text += done.back().text;
-        } else {
-            const bool empty = tag.back() == '/';
-            if (empty) tag.pop_back();
-            page_element e;
-            e.name = tag.substr(0, tag.find(' '));
-            for (size_t q = tag.find("=\""); q != std::string::npos; q = tag.find("=\"", q + 1)) {
-                const size_t name_at = tag.rfind(' ', q) + 1, value_end = tag.find('"', q + 2);
-                e.attributes[tag.substr(name_at, q - name_at)] =
-                    tag.substr(q + 2, value_end - q - 2);
-                q = value_end;
-            }
-            (empty ? done : open).push_back(e);
-        }
-        const size_t next = page.find('<', end);
-        if (!open.empty()) open.back().text += page.substr(end + 1, next - end - 1);
-        at = next;
-    }
-    EXPECT_TRUE(open.empty()) << open.size() << " elements left open";
-    return done;
-}
-
-/* The given attribute, or the text when attribute is empty, of the elements called name whose
- * text holds part. */
-lines_t of_all(const std::vector<page_element> &elements, const std::string &name,
-               const std::string &attribute = "", const std::string &part = "") {
-    lines_t out;
-    for (const page_element &e : elements)
-        if (e.name == name && e.text.find(part) != std::string::npos) {
-            if (attribute.empty())
-                out.push_back(e.text);
-            else if (e.attributes.count(attribute))
-                out.push_back(e.attributes.at(attribute));
-        }
-    return out;
-}
-
-size_t count_of(const lines_t &items, const std::string &item) {
-    return size_t(std::count(items.begin(), items.end(), item));
 }
 
 TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {

@@ -254,25 +254,6 @@ TEST_F(ModuleVariants, AFailedStatisticsAllocationIsOnlyLoggedAndReleasesAnOldBu
 
 /* ---- channelled modules ------------------------------------------------------------------- */
 
-TEST_F(ModuleVariants, WithNoChannelAChannelledModuleNeverTouchesTheHardware) {
-    for (isp_test::register_fn reg :
-         {qv_isp_module_blc_json_register, qv_isp_module_dpc_json_register,
-          qv_isp_module_bl_det_json_register}) {
-        isp_sim::reset();
-        isp_test::pipe p(1, 1, case_dir.path(), 0);
-        module_instance m(reg, p);
-        ASSERT_EQ(m.create(), 0);
-        EXPECT_EQ(m.init(), 0);
-        EXPECT_EQ(m.process(), 0);
-        EXPECT_EQ(m.trigger(), 0);
-        EXPECT_EQ(m.deinit(), 0);
-        EXPECT_EQ(m.destroy(), 0);
-        EXPECT_EQ(names_of(isp_sim::calls()),
-                  (std::vector<std::string>{"QV_OS_MEM_Calloc", "QV_OS_MEM_Free"}));
-        EXPECT_TRUE(isp_sim::log_lines().empty());
-    }
-}
-
 /* Init already loads channel 1 from the next frame: the frame advances inside the channel
  * loop. */
 TEST_F(ModuleVariants, TwoChannelsWalkTheFramesInsideTheChannelLoop) {

@@ -82,21 +82,6 @@ void clear(T &value) {
     memset(&value, 0, sizeof value);
 }
 
-/* The bytes of a structure cleared in place and then filled member by member by fill_in. */
-template <typename T>
-std::vector<uint8_t> bytes_filled(void (*fill_in)(T &)) {
-    T value;
-    clear(value);
-    fill_in(value);
-    return bytes_of(value);
-}
-
-/* Stores codes into a member array in index order (at most its length). */
-template <typename T, size_t N>
-void fill(T (&member)[N], const std::vector<uint32_t> &codes) {
-    for (size_t i = 0; i < N && i < codes.size(); ++i) member[i] = static_cast<T>(codes[i]);
-}
-
 /* A member array's codes, for comparing with a written-out table. */
 template <typename T, size_t N>
 std::vector<uint32_t> codes(const T (&member)[N]) {
