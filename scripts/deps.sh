@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a task needs, only those that are missing.
-#   scripts/deps.sh build   compiler, CMake, picojson, GoogleTest, CLI11, fmt
+#   scripts/deps.sh build   compiler, binutils (readelf), CMake, picojson, GoogleTest, CLI11, fmt
 #   scripts/deps.sh arm     the 32-bit ARM cross compiler and qemu-user
 #   scripts/deps.sh bench   Google Benchmark, GNU time
 #   scripts/deps.sh fuzz    clang with its libFuzzer runtime
@@ -11,7 +11,7 @@ set -euo pipefail
 packages=()
 for task in "$@"; do
     case "$task" in
-        build) packages+=(g++ cmake ninja-build pkg-config picojson-dev libgtest-dev libgmock-dev
+        build) packages+=(g++ binutils cmake ninja-build pkg-config picojson-dev libgtest-dev libgmock-dev
                           libcli11-dev libfmt-dev python3) ;;
         arm) packages+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user googletest) ;;
         bench) packages+=(libbenchmark-dev time) ;;

@@ -69,7 +69,6 @@ TEST_F(SimPlatform, RecordsAreCopiedByteForByteWithHandlesCountingFrom0x100) {
     const VinHalSetupCmd known{1, &ctrl}, unknown{99, &ctrl}, no_data{1, nullptr};
     for (const VinHalSetupCmd *cmd : {&known, &unknown, &no_data})
         EXPECT_EQ(vin_hal_wrapper_setup(handle, cmd), 0);
-    EXPECT_EQ(vin_hal_wrapper_trigger(handle, 1, 0xCAFE, 2), 0);
     EXPECT_EQ(isp_plat_hal_register_func(), 0);  // the two callbacks are not recorded
     EXPECT_EQ(qv_regio_regdesc_get_plat(), 0);
 
@@ -77,7 +76,7 @@ TEST_F(SimPlatform, RecordsAreCopiedByteForByteWithHandlesCountingFrom0x100) {
     ASSERT_EQ(names_of(calls),
               (std::vector<std::string>{"vin_hal_wrapper_create", "vin_hal_wrapper_regio_create",
                                         "vin_hal_wrapper_setup", "vin_hal_wrapper_setup",
-                                        "vin_hal_wrapper_setup", "vin_hal_wrapper_trigger"}));
+                                        "vin_hal_wrapper_setup"}));
     EXPECT_EQ(calls[0].handle, 0x100u);
     EXPECT_EQ(calls[0].record, bytes_of(attr));
     EXPECT_EQ(calls[1].handle, 0x100u);
@@ -88,9 +87,6 @@ TEST_F(SimPlatform, RecordsAreCopiedByteForByteWithHandlesCountingFrom0x100) {
     EXPECT_TRUE(calls[3].has_data);
     EXPECT_TRUE(calls[3].payload.empty());
     EXPECT_FALSE(calls[4].has_data);
-    EXPECT_EQ(calls[5].mode, 1u);
-    EXPECT_EQ(calls[5].arg, 0xCAFEu);
-    EXPECT_EQ(calls[5].channel, 2u);
     const isp_sim::wrapper_state state = isp_sim::wrapper(handle);
     EXPECT_TRUE(state.exists && state.regio);
     EXPECT_EQ(state.type, 17u);
