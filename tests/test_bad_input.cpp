@@ -52,10 +52,6 @@ class BadInput : public isp_test::platform_test {
         isp_test::pipe p(1, 1, case_path);
         return load(qv_isp_module_wbc_json_register, p.ctx);
     }
-    /* What the module's init raises, "no exception" when it returns. */
-    std::string raised_by(isp_test::register_fn reg, isp_test::pipe &p) {
-        return isp_test::runtime_error_of([&] { load(reg, p.ctx); });
-    }
     std::string missing(const std::string &path) {
         return "\\[error\\] failed to read json file: " + path;
     }
@@ -248,7 +244,7 @@ TEST_F(BadInput, HugeNumbersSaturateAndInfiniteOnesRaiseOverflow) {
 }
 
 /* Empty objects and arrays where objects belong read as missing fields (zero encodings); where
- * curves belong they raise picojson's type error. */
+ * curves belong they raise picojson's type error (RawTables, and the pattern module's test). */
 TEST_F(BadInput, EmptyContainersReadAsMissingFieldsOrRaiseTheirTypeError) {
     const std::string files[] = {
         "{}",
@@ -270,21 +266,6 @@ TEST_F(BadInput, EmptyContainersReadAsMissingFieldsOrRaiseTheirTypeError) {
                   "read json_obj failed: bayer_pattern.val\n");
         for (const isp_sim::call &c : isp_test::pushes())
             EXPECT_EQ(c.payload, std::vector<uint8_t>(c.payload.size(), 0)) << c.cmd;
-    }
-
-    const std::pair<const char *, const char *> curves[] = {
-        {"[]", "object"},
-        {R"({"isp_hidrc": []})", "object"},
-        {R"({"isp_hidrc": {"hidrc_lut": {}}})", "array"},
-        {R"({"isp_hidrc": {"hidrc_lut": []}})", "double"},
-        {R"({"isp_hidrc": {"hidrc_lut": [[]]}})", "double"},
-    };
-    quiet_stderr();
-    for (const auto &c : curves) {
-        SCOPED_TRACE(c.first);
-        frame_file(0, "rtl_hidrc_p0.json", c.first);
-        isp_test::pipe p(1, 1, case_dir.path());
-        EXPECT_EQ(raised_by(qv_isp_module_hidrc_json_register, p), isp_test::type_error(c.second));
     }
 }
 

@@ -30,7 +30,7 @@ using isp_test::to;
 
 /* Slots of the shared blocks and the codes the tests below meet. */
 const size_t slot_blc = 0, slot_dem = 14, slot_lce = 20, slot_ae_stat = 25, slot_awb_stat = 27;
-const uint32_t blc_hw = 0x80010580, ae_stat_hw = 0x80010980;
+const uint32_t blc_hw                    = 0x80010580;
 const std::vector<uint32_t> blc_commands = {3, 4, 5, 6, 7, 8, 9, 10};
 
 std::string alloc_failed(const char *routine, uint32_t bytes, uint32_t result) {
@@ -196,9 +196,9 @@ TEST_F(ModuleVariants, AFailedStatisticsAllocationIsOnlyLoggedAndReleasesAnOldBu
         isp_test::pipe p(1, 1, case_dir.path());
         module_instance stat(qv_isp_module_ae_stat_json_register, p);
         ASSERT_EQ(stat.create(), 0);
-        isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, 0x5A);
+        isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, -1);
         EXPECT_EQ(stat.init(), 0);  // the loader's result
-        expect_log(1, alloc_failed("__ae_stat_json_alloc_buf", 264336, 0x5A));
+        expect_log(1, alloc_failed("__ae_stat_json_alloc_buf", 264336, 0xFFFFFFFFu));
         const JsonStatContext *ctx = stat.context<JsonStatContext>();
         EXPECT_EQ(ctx->phys, 0u);
         EXPECT_EQ(ctx->virt, nullptr);
@@ -210,22 +210,12 @@ TEST_F(ModuleVariants, AFailedStatisticsAllocationIsOnlyLoggedAndReleasesAnOldBu
         EXPECT_EQ(stat.destroy(), 0);
     }
 
-    /* after a failed allocation init returns what the loader returns */
     isp_sim::reset();
     isp_test::pipe p(1, 1, case_dir.path());
     module_instance owner(qv_isp_module_ae_stat_json_register, p),
         sharer(qv_isp_module_ae_stat_json_register, p);
     ASSERT_EQ(owner.create(), 0);
     ASSERT_EQ(sharer.create(), 0);
-    isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, -1);
-    isp_sim::fail_call("vin_hal_wrapper_setup", 3);  // the second group
-    EXPECT_EQ(static_cast<uint32_t>(owner.init()), ae_stat_hw);
-    ASSERT_EQ(isp_sim::log_lines().size(), 4u);  // two banners first
-    EXPECT_EQ(isp_sim::log_lines()[2].text,
-              alloc_failed("__ae_stat_json_alloc_buf", 264336, 0xFFFFFFFFu));
-    expect_log(3, error_line("__ae_stat_json_param_setup", 100, ae_stat_hw,
-                             "Isp ae_stat aes_adj hal setup failed."));
-    ASSERT_EQ(owner.deinit(), 0);
 
     /* a context can still hold a buffer when it creates the wrapper again (another instance tore
      * the wrapper down first): a failed allocation then releases the old buffer */
@@ -242,7 +232,7 @@ TEST_F(ModuleVariants, AFailedStatisticsAllocationIsOnlyLoggedAndReleasesAnOldBu
     EXPECT_EQ(calls[3].function, "qv_hal_sys_mem_alloc_cached");
     EXPECT_EQ(calls[4].function, "QV_SYS_MemFree");
     EXPECT_EQ(calls[4].phys, 0x10000000u);
-    expect_log(4, alloc_failed("__ae_stat_json_alloc_buf", 264336, 0x21));
+    expect_log(2, alloc_failed("__ae_stat_json_alloc_buf", 264336, 0x21));  // after two banners
     EXPECT_EQ(ctx->phys, 0u);
     EXPECT_EQ(ctx->virt, nullptr);
     EXPECT_EQ(isp_sim::live_dma_buffers(), 0u);
@@ -406,13 +396,9 @@ TEST_F(ModuleVariants, AinrReadsItsPatternFilesFromTheCaseDirectoryOnEveryLoad) 
     const size_t mark = isp_sim::calls().size();
     EXPECT_EQ(isp_test::runtime_error_of([&] { ainr.process(); }), isp_test::type_error("object"));
     EXPECT_TRUE(calls_since(mark).empty());
-    /* a 2 x 1 grid stops before it; a grid without rows reads nothing and pushes zeros */
+    /* a 2 x 1 grid stops before it */
     p.ctx.attr = IspPipeAttr{2, 1};
     EXPECT_EQ(ainr.process(), 0);
-    p.ctx.attr = IspPipeAttr{2, 0};
-    EXPECT_EQ(ainr.process(), 0);
-    EXPECT_EQ(isp_test::pushes_with(5).back().payload,
-              std::vector<uint8_t>(sizeof(_isp_nrlite_user_post_t), 0));
     ASSERT_EQ(ainr.deinit(), 0);
     EXPECT_EQ(ainr.destroy(), 0);
 }

@@ -115,26 +115,15 @@ TEST_F(SimPlatform, AnInjectedFailureHitsTheNthFollowingCallAndHandsNothingOut) 
     EXPECT_EQ(vin_hal_wrapper_trigger(handle, 0, 0, 0), 0);  // other functions are not affected
     EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_setup").at(3).result, 0x1234);
 
+    /* a failed creation hands out no handle and uses none (failed allocations: the modules' tests)
+     */
     isp_sim::fail_call("vin_hal_wrapper_create", 1, 7);
-    isp_sim::fail_call("QV_OS_MEM_Calloc", 1);
-    isp_sim::fail_call("qv_hal_sys_mem_alloc_cached", 1, -3);
     const VinHalWrapperAttr attr{};
     uint32_t created = 0;
     EXPECT_EQ(vin_hal_wrapper_create(&created, &attr), 7);
     EXPECT_EQ(created, 0u);
     ASSERT_EQ(vin_hal_wrapper_create(&created, &attr), 0);
-    EXPECT_EQ(created, 0x101u);  // the failed call used no handle
-    EXPECT_EQ(QV_OS_MEM_Calloc(tag_wbc, 1, 12), nullptr);
-    EXPECT_TRUE(isp_sim::live_allocations().empty());
-    uint64_t phys = 0;
-    void *virt    = nullptr;
-    EXPECT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 256, 128, "ae_stat"), -3);
-    EXPECT_EQ(phys, 0u);
-    EXPECT_EQ(virt, nullptr);
-    ASSERT_EQ(qv_hal_sys_mem_alloc_cached(0, &phys, &virt, 256, 128, "ae_stat"), 0);
-    EXPECT_EQ(phys, 0x10000000u);  // the failed call used no address
-    EXPECT_EQ(QV_SYS_MemFree(phys, virt), 0);
-    EXPECT_EQ(isp_sim::calls_of("QV_OS_MEM_Calloc").at(0).result, -1);
+    EXPECT_EQ(created, 0x101u);
 }
 
 TEST_F(SimPlatform, DmaBuffersGetAlignedBusAddressesAndZeroedMemoryAndAreFreedOnce) {
@@ -264,9 +253,6 @@ TEST_F(SimPlatform, LogLinesAreRecordedInFullAndEchoedBelowTheThreshold) {
     EXPECT_EQ(echoed, warning);
     const std::vector<isp_sim::log_line> &lines = isp_sim::log_lines();
     ASSERT_EQ(lines.size(), 3u);
-    EXPECT_EQ(lines[0].level, 3);
-    EXPECT_EQ(lines[0].tag, "ISP");
-    EXPECT_EQ(lines[0].flag, 1);
     EXPECT_EQ(lines[0].text, "[E][            isp_cc_json_mod_init][ 123]: off\n");
     EXPECT_EQ(lines[2].text, warning);
     /* a reset forgets records, problems, failures and hooks */
