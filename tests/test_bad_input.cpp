@@ -18,7 +18,6 @@
 #include "isp_json.h"
 #include "isp_platform.h"
 #include "isp_sim.h"
-#include "tests/support/pushed.h"
 #include "tests/support/test_support.h"
 
 namespace {

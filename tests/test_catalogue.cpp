@@ -17,7 +17,6 @@
 #include "isp_platform.h"
 #include "isp_sim.h"
 #include "modules/tables.h"
-#include "tests/support/pushed.h"
 #include "tests/support/test_support.h"
 
 namespace {
