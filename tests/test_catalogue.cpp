@@ -328,30 +328,29 @@ TEST_P(Catalogue, BadHandlesCasePathsAndGridsAreRefusedBeforeAnyPlatformCall) {
     write_case();
     isp_test::pipe p = make_pipe();
     isp_test::module_instance mod(reg(), p);
-    size_t logs      = isp_sim::log_lines().size();  // after ae_stat's banner
-    const auto next  = [&](const std::string &text) { expect_log(logs++, text); };
-    const bool sync  = m().enable == enable_update::in_sync;
-    const auto nulls = [&](const std::string &where, int line) {
-        return format("[E][%32s][%4d]: Error: Pointer is null!\n", where.c_str(), line);
+    size_t logs     = isp_sim::log_lines().size();  // after ae_stat's banner
+    const auto next = [&](const std::string &text) { expect_log(logs++, text); };
+    const bool sync = m().enable == enable_update::in_sync;
+    /* each refusal: the argument code and "invalid params." from the operation, the null
+     * pointer code and its own report from the loader */
+    const auto refused = [&](JsonModuleOp op, JsonModuleHandle *h, const char *name, int line) {
+        EXPECT_EQ(static_cast<uint32_t>(op(h)), arg()) << name;
+        next(invalid(name, line));
+    };
+    const auto load_refused = [&](JsonModuleHandle *h, int line) {
+        EXPECT_EQ(static_cast<uint32_t>(mod.ops->process(h)), null_pointer_code);
+        next(format("[E][%32s][%4d]: Error: Pointer is null!\n", loader().c_str(), line));
     };
     /* a null handle, then a handle without a context */
     for (JsonModuleHandle *h : {static_cast<JsonModuleHandle *>(nullptr), &mod.h}) {
-        EXPECT_EQ(static_cast<uint32_t>(mod.ops->init(h)), arg());
-        next(invalid("init", lines().init_invalid));
-        EXPECT_EQ(static_cast<uint32_t>(mod.ops->deinit(h)), arg());
-        next(invalid("deinit", lines().deinit_invalid));
-        if (m().trigger_noop) {
+        refused(mod.ops->init, h, "init", lines().init_invalid);
+        refused(mod.ops->deinit, h, "deinit", lines().deinit_invalid);
+        if (m().trigger_noop)
             EXPECT_EQ(mod.ops->trigger(h), 0);  // this block is started by another
-        } else {
-            EXPECT_EQ(static_cast<uint32_t>(mod.ops->trigger(h)), arg());
-            next(invalid("trigger", lines().trigger_invalid));
-        }
-        if (sync) {
-            EXPECT_EQ(static_cast<uint32_t>(mod.ops->sync(h)), arg());
-            next(invalid("sync", lines().sync_invalid));
-        }
-        EXPECT_EQ(static_cast<uint32_t>(mod.ops->process(h)), null_pointer_code);
-        next(nulls(loader(), h ? load_null_context : load_null_handle));
+        else
+            refused(mod.ops->trigger, h, "trigger", lines().trigger_invalid);
+        if (sync) refused(mod.ops->sync, h, "sync", lines().sync_invalid);
+        load_refused(h, h ? load_null_context : load_null_handle);
     }
     /* created, never initialised: deinit has nothing to do */
     ASSERT_EQ(mod.create(), 0);
@@ -359,14 +358,9 @@ TEST_P(Catalogue, BadHandlesCasePathsAndGridsAreRefusedBeforeAnyPlatformCall) {
     /* a context without a pipe */
     JsonModuleHandle no_pipe = mod.h;
     no_pipe.pipe             = nullptr;
-    EXPECT_EQ(static_cast<uint32_t>(mod.ops->init(&no_pipe)), arg());
-    next(invalid("init", lines().init_invalid));
-    if (sync) {
-        EXPECT_EQ(static_cast<uint32_t>(mod.ops->sync(&no_pipe)), arg());
-        next(invalid("sync", lines().sync_invalid));
-    }
-    EXPECT_EQ(static_cast<uint32_t>(mod.ops->process(&no_pipe)), null_pointer_code);
-    next(nulls(loader(), load_null_pipe));
+    refused(mod.ops->init, &no_pipe, "init", lines().init_invalid);
+    if (sync) refused(mod.ops->sync, &no_pipe, "sync", lines().sync_invalid);
+    load_refused(&no_pipe, load_null_pipe);
     EXPECT_EQ(names_of(isp_sim::calls()), std::vector<std::string>{"QV_OS_MEM_Calloc"});
     EXPECT_EQ(p.shadow.module_enable, 0u);
 
