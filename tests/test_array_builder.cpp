@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(createArray, KeepsShapeAndOrderOfEveryRow) {
+TEST(CreateArray, KeepsShapeAndOrderOfEveryRow) {
     EXPECT_EQ(json::createArray1D<double>({1.5, -2.0, 0.0, 1e300}).serialize(),
               "[1.5,-2,0,1.0000000000000001e+300]");
     EXPECT_EQ(json::createArray1D<double>({}).serialize(), "[]");
@@ -18,7 +18,7 @@ TEST(createArray, KeepsShapeAndOrderOfEveryRow) {
     EXPECT_EQ(json::createArray2D<double>({}).serialize(), "[]");
 }
 
-TEST(createArray, RejectsNonFiniteNumbersWithAnEmptyOverflowError) {
+TEST(CreateArray, RejectsNonFiniteNumbersWithAnEmptyOverflowError) {
     for (double bad : {NAN, INFINITY, -INFINITY}) {
         try {
             json::createArray1D<double>({1.0, bad});

@@ -22,7 +22,7 @@ using isp_test::serialized;
 using isp_test::stderr_of;
 using isp_test::type_error;
 
-TEST(field_reader, MissingKeysAreReportedInOrderReadAsZeroAndInsertedAsNull) {
+TEST(FieldReader, MissingKeysAreReportedInOrderReadAsZeroAndInsertedAsNull) {
     picojson::object root =
         parse_object(R"({"isp_wbc": {"d_gain": {"val": 3.5}, "big": {"val": 1e12}},
         "isp_blc": {"grp": [{"r": {"val": 1}}, {"r": {"val": -2.9}}, 7, {"r": {"val": 4}}],
@@ -59,7 +59,7 @@ TEST(field_reader, MissingKeysAreReportedInOrderReadAsZeroAndInsertedAsNull) {
     EXPECT_TRUE(root["isp_blc"].get("gone").is<picojson::null>());
 }
 
-TEST(field_reader, ValuesOfTheWrongTypeAtAnyLevelAreReportedAndKept) {
+TEST(FieldReader, ValuesOfTheWrongTypeAtAnyLevelAreReportedAndKept) {
     picojson::object root = parse_object(R"({
         "isp_a": {"r": {"t": true, "s": "12", "a": [1], "n": null, "o": {"v": 1}}, "num": 5},
         "isp_b": [1, 2]})");
@@ -78,7 +78,7 @@ TEST(field_reader, ValuesOfTheWrongTypeAtAnyLevelAreReportedAndKept) {
                                 R"("t":true}},"isp_b":[1,2]})");
 }
 
-TEST(field_reader, RawNumbersSaturateUnsignedAndFailuresRaiseTheBareTypeError) {
+TEST(FieldReader, RawNumbersSaturateUnsignedAndFailuresRaiseTheBareTypeError) {
     picojson::object root = parse_object(R"({"isp_lsc": {
         "rr_mesh": [1, 2.7, -3, 5e9, 4294967295, "2"], "flat": 3, "mesh": {"tbl": [7.9, 1]}}})");
     const field_reader f(root, "isp_lsc"), missing_top(root, "isp_none");
@@ -101,7 +101,7 @@ TEST(field_reader, RawNumbersSaturateUnsignedAndFailuresRaiseTheBareTypeError) {
     EXPECT_TRUE(root["isp_none"].is<picojson::null>());
 }
 
-TEST(saturate, TruncatesTowardZeroAndClampsAtBothLimitsWithNanAsZero) {
+TEST(Saturate, TruncatesTowardZeroAndClampsAtBothLimitsWithNanAsZero) {
     // clang-format off
     const struct { double value; int32_t to_int; uint32_t to_uint; } rows[] = {
         {0.0, 0, 0}, {-0.0, 0, 0}, {1e-300, 0, 0}, {0.999, 0, 0}, {-0.999, 0, 0}, {2.9, 2, 2},
@@ -119,7 +119,7 @@ TEST(saturate, TruncatesTowardZeroAndClampsAtBothLimitsWithNanAsZero) {
     }
 }
 
-TEST(cmodel_writer, DecodesMembersZeroExtendedReplacingOnlyItsOwnKeys) {
+TEST(CmodelWriter, DecodesMembersZeroExtendedReplacingOnlyItsOwnKeys) {
     picojson::object out = parse_object(R"({"d_gain": "old", "wb_gain": [9], "keep": "me"})");
     const isp::cmodel_writer w(out);
     const uint16_t wb_gain[4] = {256, 384, 512, 256}, twelve_bits = 0xFFF;

@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(sign_to_regval, EncodesTheTable) {
+TEST(SignToRegval, EncodesTheTable) {
     // clang-format off
     const struct { int32_t value; const char *format; uint32_t code; } rows[] = {
         /* signed formats wrap into the field and set the sign bit */
@@ -37,7 +37,7 @@ TEST(sign_to_regval, EncodesTheTable) {
             << row.value << " as " << row.format;
 }
 
-TEST(regval_to_float, DecodesTheTable) {
+TEST(RegvalToFloat, DecodesTheTable) {
     // clang-format off
     const struct { int32_t code; const char *format; double value; } rows[] = {
         {0, "s3.8", 0.0}, {4095, "s3.8", -0.00390625}, {3840, "s3.8", -1.0},

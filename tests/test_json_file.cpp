@@ -41,7 +41,7 @@ std::string capture_stdout(const std::function<void()> &body) {
     return testing::internal::GetCapturedStdout();
 }
 
-TEST(read_json_file, ParsesTheFirstValueOfTheWholeFile) {
+TEST(ReadJsonFile, ParsesTheFirstValueOfTheWholeFile) {
     temp_dir dir;
     EXPECT_EQ(read_json_file(dir.write("a.json",
                                        "{\n \"w\": {\"g\": {\"val\": 256}},\n"
@@ -60,7 +60,7 @@ TEST(read_json_file, ParsesTheFirstValueOfTheWholeFile) {
     writer.join();
 }
 
-TEST(read_json_file_death, AnUnreadableFileAbortsWithItsReportAndCheckLine) {
+TEST(ReadJsonFileDeathTest, AnUnreadableFileAbortsWithItsReportAndCheckLine) {
     temp_dir dir;
     const std::string missing = dir.path() + "/cfgs/f0/rtl_gamma_p0.json";
     EXPECT_EXIT(read_json_file(missing), testing::KilledBySignal(SIGABRT),
@@ -76,7 +76,7 @@ TEST(read_json_file_death, AnUnreadableFileAbortsWithItsReportAndCheckLine) {
                                  21));
 }
 
-TEST(write_json_file, WritesThePrettyFormAndGivesStandardOutputBack) {
+TEST(WriteJsonFile, WritesThePrettyFormAndGivesStandardOutputBack) {
     temp_dir dir;
     picojson::object root;
     root["b"] = picojson::value(picojson::array{picojson::value(3.0), picojson::value(true)});
