@@ -558,13 +558,13 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
 /* A report page or a JUnit file read as XML, elements in the order they close: every element's
  * name, attributes and text (its own and its children's, entities left as written). Fails the
  * test on a tag that does not nest. */
-struct page_element {
+struct xml_element {
     std::string name, text;
     std::map<std::string, std::string> attributes;
 };
 
-std::vector<page_element> parse_page(const std::string &page) {
-    std::vector<page_element> done, open;
+std::vector<xml_element> parse_xml(const std::string &page) {
+    std::vector<xml_element> done, open;
     size_t at = page.find('<');
     while (at != std::string::npos && (page[at + 1] == '?' || page[at + 1] == '!'))
         at = page.find('<', at + 1);  // the XML declaration, the document type
@@ -584,7 +584,7 @@ std::vector<page_element> parse_page(const std::string &page) {
         } else {
             const bool empty = tag.back() == '/';
             if (empty) tag.pop_back();
-            page_element e;
+            xml_element e;
             e.name = tag.substr(0, tag.find(' '));
             for (size_t q = tag.find("=\""); q != std::string::npos; q = tag.find("=\"", q + 1)) {
                 const size_t name_at = tag.rfind(' ', q) + 1, value_end = tag.find('"', q + 2);
@@ -604,10 +604,10 @@ std::vector<page_element> parse_page(const std::string &page) {
 
 /* The given attribute, or the text when attribute is empty, of the elements called name whose
  * text holds part. */
-lines_t of_all(const std::vector<page_element> &elements, const std::string &name,
+lines_t of_all(const std::vector<xml_element> &elements, const std::string &name,
                const std::string &attribute = "", const std::string &part = "") {
     lines_t out;
-    for (const page_element &e : elements)
+    for (const xml_element &e : elements)
         if (e.name == name && e.text.find(part) != std::string::npos) {
             if (attribute.empty())
                 out.push_back(e.text);
@@ -652,8 +652,8 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
                                                "  failed      " + aborts + ": " + aborts_reason,
                                                "  junit       " + junit, "  result      FAILED"}));
 
-    const std::string xml                    = read_file(junit);
-    const std::vector<page_element> elements = parse_page(xml);
+    const std::string xml                   = read_file(junit);
+    const std::vector<xml_element> elements = parse_xml(xml);
     EXPECT_EQ(of_all(elements, "testsuite", "tests"), lines_t{"3"});
     EXPECT_EQ(of_all(elements, "testsuite", "failures"), lines_t{"2"});
     EXPECT_EQ(of_all(elements, "testcase", "name"), (lines_t{"broken", "good", aborts}));
@@ -930,7 +930,7 @@ TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {
     for (const char *outside : {"http", "src=", "<script", "<link", "url(", "@import"})
         EXPECT_EQ(page.find(outside), std::string::npos) << outside;
 
-    const std::vector<page_element> elements = parse_page(page);
+    const std::vector<xml_element> elements = parse_xml(page);
     EXPECT_EQ(of_all(elements, "section", "id"),
               (lines_t{"summary", "pushes", "step-init", "step-frame1"}));
     // the summary from the manifest
@@ -952,7 +952,7 @@ TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {
           "ae_stat init#1 wr_addr0 (code)"})
         EXPECT_EQ(count_of(pictures, picture), 2u) << picture;
     std::map<std::string, std::string> text_of;
-    for (const page_element &e : elements)
+    for (const xml_element &e : elements)
         if (e.name == "svg") text_of[e.attributes.at("aria-label")] = e.text;
     // 1920x1080 in 2x2: partitions 1 and 3 start at column 960; the colour-correction sizes
     // come from the arrays behind its pointers
@@ -996,7 +996,7 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
     const tool_run run = run_tool(
         dir, "report " + a + " --against " + b + " --frame 0 -o " + dir.path() + "/r.html");
     ASSERT_EQ(run.status, 0) << run.out << run.err;
-    const std::vector<page_element> elements = parse_page(read_file(dir.path() + "/r.html"));
+    const std::vector<xml_element> elements = parse_xml(read_file(dir.path() + "/r.html"));
 
     EXPECT_EQ(of_all(elements, "section", "id"),
               (lines_t{"summary", "changes", "pushes", "step-init", "step-frame0"}));
@@ -1009,7 +1009,7 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
     EXPECT_EQ(of_all(elements, "mark"), lines_t(8, "0"));
     // the curve drawn twice, once per run, with a legend naming each
     size_t drawn = 0;
-    for (const page_element &e : elements)
+    for (const xml_element &e : elements)
         if (e.name == "svg" && e.attributes.count("aria-label") &&
             e.attributes.at("aria-label") == "gamma curve (gamma lut#3)")
             drawn += e.text.find("A: " + a) != std::string::npos &&

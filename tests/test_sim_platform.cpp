@@ -115,8 +115,7 @@ TEST_F(SimPlatform, AnInjectedFailureHitsTheNthFollowingCallAndHandsNothingOut) 
     EXPECT_EQ(vin_hal_wrapper_trigger(handle, 0, 0, 0), 0);  // other functions are not affected
     EXPECT_EQ(isp_sim::calls_of("vin_hal_wrapper_setup").at(3).result, 0x1234);
 
-    /* a failed creation hands out no handle and uses none (failed allocations: the modules' tests)
-     */
+    /* a failed creation hands out no handle and uses none */
     isp_sim::fail_call("vin_hal_wrapper_create", 1, 7);
     const VinHalWrapperAttr attr{};
     uint32_t created = 0;
