@@ -65,6 +65,11 @@ tool_run run_tool_unprivileged(const temp_dir &dir, const std::string &args) {
     const pid_t child = fork();
     if (child == 0) {
         if (setgid(nobody->pw_gid) != 0 || setuid(nobody->pw_uid) != 0) _exit(120);
+        /* a build under a directory only root may enter: nobody cannot start the tool */
+        const std::string emulator = ISP_CASE_EMULATOR;
+        for (const std::string &program :
+             {std::string(ISP_CASE_TOOL), emulator.substr(0, emulator.find(' '))})
+            if (!program.empty() && access(program.c_str(), R_OK | X_OK) != 0) _exit(120);
         _exit(run_tool(dir, args).status & 0xff);
     }
     int raw = 0;
