@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/report/dump_view.h"
+#include "tools/dump/reader.h"
 
 namespace isp_case {
 namespace report {

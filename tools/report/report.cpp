@@ -6,7 +6,7 @@
 #include <fmt/core.h>
 
 #include "tools/report/page.h"
-#include "tools/settings.h"
+#include "tools/core/settings.h"
 
 namespace isp_case {
 

@@ -1,0 +1,544 @@
+/* The batch: cases found and sharded, a pool of child processes read through one pipe each, and
+ * the reports. A child is a fork of this process that runs one stage of one case and exits, so a
+ * register file that ends a replay ends only that child. */
+#include "tools/core/batch.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sched.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+#include <fmt/format.h>
+
+#include "tools/core/case_layout.h"
+#include "tools/core/findings.h"
+#include "tools/core/settings.h"
+
+namespace isp_case {
+namespace {
+
+namespace fs     = std::filesystem;
+using clock_type = std::chrono::steady_clock;
+
+const size_t k_output_kept = 64 * 1024; /* per stage: the end of what its process wrote */
+const size_t k_tail_lines  = 40;        /* lines of output a failure carries */
+const int k_max_depth      = 32;        /* directory levels searched under a path */
+const size_t k_name_column = 40;        /* longer case names push the rest of their line */
+const size_t k_named       = 3;         /* findings a failure reason names */
+
+const char *stage_name(batch_stage stage) {
+    return stage == batch_stage::check ? "check" : "replay";
+}
+
+void search(const fs::path &dir, const fs::path &root, const std::string &given, int depth,
+            std::vector<batch_case> &cases) {
+    if (is_directory((dir / "cfgs").string())) {
+        cases.push_back(
+            {dir.string(), dir == root ? given : dir.lexically_relative(root).string()});
+        return;
+    }
+    if (depth >= k_max_depth) return;
+    std::error_code error;
+    fs::directory_iterator it(dir, fs::directory_options::skip_permission_denied, error), end;
+    for (; !error && it != end; it.increment(error))
+        if (it->is_directory(error)) search(it->path(), root, given, depth + 1, cases);
+}
+
+/* One stage of one case: the process that runs it and what it wrote. */
+struct stage_run {
+    pid_t pid       = -1;
+    int fd          = -1;
+    int wait_status = -1; /* as waitpid gives it; -1: not run */
+    std::string output;   /* the last k_output_kept bytes at least */
+    bool cut = false;     /* the beginning of the output was dropped */
+};
+
+struct case_run {
+    const batch_case *c = nullptr;
+    stage_run stages[2];
+    int stage = 0; /* the stage running or next to run; 2 when done */
+    clock_type::time_point start;
+    double seconds = 0;
+    bool passed    = false;
+    std::string reason;
+};
+
+/* Starts one stage of one case in a child process whose standard output and error go into a
+ * pipe; false when no process could be started. */
+bool spawn(const stage_runner &run, batch_stage stage, const batch_case &c, stage_run &s) {
+    int ends[2];
+    if (pipe(ends) != 0) return false;
+    std::fflush(nullptr); /* nothing buffered may be written twice */
+    s.pid = fork();
+    if (s.pid < 0) {
+        close(ends[0]);
+        close(ends[1]);
+        return false;
+    }
+    if (s.pid == 0) {
+        close(ends[0]);
+        const int null_fd = open("/dev/null", O_RDONLY);
+        if (null_fd >= 0) dup2(null_fd, STDIN_FILENO);
+        dup2(ends[1], STDOUT_FILENO);
+        dup2(ends[1], STDERR_FILENO);
+        close(ends[1]);
+        const int status = run(stage, c);
+        std::fflush(nullptr);
+        _exit(status);
+    }
+    close(ends[1]);
+    s.fd = ends[0];
+    return true;
+}
+
+/* The text after the last "  result" label of a report ("  result: 1 error, 2 warnings",
+ * "  result      FAILED: 1 error, 0 warnings"), without the label and "FAILED: ". */
+std::string result_of(const std::string &output) {
+    const size_t at = output.rfind("\n  result");
+    if (at == std::string::npos) return "";
+    const size_t end   = output.find('\n', at + 1);
+    std::string line   = output.substr(at + 9, end == std::string::npos ? end : end - at - 9);
+    const size_t first = line.find_first_not_of(": ");
+    line               = first == std::string::npos ? "" : line.substr(first);
+    return line.rfind("FAILED: ", 0) == 0 ? line.substr(8) : line;
+}
+
+/* The first line of a message, without "isp-case <command>: " and a closing colon. */
+std::string first_line(const std::string &text) {
+    std::string line = text.substr(0, text.find('\n'));
+    const size_t at  = line.find(": ");
+    if (line.rfind("isp-case ", 0) == 0 && at != std::string::npos) line = line.substr(at + 2);
+    if (!line.empty() && line.back() == ':') line.pop_back();
+    return line;
+}
+
+/* The findings a stage's report lists (check: one per line; replay: "  finding     " lines), as
+ * finding_line writes them, with the case's directory left out of their paths. */
+std::vector<std::string> findings_in(const std::string &output, const std::string &case_path) {
+    const std::string listed = "  finding     ", prefix = case_path + "/";
+    std::vector<std::string> found;
+    for (size_t start = 0; start < output.size();) {
+        size_t end = output.find('\n', start);
+        if (end == std::string::npos) end = output.size();
+        std::string line = output.substr(start, end - start);
+        start            = end + 1;
+        if (line.rfind(listed, 0) == 0) line = line.substr(listed.size());
+        const bool is_finding = !line.empty() && line[0] != ' ' && line.back() == ']' &&
+                                (line.find(": error: ") != std::string::npos ||
+                                 line.find(": warning: ") != std::string::npos);
+        if (!is_finding) continue;
+        if (line.rfind(prefix, 0) == 0) line = line.substr(prefix.size());
+        found.push_back(line);
+    }
+    return found;
+}
+
+/* " (A; B; C; and 4 more)": the findings not named yet, at most k_named of them. */
+std::string named_findings(const std::vector<std::string> &found, std::vector<std::string> &named) {
+    std::vector<std::string> fresh;
+    for (const std::string &f : found)
+        if (std::find(named.begin(), named.end(), f) == named.end()) fresh.push_back(f);
+    if (fresh.empty()) return "";
+    std::string text;
+    for (size_t i = 0; i < fresh.size() && i < k_named; ++i) {
+        text += (i ? "; " : "") + fresh[i];
+        named.push_back(fresh[i]);
+    }
+    if (fresh.size() > k_named) text += fmt::format("; and {} more", fresh.size() - k_named);
+    return " (" + text + ")";
+}
+
+/* Why a stage failed, "" when it passed; the findings it names are added to named, so that a
+ * later stage names only new ones. */
+std::string stage_reason(batch_stage stage, const stage_run &s, const std::string &case_path,
+                         std::vector<std::string> &named) {
+    const char *name = stage_name(stage);
+    const int st     = s.wait_status;
+    if (st == -1) return fmt::format("{}: no process could be started", name);
+    if (WIFSIGNALED(st))
+        return fmt::format("{} ended by signal {} ({})", name, WTERMSIG(st),
+                           strsignal(WTERMSIG(st)));
+    const int code = WEXITSTATUS(st);
+    if (code == exit_ok) return "";
+    if (code == exit_failed) {
+        const std::string result = result_of(s.output);
+        return fmt::format("{}: {}{}", name, result.empty() ? "failed" : result,
+                           named_findings(findings_in(s.output, case_path), named));
+    }
+    if (code == exit_no_case) return fmt::format("{}: {}", name, first_line(s.output));
+    return fmt::format("{} exited with status {}", name, code);
+}
+
+/* The last lines of both stages' output, each under the command that wrote it. */
+std::string output_tail(const case_run &r, const batch_settings &settings) {
+    std::string text;
+    for (int i = 0; i < 2; ++i) {
+        const stage_run &s = r.stages[i];
+        if (s.wait_status == -1 && s.output.empty()) continue;
+        text += fmt::format("$ isp-case {} {}{}{}\n", stage_name(batch_stage(i)), r.c->path,
+                            i == 1 ? " -q" : "",
+                            settings.frames ? fmt::format(" --frames {}", *settings.frames) : "");
+        text += (s.cut ? "...\n" : "") + s.output;
+        if (!s.output.empty() && s.output.back() != '\n') text += '\n';
+    }
+    size_t at = text.size(), lines = 0;
+    while (at > 0 && lines <= k_tail_lines) {
+        at = text.rfind('\n', at - 1);
+        if (at == std::string::npos) return text;
+        ++lines;
+    }
+    return lines > k_tail_lines ? "...\n" + text.substr(at + 1) : text;
+}
+
+double rounded(double seconds) {
+    return std::round(seconds * 1000) / 1000;
+}
+
+std::string xml_escape(const std::string &text) {
+    std::string out;
+    for (char c : utf8_clean(text)) {
+        switch (c) {
+            case '&':
+                out += "&amp;";
+                break;
+            case '<':
+                out += "&lt;";
+                break;
+            case '>':
+                out += "&gt;";
+                break;
+            case '"':
+                out += "&quot;";
+                break;
+            case '\'':
+                out += "&apos;";
+                break;
+            default:
+                /* XML 1.0 has no way to write the other control characters */
+                const bool control =
+                    static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+                out += control ? '?' : c;
+        }
+    }
+    return out;
+}
+
+std::string utc_timestamp() {
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &utc);
+    return text;
+}
+
+std::string suite_name(const batch_settings &settings) {
+    return settings.shard_count > 1 ? fmt::format("isp-case batch (shard {}/{})",
+                                                  settings.shard_index, settings.shard_count)
+                                    : std::string("isp-case batch");
+}
+
+bool write_junit(const std::string &path, const batch_settings &settings,
+                 const std::vector<case_run> &runs, double seconds) {
+    size_t failures = 0;
+    for (const case_run &r : runs) failures += !r.passed;
+    std::ofstream out(path);
+    const std::string name = xml_escape(suite_name(settings));
+    out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    out << fmt::format(
+        "<testsuites name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\" "
+        "time=\"{:.3f}\">\n",
+        name, runs.size(), failures, seconds);
+    out << fmt::format(
+        "  <testsuite name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\" "
+        "skipped=\"0\" time=\"{:.3f}\" timestamp=\"{}\">\n",
+        name, runs.size(), failures, seconds, utc_timestamp());
+    for (const case_run &r : runs) {
+        out << fmt::format("    <testcase name=\"{}\" classname=\"isp-case\" time=\"{:.3f}\"",
+                           xml_escape(r.c->name), r.seconds);
+        if (r.passed) {
+            out << "/>\n";
+            continue;
+        }
+        out << fmt::format(">\n      <failure message=\"{}\" type=\"failed\">{}</failure>\n",
+                           xml_escape(r.reason), xml_escape(output_tail(r, settings)));
+        out << "    </testcase>\n";
+    }
+    out << "  </testsuite>\n</testsuites>\n";
+    return bool(out);
+}
+
+std::string json_stage(const stage_run &s) {
+    json_object o;
+    if (s.wait_status != -1 && WIFEXITED(s.wait_status))
+        o.add("exit_status", WEXITSTATUS(s.wait_status)).add_null("signal");
+    else if (s.wait_status != -1)
+        o.add_null("exit_status").add("signal", WTERMSIG(s.wait_status));
+    else
+        o.add_null("exit_status").add_null("signal");
+    return o.text();
+}
+
+bool write_json(const std::string &path, const batch_settings &settings,
+                const std::vector<case_run> &runs, size_t found, double seconds) {
+    size_t passed = 0;
+    std::vector<std::string> cases, paths;
+    for (const std::string &p : settings.paths) paths.push_back(json_string(p));
+    for (const case_run &r : runs) {
+        passed += r.passed;
+        json_object o;
+        o.add("name", r.c->name)
+            .add("path", r.c->path)
+            .add("result", r.passed ? "passed" : "failed");
+        o.add("reason", r.reason).add("seconds", rounded(r.seconds));
+        o.add_raw("check", json_stage(r.stages[0])).add_raw("replay", json_stage(r.stages[1]));
+        o.add("output_tail", r.passed ? "" : output_tail(r, settings));
+        cases.push_back("\n  " + o.text());
+    }
+    json_object o;
+    o.add("type", "batch").add_raw("paths", json_array(paths));
+    if (settings.shard_count > 1)
+        o.add_raw("shard", json_object()
+                               .add("index", settings.shard_index)
+                               .add("count", settings.shard_count)
+                               .text());
+    else
+        o.add_null("shard");
+    if (settings.frames)
+        o.add("frames", *settings.frames);
+    else
+        o.add_null("frames");
+    o.add("strict", settings.strict).add("cases_found", found);
+    o.add_raw("cases", json_array(cases));
+    const bool ok = passed == runs.size();
+    o.add_raw("summary", json_object()
+                             .add("cases", runs.size())
+                             .add("passed", passed)
+                             .add("failed", runs.size() - passed)
+                             .add("seconds", rounded(seconds))
+                             .add("result", ok ? "ok" : "failed")
+                             .add("exit_status", ok ? exit_ok : exit_failed)
+                             .text());
+    std::ofstream out(path);
+    out << o.text() << "\n";
+    return bool(out);
+}
+
+/* Runs every case, at most jobs at a time, and prints a line for each as it finishes. */
+class pool {
+  public:
+    pool(const batch_settings &settings, const stage_runner &run, std::vector<case_run> &runs,
+         std::FILE *out, size_t name_width)
+        : settings_(settings), run_(run), runs_(runs), out_(out), width_(name_width) {}
+
+    void run(size_t jobs) {
+        size_t next = 0;
+        while (next < runs_.size() || !active_.empty()) {
+            while (next < runs_.size() && active_.size() < jobs) {
+                runs_[next].start = clock_type::now();
+                start_stage(next++);
+            }
+            if (!active_.empty()) wait_for_output();
+        }
+    }
+
+  private:
+    /* Starts the current stage of a case, or finishes the case when none is left. */
+    void start_stage(size_t index) {
+        case_run &r = runs_[index];
+        while (r.stage < 2) {
+            stage_run &s = r.stages[r.stage];
+            if (spawn(run_, batch_stage(r.stage), *r.c, s)) {
+                active_.push_back(index);
+                return;
+            }
+            ++r.stage; /* recorded as not started */
+        }
+        finish(r);
+    }
+
+    void wait_for_output() {
+        std::vector<pollfd> fds;
+        for (size_t index : active_) {
+            const case_run &r = runs_[index];
+            fds.push_back({r.stages[r.stage].fd, POLLIN, 0});
+        }
+        if (poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR) return;
+        std::vector<size_t> still;
+        for (size_t i = 0; i < fds.size(); ++i) {
+            const size_t index = active_[i];
+            if (fds[i].revents == 0 || read_some(runs_[index].stages[runs_[index].stage])) {
+                still.push_back(index);
+                continue;
+            }
+            case_run &r = runs_[index];
+            ++r.stage;
+            finished_stage_.push_back(index);
+        }
+        active_ = still;
+        for (size_t index : finished_stage_) start_stage(index);
+        finished_stage_.clear();
+    }
+
+    /* Reads what is there; false at the end of the output, once the process is reaped. */
+    static bool read_some(stage_run &s) {
+        char buffer[16384];
+        const ssize_t n = read(s.fd, buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR) return true;
+        if (n > 0) {
+            s.output.append(buffer, size_t(n));
+            if (s.output.size() > 2 * k_output_kept) {
+                s.output.erase(0, s.output.size() - k_output_kept);
+                s.cut = true;
+            }
+            return true;
+        }
+        close(s.fd);
+        s.fd = -1;
+        while (waitpid(s.pid, &s.wait_status, 0) < 0 && errno == EINTR) {
+        }
+        return false;
+    }
+
+    void finish(case_run &r) {
+        r.seconds = std::chrono::duration<double>(clock_type::now() - r.start).count();
+        std::string reasons;
+        std::vector<std::string> named;
+        for (int i = 0; i < 2; ++i) {
+            const std::string reason = stage_reason(batch_stage(i), r.stages[i], r.c->path, named);
+            if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
+        }
+        r.reason = reasons;
+        r.passed = reasons.empty();
+        fmt::print(out_, "{:<6}  {:<{}}  {:7.2f} s{}\n", r.passed ? "ok" : "FAILED", r.c->name,
+                   width_, r.seconds, r.passed ? "" : "  " + r.reason);
+        std::fflush(out_);
+    }
+
+    const batch_settings &settings_;
+    const stage_runner &run_;
+    std::vector<case_run> &runs_;
+    std::FILE *out_;
+    size_t width_;
+    std::vector<size_t> active_, finished_stage_;
+};
+
+}  // namespace
+
+bool find_cases(const std::vector<std::string> &paths, std::vector<batch_case> &cases,
+                std::string &error) {
+    for (std::string given : paths) {
+        while (given.size() > 1 && given.back() == '/') given.pop_back();
+        if (!is_directory(given)) {
+            error = given + ": no such directory";
+            return false;
+        }
+        search(fs::path(given), fs::path(given), given, 0, cases);
+    }
+    std::sort(cases.begin(), cases.end(),
+              [](const batch_case &a, const batch_case &b) { return a.path < b.path; });
+    cases.erase(
+        std::unique(cases.begin(), cases.end(),
+                    [](const batch_case &a, const batch_case &b) { return a.path == b.path; }),
+        cases.end());
+    return true;
+}
+
+std::vector<batch_case> shard_of(const std::vector<batch_case> &cases, int index, int count) {
+    std::vector<batch_case> selected;
+    for (size_t i = size_t(index - 1); count > 0 && i < cases.size(); i += size_t(count))
+        selected.push_back(cases[i]);
+    return selected;
+}
+
+bool parse_shard(const std::string &text, int &index, int &count) {
+    const size_t slash = text.find('/');
+    if (slash == std::string::npos || slash == 0 || slash + 1 == text.size() || text.size() > 15)
+        return false;
+    for (size_t i = 0; i < text.size(); ++i)
+        if (i != slash && (text[i] < '0' || text[i] > '9')) return false;
+    index = std::stoi(text.substr(0, slash));
+    count = std::stoi(text.substr(slash + 1));
+    return index >= 1 && index <= count;
+}
+
+int available_processors() {
+    cpu_set_t set;
+    if (sched_getaffinity(0, sizeof set, &set) == 0 && CPU_COUNT(&set) > 0) return CPU_COUNT(&set);
+    const long online = sysconf(_SC_NPROCESSORS_ONLN);
+    return online > 0 ? int(online) : 1;
+}
+
+int run_batch(const batch_settings &settings, const stage_runner &run_stage, std::FILE *out,
+              std::FILE *err) {
+    std::vector<batch_case> found;
+    std::string error;
+    if (!find_cases(settings.paths, found, error)) {
+        fmt::print(err, "isp-case batch: {}\n", error);
+        return exit_no_case;
+    }
+    if (found.empty()) {
+        fmt::print(err, "isp-case batch: no case (a directory holding cfgs/) under {}\n",
+                   fmt::join(settings.paths, ", "));
+        return exit_no_case;
+    }
+    const std::vector<batch_case> cases =
+        shard_of(found, settings.shard_index, settings.shard_count);
+    const size_t jobs = std::max<size_t>(
+        1, std::min<size_t>(cases.size(),
+                            size_t(settings.jobs > 0 ? settings.jobs : available_processors())));
+    const std::string shard = settings.shard_count > 1
+                                  ? fmt::format(" (shard {}/{} of {} cases)", settings.shard_index,
+                                                settings.shard_count, found.size())
+                                  : "";
+    fmt::print(out, "batch of {}{}, {} at a time\n\n",
+               cases.size() == 1 ? "1 case" : fmt::format("{} cases", cases.size()), shard, jobs);
+    std::fflush(out);
+
+    std::vector<case_run> runs(cases.size());
+    size_t width = 4;
+    for (size_t i = 0; i < cases.size(); ++i) {
+        runs[i].c = &cases[i];
+        width     = std::min(k_name_column, std::max(width, cases[i].name.size()));
+    }
+    const clock_type::time_point start = clock_type::now();
+    pool(settings, run_stage, runs, out, width).run(jobs);
+    const double seconds = std::chrono::duration<double>(clock_type::now() - start).count();
+
+    size_t passed = 0;
+    for (const case_run &r : runs) passed += r.passed;
+    fmt::print(out, "\nsummary\n  cases       {} run{}, {} passed, {} failed\n", cases.size(),
+               shard, passed, cases.size() - passed);
+    for (const case_run &r : runs)
+        if (!r.passed) fmt::print(out, "  failed      {}: {}\n", r.c->name, r.reason);
+    bool written = true;
+    if (!settings.junit_file.empty()) {
+        const bool ok = write_junit(settings.junit_file, settings, runs, seconds);
+        fmt::print(out, "  junit       {}{}\n", settings.junit_file,
+                   ok ? "" : ": cannot be written");
+        written = written && ok;
+    }
+    if (!settings.json_file.empty()) {
+        const bool ok = write_json(settings.json_file, settings, runs, found.size(), seconds);
+        fmt::print(out, "  json        {}{}\n", settings.json_file,
+                   ok ? "" : ": cannot be written");
+        written = written && ok;
+    }
+    const bool ok = passed == cases.size() && written;
+    fmt::print(out, "  result      {}\n", ok ? "ok" : "FAILED");
+    std::fflush(out);
+    return ok ? exit_ok : exit_failed;
+}
+
+}  // namespace isp_case

@@ -1,0 +1,112 @@
+/* The export subcommand: converter, then exporter, then write_json_file, one group at a time. */
+#include "tools/core/cmodel_export.h"
+
+#include <exception>
+#include <filesystem>
+#include <set>
+
+#include <fmt/core.h>
+
+#include "isp_json_utils.h"
+#include "tools/core/case_layout.h"
+#include "tools/core/file_probe.h"
+#include "tools/core/module_table.h"
+#include "tools/output/files.h"
+#include "tools/core/stderr_stream.h"
+
+namespace isp_case {
+namespace {
+
+/* One group of one register file to its C-model object; the converter's messages are kept. */
+picojson::value convert_and_export(const group_info &group, picojson::object root,
+                                   uint8_t partition, stderr_stream &capture,
+                                   std::vector<std::string> &messages) {
+    std::vector<max_align_t> storage((group.size + sizeof(max_align_t) - 1) / sizeof(max_align_t));
+    try {
+        group.convert(root, storage.data(), partition);
+    } catch (...) {
+        messages = capture.take();
+        throw;
+    }
+    messages = capture.take();
+    picojson::object out;
+    group.exporter(storage.data(), out, partition);
+    return picojson::value(out);
+}
+
+void export_block(const export_settings &settings, const std::string &block, stderr_stream &capture,
+                  export_result &result) {
+    const std::string path =
+        join_path(settings.case_path,
+                  block_file(block, settings.frame, settings.partition, settings.channel));
+    const probed_file probe = probe_file(path);
+    if (probe.state != file_state::ok) {
+        result.errors.push_back(path + ": " + describe(probe));
+        return;
+    }
+    std::set<std::string> reported;
+    for (const group_info *group : exported_groups(block)) {
+        const std::string target =
+            fmt::format("{}/{}_{}.json", settings.out_dir, block, group->name);
+        std::vector<std::string> messages;
+        try {
+            std::string error;
+            if (write_json_checked(
+                    target,
+                    convert_and_export(*group, probe.root.get<picojson::object>(),
+                                       uint8_t(settings.partition), capture, messages),
+                    error))
+                result.written.push_back(target);
+            else
+                result.errors.push_back(target + ": " + error);
+        } catch (const std::exception &e) {
+            result.errors.push_back(
+                fmt::format("{}: {} raises: {}", path, group->converter, e.what()));
+        }
+        for (const std::string &line : messages)
+            if (reported.insert(line).second) result.warnings.push_back(path + ": " + line);
+    }
+}
+
+}  // namespace
+
+std::string block_file(const std::string &block, int frame, int partition, int channel) {
+    const module_info *chosen = nullptr;
+    for (const module_info &m : modules()) {
+        if (block != m.block) continue;
+        if (!chosen || m.kind == file_kind::per_channel) chosen = &m;
+    }
+    return chosen ? relative_file(*chosen, frame, partition, channel) : "";
+}
+
+export_result export_case(const export_settings &settings) {
+    export_result result;
+    const std::string frame_dir = "cfgs/f" + std::to_string(settings.frame);
+    if (!is_directory(join_path(settings.case_path, frame_dir))) {
+        result.refused  = "no frame directory " + frame_dir;
+        result.no_frame = true;
+        return result;
+    }
+    const std::string problem = prepare_output_dir(settings.out_dir, existing_contents::keep);
+    if (!problem.empty()) {
+        result.refused = settings.out_dir + ": " + problem;
+        return result;
+    }
+    stderr_stream capture;
+    for (const std::string &block : exporting_blocks())
+        export_block(settings, block, capture, result);
+    return result;
+}
+
+void print_export(std::FILE *out, const export_settings &settings, const export_result &result) {
+    fmt::print(out, "export of {}: frame {}, partition {}, channel {} into {}\n",
+               settings.case_path, settings.frame, settings.partition, settings.channel,
+               settings.out_dir);
+    for (const std::string &file : result.written) fmt::print(out, "  wrote {}\n", file);
+    for (const std::string &warning : result.warnings) fmt::print(out, "  warning: {}\n", warning);
+    for (const std::string &error : result.errors) fmt::print(out, "  error: {}\n", error);
+    fmt::print(out, "  result: {} C-model files written, {} warnings, {} errors\n",
+               result.written.size(), result.warnings.size(), result.errors.size());
+}
+
+}  // namespace isp_case

@@ -1,0 +1,233 @@
+/* Writing the pushed groups of a replay, their decoded members and the manifest. */
+#include "tools/dump/writer.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+#include <fmt/core.h>
+
+#include "tools/dump/decode.h"
+#include "tools/output/files.h"
+
+namespace isp_case {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char k_banner_prefix[] = "[SDK version]: ";
+
+std::string step_dir(const replay_step &step) {
+    if (step.name.rfind("frame ", 0) == 0) return "frame" + step.name.substr(6);
+    return "init";
+}
+
+bool loads(op_kind kind) {
+    return kind == op_kind::init || kind == op_kind::process;
+}
+
+/* The register files a push was converted from: every partition of the file its load read,
+ * for the push's channel. */
+std::vector<manifest_source> sources_of(const module_info &module, const op_outcome &op,
+                                        const pushed_group &push, int partitions) {
+    std::vector<manifest_source> sources;
+    if (!loads(op.kind) || !op.ran) return sources;
+    int frame = 0;
+    if (module.kind != file_kind::pattern) {
+        const size_t pass = module.kind == file_kind::per_channel ? push.channel : 0;
+        if (pass >= op.frames_read.size()) return sources;
+        frame = op.frames_read[pass];
+    }
+    for (int p = 0; p < partitions; ++p)
+        sources.push_back({p, push.channel, relative_file(module, frame, p, push.channel)});
+    return sources;
+}
+
+/* Decodes a pushed structure with its exporter; the bytes are copied into storage aligned for
+ * any structure first. */
+picojson::value exported(const group_info &group, const std::vector<uint8_t> &bytes,
+                         uint8_t partition) {
+    std::vector<max_align_t> storage((group.size + sizeof(max_align_t) - 1) / sizeof(max_align_t));
+    std::memcpy(storage.data(), bytes.data(), group.size);
+    picojson::object out;
+    group.exporter(storage.data(), out, partition);
+    return picojson::value(out);
+}
+
+bool holds_containers(const picojson::value &v) {
+    auto container = [](const picojson::value &x) {
+        return x.is<picojson::array>() || x.is<picojson::object>();
+    };
+    if (v.is<picojson::array>())
+        return std::any_of(v.get<picojson::array>().begin(), v.get<picojson::array>().end(),
+                           container);
+    if (v.is<picojson::object>())
+        for (const auto &[key, x] : v.get<picojson::object>())
+            if (container(x)) return true;
+    return false;
+}
+
+/* One member, or one push, per line: the two outer levels are broken into lines when they hold
+ * objects or arrays, everything deeper stays on one line, so that a line-wise comparison of two
+ * dumps shows whole members. */
+void layout(const picojson::value &v, int depth, std::string &out) {
+    if (depth >= 2 || !holds_containers(v)) {
+        out += v.serialize();
+        return;
+    }
+    const std::string indent(2 * (depth + 1), ' ');
+    bool first = true;
+    if (v.is<picojson::array>()) {
+        out += "[";
+        for (const picojson::value &x : v.get<picojson::array>()) {
+            out += (first ? "\n" : ",\n") + indent;
+            layout(x, depth + 1, out);
+            first = false;
+        }
+        out += "\n" + std::string(2 * depth, ' ') + "]";
+        return;
+    }
+    out += "{";
+    for (const auto &[key, x] : v.get<picojson::object>()) {
+        out += (first ? "\n" : ",\n") + indent + picojson::value(key).serialize() + ": ";
+        layout(x, depth + 1, out);
+        first = false;
+    }
+    out += "\n" + std::string(2 * depth, ' ') + "}";
+}
+
+std::string laid_out(const picojson::value &v) {
+    std::string out;
+    layout(v, 0, out);
+    return out + "\n";
+}
+
+}  // namespace
+
+dump_writer::dump_writer(const std::string &dir, const replay_settings &settings)
+    : dir_(dir), partitions_(std::min(settings.run.part_h * settings.run.part_v, 256)) {
+    manifest_.tool          = "isp-case " ISP_JSON_VERSION;
+    manifest_.library       = "libisp_json " ISP_JSON_VERSION;
+    manifest_.case_path     = settings.run.case_path;
+    manifest_.part_h        = settings.run.part_h;
+    manifest_.part_v        = settings.run.part_v;
+    manifest_.channels      = settings.run.channels;
+    manifest_.frames        = settings.run.frames;
+    manifest_.pointer_bytes = sizeof(void *);
+    for (const module_info *m : settings.run.modules) manifest_.modules.push_back(m->name);
+    for (const module_info *m : settings.bypass) manifest_.bypass.push_back(m->name);
+}
+
+void dump_writer::write_step(const replay_step &step) {
+    const std::string dir = step_dir(step);
+    for (const module_step &m : step.modules)
+        for (const op_outcome &op : m.ops) {
+            for (const isp_sim::log_line &line : op.log)
+                if (const size_t at = line.text.find(k_banner_prefix); at != std::string::npos) {
+                    std::string banner = line.text.substr(at + sizeof k_banner_prefix - 1);
+                    while (!banner.empty() && banner.back() == '\n') banner.pop_back();
+                    manifest_.library = banner;
+                }
+            for (const pushed_group &push : op.pushes) write_push(dir, m, op, push);
+        }
+}
+
+void dump_writer::finish() {
+    const std::string path = dir_ + "/manifest.json";
+    std::string error;
+    if (!write_text_file(path, laid_out(manifest_json(manifest_)), error))
+        summary_.problems.push_back(path + ": " + error);
+}
+
+void dump_writer::write_push(const std::string &step, const module_step &m, const op_outcome &op,
+                             const pushed_group &push) {
+    const module_info &module = *m.module;
+    const std::string base    = dump_name(step, module, push);
+    std::error_code error;
+    fs::create_directories(fs::path(dir_ + "/" + base).parent_path(), error);
+    ++summary_.pushes;
+
+    manifest_push entry;
+    entry.step    = step;
+    entry.module  = module.name;
+    entry.block   = module.block;
+    entry.channel = push.channel;
+    entry.cmd     = push.cmd;
+    entry.group   = push.group ? push.group->name : "";
+    entry.type    = push.group && push.group->type ? push.group->type : "";
+    entry.size    = push.bytes.size();
+    entry.sources = sources_of(module, op, push, partitions_);
+    entry.bin     = base + ".bin";
+    entry.json    = base + ".json";
+
+    const char *type = push.group ? push.group->type : nullptr;
+    raw(entry.bin, without_pointers(type, push.bytes));
+    decode_input input;
+    input.block      = module.block;
+    input.type       = type;
+    input.bytes      = &push.bytes;
+    input.partitions = partitions_;
+    if (!push.part_size_h.empty()) {
+        input.pointees["part_size_h"] = {push.part_size_h, 2, true};
+        input.pointees["part_size_v"] = {push.part_size_v, 2, true};
+        for (const char *member : {"part_size_h", "part_size_v"}) {
+            entry.targets.push_back(base + "." + member + ".bin");
+            raw(entry.targets.back(), input.pointees[member].bytes);
+        }
+    }
+    json(entry.json, decode_structure(input));
+
+    if (push.group && push.group->exporter && push.bytes.size() == push.group->size) {
+        if (!push.group->per_partition)
+            cmodel(base + ".cmodel.json", push, 0, entry);
+        else
+            for (int p = 0; p < partitions_; ++p)
+                cmodel(fmt::format("{}.p{}.cmodel.json", base, p), push, static_cast<uint8_t>(p),
+                       entry);
+    }
+    manifest_.pushes.push_back(std::move(entry));
+}
+
+void dump_writer::raw(const std::string &relative, const std::vector<uint8_t> &bytes) {
+    std::string error;
+    if (write_text_file(dir_ + "/" + relative, std::string(bytes.begin(), bytes.end()), error))
+        ++summary_.raw_files;
+    else
+        summary_.problems.push_back(dir_ + "/" + relative + ": " + error);
+}
+
+void dump_writer::json(const std::string &relative, const picojson::value &value) {
+    std::string error;
+    if (write_text_file(dir_ + "/" + relative, laid_out(value), error))
+        ++summary_.decoded_files;
+    else
+        summary_.problems.push_back(dir_ + "/" + relative + ": " + error);
+}
+
+void dump_writer::cmodel(const std::string &relative, const pushed_group &push, uint8_t partition,
+                         manifest_push &entry) {
+    const std::string path = dir_ + "/" + relative;
+    try {
+        std::string error;
+        if (!write_json_checked(path, exported(*push.group, push.bytes, partition), error)) {
+            summary_.problems.push_back(path + ": " + error);
+            return;
+        }
+        ++summary_.cmodel_files;
+        entry.cmodel.push_back(relative);
+    } catch (const std::exception &e) {
+        summary_.problems.push_back(path + ": the exporter raised " + e.what());
+    }
+}
+
+std::string dump_name(const std::string &step, const module_info &module,
+                      const pushed_group &push) {
+    std::string name = step + "/" + module.name + "/";
+    if (module.kind == file_kind::per_channel) name += fmt::format("chn{}/", push.channel);
+    name += fmt::format("cmd{:02}", push.cmd);
+    if (push.group) name += std::string("_") + push.group->name;
+    return name;
+}
+
+}  // namespace isp_case

@@ -1,0 +1,60 @@
+/* The pushed groups of a replay on disk, decoded and listed in a manifest, written step by step
+ * so that a replay can hand over each step as it finishes. */
+#ifndef ISP_CASE_DUMP_H
+#define ISP_CASE_DUMP_H
+
+#include <string>
+#include <vector>
+
+#include "tools/dump/manifest.h"
+#include "tools/core/runner.h"
+
+namespace isp_case {
+
+struct dump_summary {
+    size_t pushes = 0, raw_files = 0, decoded_files = 0, cmodel_files = 0;
+    std::vector<std::string>
+        problems; /* "<path>: <reason>": files not written, exporters raising */
+};
+
+/* Layout under dir, for every push: <step>/<module>/[chn<c>/]cmd<NN>_<group> with <step> "init",
+ * "frame0", "frame1", ..., and beside it
+ *   .bin              the bytes the wrapper received, pointer members cleared
+ *   .json             every member decoded (decode_structure)
+ *   .cmodel.json      the C-model export where the block has an exporter for the group, or
+ *   .p<P>.cmodel.json one per partition for exporters that read one partition
+ *   .<member>.bin     the arrays behind pointer members (colour-correction init)
+ * and manifest.json at the root, written by finish(). The directory must have been prepared
+ * (prepare_output_dir) and the replay must keep the pushed bytes (replay_settings::keep_bytes).
+ * Nothing in it depends on the time or on host addresses. */
+class dump_writer {
+  public:
+    dump_writer(const std::string &dir, const replay_settings &settings);
+
+    /* The pushes of one step ("setup" is written as init, "frame N" as frameN). */
+    void write_step(const replay_step &step);
+    /* Writes the manifest; call once, after the last step. */
+    void finish();
+
+    const dump_summary &summary() const { return summary_; }
+
+  private:
+    void write_push(const std::string &step, const module_step &m, const op_outcome &op,
+                    const pushed_group &push);
+    void raw(const std::string &relative, const std::vector<uint8_t> &bytes);
+    void json(const std::string &relative, const picojson::value &value);
+    void cmodel(const std::string &relative, const pushed_group &push, uint8_t partition,
+                manifest_push &entry);
+
+    std::string dir_;
+    int partitions_;
+    manifest manifest_;
+    dump_summary summary_;
+};
+
+/* The relative path of a push without extension: "frame0/wbc/cmd01_ctrl". */
+std::string dump_name(const std::string &step, const module_info &module, const pushed_group &push);
+
+}  // namespace isp_case
+
+#endif

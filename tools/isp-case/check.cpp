@@ -1,0 +1,40 @@
+/* isp-case check: the lint of every file a replay reads, without aborting. */
+#include <memory>
+
+#include "tools/isp-case/commands.h"
+#include "tools/output/check_output.h"
+
+namespace isp_case {
+
+int run_check_command(const case_options &options, bool strict, bool json) {
+    run_settings settings;
+    case_contents contents;
+    if (!settings_or_report(options, "check", settings, contents)) return exit_no_case;
+    const check_result result = check_case(settings, contents);
+    if (json)
+        print_check_json(stdout, settings, result);
+    else
+        print_check(stdout, settings, result);
+    return count_findings(result.findings).passed(strict) ? exit_ok : exit_failed;
+}
+
+command_runner add_check_command(CLI::App &app) {
+    CLI::App &cmd = *app.add_subcommand(
+        "check",
+        "Find every problem of a case that would stop or spoil a replay, without aborting");
+    cmd.footer(exit_statuses_help);
+    auto flags  = std::make_shared<case_flags>();
+    auto strict = std::make_shared<bool>(false);
+    auto format = std::make_shared<std::string>("text");
+    add_case_flags(cmd, *flags);
+    cmd.add_flag("--strict", *strict, "Warnings fail the check too");
+    cmd.add_option("--format", *format,
+                   "text (default) or json: every finding in one JSON document")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
+    return [flags, strict, format] {
+        return run_check_command(flags->options(), *strict, *format == "json");
+    };
+}
+
+}  // namespace isp_case

@@ -1,0 +1,873 @@
+/* The case lint, driven by the library's register maps and the tool's module table. What reaches
+ * the hardware is computed with the library's own encoding: saturate_to_int32 and sign_to_regval,
+ * then the store into the member, then the bits the register keeps. */
+#include "tools/lint/lint.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <stdexcept>
+
+#include <fmt/core.h>
+
+#include "convert/common/saturate.h"
+#include "isp_json_utils.h"
+#include "tools/core/file_probe.h"
+#include "tools/core/stderr_stream.h"
+
+namespace isp_case {
+namespace {
+
+using isp::field_row;
+using isp::read_kind;
+
+/* ---- formats and what the hardware keeps -------------------------------------------------- */
+
+struct format_info {
+    bool is_signed = false;
+    int width      = 32; /* bits the register keeps: sign, integer and fraction bits, up to 32 */
+};
+
+/* The library reads the sign letter with its case bit cleared and every other character as
+ * counts; the signed twin of a format encodes -1 as its sign bit and every bit below, which
+ * gives the counts without a second parser. */
+format_info format_of(const char *format) {
+    format_info info;
+    if (!format || !format[0]) return info;
+    info.is_signed              = (format[0] & ~0x20) == 'S';
+    const std::string as_signed = std::string("s") + (format + 1);
+    const uint32_t ones         = sign_to_regval(-1, as_signed.c_str());
+    int bits                    = 0;
+    for (uint32_t v = ones; v != 0; v >>= 1) ++bits;
+    info.width = ones == UINT32_MAX ? 32 : (info.is_signed ? bits : bits - 1);
+    return info;
+}
+
+uint32_t low_bits(uint32_t code, int width) {
+    return width >= 32 ? code : code & ((1u << width) - 1u);
+}
+
+/* The code as the member holds it: the store cuts it to the member's width. */
+uint32_t stored(const isp::member_ref &member, uint32_t code) {
+    if (member.elem_size == 0) return code;
+    isp::member_ref at = member;
+    at.offset          = 0;
+    unsigned char scratch[8]{};
+    isp::store_code(scratch, at, 0, code);
+    return isp::load_code(scratch, at, 0);
+}
+
+int kept_width(const isp::member_ref &member, int width) {
+    return member.elem_size == 0 ? width : std::min(width, int(member.elem_size) * 8);
+}
+
+int64_t signed_value(uint32_t code, int width) {
+    if (width >= 32) return int32_t(code);
+    const uint32_t sign = 1u << (width - 1);
+    return (code & sign) ? int64_t(code) - (int64_t(1) << width) : int64_t(code);
+}
+
+std::string real_text(uint32_t code, const char *format) {
+    return fmt::format("{} ({})", code, regval_to_float(int32_t(code), format));
+}
+
+/* One value's trip to the hardware: the causes of every change, the first one's kind. */
+struct verdict {
+    std::vector<finding_kind> kinds;
+    std::vector<std::string> causes;
+    uint32_t hardware = 0;
+    void add(finding_kind kind, std::string cause) {
+        kinds.push_back(kind);
+        causes.push_back(std::move(cause));
+    }
+    finding_kind kind() const {
+        for (finding_kind k : {finding_kind::saturated, finding_kind::sign_dropped,
+                               finding_kind::too_wide, finding_kind::wrapped})
+            if (std::find(kinds.begin(), kinds.end(), k) != kinds.end()) return k;
+        return kinds.front();
+    }
+    std::string text() const {
+        std::string joined;
+        for (const std::string &c : causes) joined += (joined.empty() ? "" : ", ") + c;
+        return joined;
+    }
+};
+
+verdict judge_field(double value, const field_row &row) {
+    verdict v;
+    const format_info format = format_of(row.format);
+    const int32_t integer    = isp::saturate_to_int32(value);
+    if (value > 2147483647.0 || value < -2147483648.0)
+        v.add(finding_kind::saturated,
+              fmt::format("beyond the 32-bit range, it saturates to {}", integer));
+    else if (value != double(integer))
+        v.add(finding_kind::truncated,
+              fmt::format("the fraction below one step is truncated to {}", integer));
+    int64_t meant = integer;
+    if (!format.is_signed && integer < 0) {
+        meant = -int64_t(integer);
+        v.add(finding_kind::sign_dropped, "the format is unsigned and the sign is dropped");
+    }
+    const int width = kept_width(row.member, format.width);
+    v.hardware      = low_bits(stored(row.member, sign_to_regval(integer, row.format)), width);
+    if (format.is_signed) {
+        if (signed_value(v.hardware, width) != meant) {
+            const int64_t top = width >= 32 ? INT32_MAX : (int64_t(1) << (width - 1)) - 1;
+            v.add(finding_kind::wrapped,
+                  fmt::format("beyond {} to {} of {}, the code wraps", -top - 1, top, row.format));
+        }
+    } else if (int64_t(v.hardware) != meant) {
+        v.add(finding_kind::too_wide,
+              fmt::format("wider than {} ({} bits), the register keeps the low {} bits", row.format,
+                          format.width, width));
+    }
+    return v;
+}
+
+/* Raw numbers of curves and meshes are saturated into unsigned codes, stored into the member
+ * and kept to the entry's width. */
+verdict judge_entry(double value, const field_row &row) {
+    verdict v;
+    const format_info format = format_of(row.format);
+    const uint32_t code      = isp::saturate_to_uint32(value);
+    if (value > 4294967295.0)
+        v.add(finding_kind::saturated,
+              fmt::format("beyond the 32-bit range, it saturates to {}", code));
+    else if (value <= -1.0)
+        v.add(finding_kind::sign_dropped, "negative, it reads as 0");
+    else if (value != std::trunc(value))
+        v.add(finding_kind::truncated,
+              fmt::format("the fraction below one step is truncated to {}", code));
+    const int width = kept_width(row.member, format.width);
+    v.hardware      = low_bits(stored(row.member, code), width);
+    if (v.hardware != code)
+        v.add(finding_kind::too_wide,
+              fmt::format("wider than its {}-bit entries, the register keeps the low {} bits",
+                          width, width));
+    return v;
+}
+
+/* ---- paths through a register file --------------------------------------------------------- */
+
+struct path_step {
+    const char *key = nullptr; /* nullptr: an array index */
+    size_t index    = 0;
+};
+
+struct found {
+    const picojson::value *value = nullptr;
+    const located_value *where   = nullptr;
+    finding_kind failure         = finding_kind::missing_field; /* when value is null */
+    std::string why;
+    json_place at;
+};
+
+void place(finding &f, const json_place &at) {
+    f.line   = at.line;
+    f.column = at.column;
+}
+
+/* "d_gain.val" into register and field */
+void split_label(const std::string &label, finding &f) {
+    const size_t dot = label.rfind('.');
+    f.reg            = dot == std::string::npos ? label : label.substr(0, dot);
+    f.field          = dot == std::string::npos ? "" : label.substr(dot + 1);
+}
+
+std::string quoted(const std::string &key) {
+    return "\"" + key + "\"";
+}
+
+found look_up(const picojson::value &root, const located_value &root_where,
+              const std::vector<path_step> &steps, bool number_leaf) {
+    const picojson::value *value = &root;
+    const located_value *where   = &root_where;
+    std::string container        = "the root";
+    found f;
+    for (const path_step &step : steps) {
+        if (step.key) {
+            if (!value->is<picojson::object>()) {
+                f.failure = finding_kind::type;
+                f.why     = fmt::format("{} is {}, not an object", container,
+                                        describe_value(*value, *where));
+                f.at      = where->at;
+                return f;
+            }
+            const picojson::object &o = value->get<picojson::object>();
+            const auto it             = o.find(step.key);
+            if (it == o.end()) {
+                f.why = fmt::format("no {} in {}", quoted(step.key), container);
+                f.at  = where->at;
+                return f;
+            }
+            value     = &it->second;
+            where     = &where->members.at(step.key);
+            container = quoted(step.key);
+            continue;
+        }
+        if (!value->is<picojson::array>()) {
+            f.failure = finding_kind::type;
+            f.why =
+                fmt::format("{} is {}, not an array", container, describe_value(*value, *where));
+            f.at = where->at;
+            return f;
+        }
+        const picojson::array &a = value->get<picojson::array>();
+        if (step.index >= a.size()) {
+            f.why = fmt::format("{} has {} element{}, none at index {}", container, a.size(),
+                                a.size() == 1 ? "" : "s", step.index);
+            f.at  = where->at;
+            return f;
+        }
+        value     = &a[step.index];
+        where     = &where->items[step.index];
+        container = fmt::format("{}[{}]", container, step.index);
+    }
+    if (number_leaf && !value->is<double>()) {
+        f.failure = finding_kind::type;
+        f.why     = "expected a number, got " + describe_value(*value, *where);
+        f.at      = where->at;
+        return f;
+    }
+    f.value = value;
+    f.where = where;
+    f.at    = where->at;
+    return f;
+}
+
+/* One field a row reads: its path, its name in reports and in the converters' messages. */
+struct field_read {
+    std::vector<path_step> steps;
+    std::string label;   /* "grp0[3].lin_lut_x.low" */
+    std::string message; /* "lin_lut_x.low", as the converter reports it */
+    uint32_t element = 0;
+};
+
+std::vector<field_read> reads_of(const isp::block_map &map, const field_row &row) {
+    std::vector<field_read> reads;
+    const path_step top{map.top_key, 0};
+    switch (row.kind) {
+        case read_kind::field:
+            reads.push_back({{top, {row.reg}, {row.field}},
+                             fmt::format("{}.{}", row.reg, row.field),
+                             fmt::format("{}.{}", row.reg, row.field),
+                             row.element});
+            break;
+        case read_kind::group_field:
+        case read_kind::group_each: {
+            const bool each     = row.kind == read_kind::group_each;
+            const uint32_t last = each ? row.index : row.index + 1;
+            for (uint32_t k = each ? 0 : row.index; k < last; ++k)
+                reads.push_back({{top, {row.array}, {nullptr, k}, {row.reg}, {row.field}},
+                                 fmt::format("{}[{}].{}.{}", row.array, k, row.reg, row.field),
+                                 fmt::format("{}.{}", row.reg, row.field),
+                                 row.element + (each ? k * row.step : 0)});
+            break;
+        }
+        case read_kind::element:
+        case read_kind::element_each: {
+            const bool each     = row.kind == read_kind::element_each;
+            const uint32_t last = each ? row.index : row.index + 1;
+            for (uint32_t k = each ? 0 : row.index; k < last; ++k)
+                reads.push_back({{top, {row.array}, {nullptr, k}, {row.field}},
+                                 fmt::format("{}[{}].{}", row.array, k, row.field),
+                                 fmt::format("{}.{}", row.array, row.field),
+                                 row.element + (each ? k * row.step : 0)});
+            break;
+        }
+        case read_kind::table: {
+            std::vector<path_step> steps = {top};
+            if (row.reg) steps.push_back({row.reg});
+            steps.push_back({row.field});
+            const std::string name =
+                row.reg ? fmt::format("{}.{}", row.reg, row.field) : std::string(row.field);
+            reads.push_back({steps, name, name, row.element});
+            break;
+        }
+        case read_kind::hand_begin:
+        case read_kind::hand_end:
+            break;
+    }
+    return reads;
+}
+
+/* ---- keys the block does not have ---------------------------------------------------------- */
+
+/* The keys the rows read, as a tree; "[]" stands for the elements of an array. */
+struct key_node {
+    std::map<std::string, key_node> children;
+    uint32_t elements = 0; /* arrays: how many the rows read */
+};
+
+void add_path(key_node &root, const std::vector<path_step> &steps, uint32_t elements) {
+    key_node *node = &root;
+    for (const path_step &step : steps) {
+        if (step.key) {
+            node = &node->children[step.key];
+            continue;
+        }
+        node           = &node->children["[]"];
+        node->elements = std::max(node->elements, uint32_t(step.index + 1));
+    }
+    if (elements) node->children["[]"].elements = std::max(node->children["[]"].elements, elements);
+}
+
+key_node known_keys(const isp::block_map &map) {
+    key_node root;
+    for (size_t i = 0; i < map.row_count; ++i) {
+        const field_row &row = map.rows[i];
+        for (const field_read &read : reads_of(map, row))
+            add_path(root, read.steps, row.kind == read_kind::table ? row.index : 0);
+    }
+    return root;
+}
+
+size_t edit_distance(const std::string &a, const std::string &b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0]          = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t up = row[j];
+            row[j]   = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = up;
+        }
+    }
+    return row[b.size()];
+}
+
+/* The closest known key within two edits, or "". */
+std::string near_miss(const std::string &key, const key_node &node) {
+    std::string best;
+    size_t best_distance = 3;
+    for (const auto &[name, child] : node.children) {
+        if (name == "[]") continue;
+        const size_t d = edit_distance(key, name);
+        if (d < best_distance && d < key.size()) {
+            best          = name;
+            best_distance = d;
+        }
+    }
+    return best;
+}
+
+struct key_walk {
+    const std::string &file;
+    std::vector<finding> &out;
+
+    void object(const picojson::value &value, const located_value &where, const key_node &node,
+                const std::string &container, int depth) {
+        if (value.is<picojson::array>()) {
+            const auto items = node.children.find("[]");
+            if (items == node.children.end()) return;
+            const picojson::array &a = value.get<picojson::array>();
+            for (size_t i = 0; i < a.size() && i < items->second.elements; ++i)
+                object(a[i], where.items[i], items->second, fmt::format("{}[{}]", container, i),
+                       depth);
+            if (a.size() > items->second.elements) {
+                finding f;
+                f.level = severity::warning;
+                f.kind  = finding_kind::unknown_key;
+                f.file  = file;
+                place(f, where.items[items->second.elements].at);
+                f.reg     = container;
+                f.message = fmt::format(
+                    "{} holds {} elements and the converters read {}: the last {} are ignored",
+                    quoted(container), a.size(), items->second.elements,
+                    a.size() - items->second.elements);
+                out.push_back(f);
+            }
+            return;
+        }
+        if (!value.is<picojson::object>() || node.children.empty() || node.children.count("[]"))
+            return;
+        for (const auto &[key, member] : value.get<picojson::object>()) {
+            const located_value &member_where = where.members.at(key);
+            const auto known                  = node.children.find(key);
+            if (known != node.children.end()) {
+                object(member, member_where, known->second, key, depth + 1);
+                continue;
+            }
+            const char *what = depth == 0                                       ? "top-level key"
+                               : depth == 1                                     ? "register"
+                               : node.children.begin()->second.children.empty() ? "field"
+                                                                                : "register";
+            finding f;
+            f.level = severity::warning;
+            f.kind  = finding_kind::unknown_key;
+            f.file  = file;
+            place(f, member_where.key_at);
+            f.reg                    = depth <= 1 ? key : container;
+            f.field                  = depth <= 1 ? "" : key;
+            const std::string near   = near_miss(key, node);
+            const std::string inside = depth == 0 ? "" : " in " + quoted(container);
+            f.message = fmt::format("unknown {} {}{}: ignored{}", what, quoted(key), inside,
+                                    near.empty() ? "" : "; did you mean " + quoted(near) + "?");
+            out.push_back(f);
+        }
+    }
+};
+
+/* ---- the converters, run as one load runs them ---------------------------------------------- */
+
+struct converter_outcome {
+    std::vector<std::string> messages;
+    std::string raised, group; /* what() of the exception that ended the load, and its group */
+};
+
+converter_outcome convert_file(const module_info &module, const picojson::object &root,
+                               uint8_t partition, stderr_stream &capture) {
+    converter_outcome outcome;
+    picojson::object copy = root;
+    for (const char *name : module.converters) {
+        const group_info *group = find_group(module.block, name);
+        if (!group) continue;
+        std::vector<max_align_t> scratch((group->size + sizeof(max_align_t) - 1) /
+                                         sizeof(max_align_t));
+        try {
+            group->convert(copy, scratch.data(), partition);
+        } catch (const std::exception &e) {
+            outcome.raised = fmt::format("{} raises: {}", group->converter, e.what());
+            outcome.group  = name;
+            break;
+        }
+    }
+    outcome.messages = capture.take();
+    return outcome;
+}
+
+std::string names_of(const std::vector<const module_info *> &modules) {
+    std::string names;
+    for (const module_info *m : modules)
+        names += (names.empty() ? "" : ", ") + std::string(m->name);
+    return names;
+}
+
+finding make(severity level, finding_kind kind, const std::string &file, std::string message) {
+    finding f;
+    f.level   = level;
+    f.kind    = kind;
+    f.file    = file;
+    f.message = std::move(message);
+    return f;
+}
+
+/* ---- the run's settings and the case's frames ---------------------------------------------- */
+
+void lint_settings(const run_settings &settings, const case_contents &contents,
+                   std::vector<finding> &out) {
+    std::vector<const module_info *> channelled, grid_checkers;
+    for (const module_info *m : settings.modules) {
+        if (m->kind == file_kind::per_channel) channelled.push_back(m);
+        if (m->checks_grid) grid_checkers.push_back(m);
+    }
+    const std::string frame_path = join_path(settings.case_path, "cfgs/f");
+    if (contents.frames == 0)
+        out.push_back(make(severity::error, finding_kind::frame_directory, frame_path + "0",
+                           "missing frame directory: init reads frame 0 from it"));
+    if (!contents.unreached.empty()) {
+        std::string never_read;
+        for (int frame : contents.unreached)
+            never_read += fmt::format("{}cfgs/f{}", never_read.empty() ? "" : ", ", frame);
+        out.push_back(make(
+            severity::warning, finding_kind::frame_directory,
+            frame_path + std::to_string(contents.frames),
+            "missing frame directory: the frames after it are never read (" + never_read + ")"));
+    }
+    if (contents.frames > 0 && settings.frames > contents.frames)
+        out.push_back(make(
+            severity::warning, finding_kind::frames, "",
+            fmt::format("{} frames asked for and the case holds {} (cfgs/f0 to cfgs/f{}): frames "
+                        "{} to {} replay cfgs/f{} again",
+                        settings.frames, contents.frames, contents.frames - 1, contents.frames,
+                        settings.frames - 1, contents.frames - 1)));
+
+    const int partitions = settings.part_h * settings.part_v;
+    if (!grid_checkers.empty() && partitions == 0)
+        out.push_back(make(severity::error, finding_kind::grid, "",
+                           fmt::format("grid {}x{} is empty: {} report \"partition err!!!.\"",
+                                       settings.part_h, settings.part_v, names_of(grid_checkers))));
+    if (partitions > 256)
+        out.push_back(
+            make(severity::warning, finding_kind::grid, "",
+                 fmt::format("grid {}x{} has {} partitions and the partition index is 8 bits wide: "
+                             "partitions 256 to {} read the files of p0 to p{} again",
+                             settings.part_h, settings.part_v, partitions, partitions - 1,
+                             partitions - 257)));
+
+    if (!channelled.empty() && (settings.channels < 0 || settings.channels > max_channels))
+        out.push_back(make(severity::error, finding_kind::channels, "",
+                           fmt::format("channel count {}: {} accept 0 to {} channels",
+                                       settings.channels, names_of(channelled), max_channels)));
+    if (!channelled.empty() && settings.channels == 0)
+        out.push_back(make(severity::warning, finding_kind::channels, "",
+                           fmt::format("channel count 0: {} read no file and push nothing",
+                                       names_of(channelled))));
+
+    /* A channelled module shares its block's wrapper slot with a single-channel one (blc and
+     * lin): whichever initialises first owns the slot, whichever de-initialises first empties
+     * it. */
+    for (size_t i = 0; i < settings.modules.size(); ++i) {
+        const module_info &a = *settings.modules[i];
+        for (size_t j = i + 1; j < settings.modules.size(); ++j) {
+            const module_info &b = *settings.modules[j];
+            if (std::string(a.block) != b.block ||
+                (a.kind == file_kind::per_channel) == (b.kind == file_kind::per_channel))
+                continue;
+            if (a.kind == file_kind::per_channel && settings.channels < 1)
+                out.push_back(make(
+                    severity::error, finding_kind::module_order, "",
+                    fmt::format("channel count {}: {} creates no wrapper, and its deinit, which "
+                                "runs before {}'s, empties the block's wrapper slot: {}'s "
+                                "wrapper is never destroyed",
+                                settings.channels, a.name, b.name, b.name)));
+            if (b.kind == file_kind::per_channel && settings.channels > 1 &&
+                settings.channels <= max_channels)
+                out.push_back(make(
+                    severity::error, finding_kind::module_order, "",
+                    fmt::format("{} runs before {} with {} channels: {} takes {}'s context (one "
+                                "wrapper, then its frame index and flag) as its channel "
+                                "wrappers, and the wrapper calls of {} fail",
+                                a.name, b.name, settings.channels, b.name, a.name,
+                                settings.channels == 2
+                                    ? std::string("channel 1")
+                                    : fmt::format("channels 1 to {}", settings.channels - 1))));
+        }
+    }
+}
+
+bool has_bom(const std::string &text) {
+    return text.size() >= 3 && text.compare(0, 3, "\xEF\xBB\xBF") == 0;
+}
+
+/* The values a load's partitions gave one member, by partition. */
+struct load_values {
+    std::string block;
+    std::map<std::string, std::vector<std::pair<int, single_value>>> members;
+    std::map<int, std::string> files;
+};
+
+class case_lint {
+  public:
+    case_lint(const run_settings &settings, lint_result &result)
+        : settings_(settings), result_(result) {}
+
+    void file(const planned_file &planned) {
+        const std::string path    = join_path(settings_.case_path, planned.relative);
+        const std::string readers = names_of(planned.readers);
+        ++result_.files_read;
+        std::string text;
+        const probed_file probe = read_text(path, text);
+        if (probe.state != file_state::ok) {
+            const bool missing = probe.state == file_state::missing;
+            push(make(severity::error,
+                      missing ? finding_kind::missing_file : finding_kind::unreadable_file, path,
+                      describe(probe)),
+                 readers);
+            return;
+        }
+        if (has_bom(text)) {
+            finding f = make(severity::error, finding_kind::byte_order_mark, path,
+                             "the file starts with a UTF-8 byte-order mark, which picojson does "
+                             "not accept: the library aborts");
+            f.line = f.column = 1;
+            push(f, readers);
+            return;
+        }
+        located_document doc;
+        try {
+            doc = parse_located(text);
+        } catch (const std::overflow_error &) {
+            push(make(severity::error, finding_kind::non_finite, path,
+                      "number out of range (picojson raises overflow_error): " +
+                          locate_non_finite(text)),
+                 readers);
+            return;
+        }
+        if (!doc.error.empty()) {
+            push(make(severity::error, finding_kind::syntax, path,
+                      "JSON does not parse: " + doc.error),
+                 readers);
+            return;
+        }
+        repeated(path, doc, readers);
+        if (!doc.root.is<picojson::object>()) {
+            finding f =
+                make(severity::error, finding_kind::not_object, path,
+                     "root is not an object: the root is " + describe_value(doc.root, doc.where));
+            place(f, doc.where.at);
+            push(f, readers);
+            return;
+        }
+
+        const module_info &first  = *planned.readers.front();
+        const isp::block_map *map = isp::find_block_map(first.block);
+        std::vector<std::string> unreadable, raising;
+        if (map && map->row_count > 0) {
+            single_values singles;
+            const group_readers run_by = [&](const char *group) {
+                std::vector<const module_info *> modules;
+                for (const module_info *m : planned.readers)
+                    for (const char *name : m->converters)
+                        if (std::string(name) == group) modules.push_back(m);
+                return names_of(modules);
+            };
+            for (finding &f : lint_rows(*map, doc, path, run_by, &singles, &unreadable, &raising))
+                result_.findings.push_back(std::move(f));
+            remember(planned, path, first.block, singles);
+        }
+        converters(planned, path, doc.root.get<picojson::object>(), unreadable, raising);
+    }
+
+    /* Members that are not per partition, compared over each load's partitions. */
+    void disagreements() {
+        const int partitions = settings_.part_h * settings_.part_v;
+        if (partitions < 2) return;
+        const int last = (partitions - 1) % 256;
+        for (const auto &[load, values] : loads_) {
+            for (const auto &[member, by_partition] : values.members) {
+                bool differ = false;
+                for (const auto &[p, v] : by_partition)
+                    differ = differ || v.codes != by_partition.front().second.codes;
+                if (!differ) continue;
+                const auto kept =
+                    std::find_if(by_partition.begin(), by_partition.end(),
+                                 [&](const auto &entry) { return entry.first == last; });
+                const single_value &shown =
+                    kept != by_partition.end() ? kept->second : by_partition.back().second;
+                const int shown_partition =
+                    kept != by_partition.end() ? last : by_partition.back().first;
+                std::string list;
+                for (const auto &[p, v] : by_partition)
+                    list += fmt::format("{}p{} {}", list.empty() ? "" : ", ", p, v.text);
+                finding f =
+                    make(severity::warning, finding_kind::partitions_disagree,
+                         values.files.at(shown_partition),
+                         fmt::format("{} ({}) is not per partition and the partitions "
+                                     "disagree: {}; only p{}'s {} reaches the hardware",
+                                     shown.label, shown.format, list, shown_partition, shown.text));
+                place(f, shown.at);
+                f.module   = shown.modules;
+                f.value    = shown.text;
+                f.format   = shown.format;
+                f.hardware = shown.codes.size() == 1 ? std::to_string(shown.codes.front()) : "";
+                split_label(shown.label, f);
+                result_.findings.push_back(f);
+            }
+        }
+    }
+
+  private:
+    void push(finding f, const std::string &modules) {
+        f.module = modules;
+        result_.findings.push_back(std::move(f));
+    }
+
+    void repeated(const std::string &path, const located_document &doc,
+                  const std::string &readers) {
+        for (const repeated_key &r : doc.repeated) {
+            std::string where = "the root";
+            if (!r.path.empty()) where = quoted(r.path.back());
+            finding f = make(severity::warning, finding_kind::duplicate_key, path,
+                             fmt::format("key {} repeats in {}: picojson keeps the last value, "
+                                         "{} (line {}), and ignores {} (line {}, column {})",
+                                         quoted(r.key), where, shown(r.kept_text), r.kept.line,
+                                         shown(r.first_text), r.first.line, r.first.column));
+            place(f, r.kept);
+            f.reg   = r.path.empty() ? r.key : r.path.back();
+            f.field = r.path.empty() ? "" : r.key;
+            f.value = r.kept_text;
+            push(f, readers);
+        }
+    }
+
+    static std::string shown(const std::string &text) {
+        return text.empty() ? "a container" : text;
+    }
+
+    void remember(const planned_file &planned, const std::string &path, const char *block,
+                  const single_values &singles) {
+        const std::string load = fmt::format("{} f{} c{}", block, planned.frame, planned.channel);
+        load_values &values    = loads_[load];
+        values.files[planned.partition] = path;
+        for (const auto &[member, value] : singles)
+            values.members[member].push_back({planned.partition, value});
+    }
+
+    void converters(const planned_file &planned, const std::string &path,
+                    const picojson::object &root, const std::vector<std::string> &unreadable,
+                    const std::vector<std::string> &raising) {
+        struct report {
+            size_t count = 0;
+            std::vector<const module_info *> modules;
+        };
+        std::map<std::string, report> messages;
+        std::vector<std::string> order;
+        for (const module_info *module : planned.readers) {
+            const converter_outcome outcome =
+                convert_file(*module, root, static_cast<uint8_t>(planned.partition), capture_);
+            for (const std::string &line : outcome.messages) {
+                const std::string prefix = "read json_obj failed: ";
+                const std::string name =
+                    line.rfind(prefix, 0) == 0 ? line.substr(prefix.size()) : line;
+                if (std::find(unreadable.begin(), unreadable.end(), name) != unreadable.end())
+                    continue;
+                report &r = messages[line];
+                if (r.count++ == 0) order.push_back(line);
+                if (r.modules.empty() || r.modules.back() != module) r.modules.push_back(module);
+            }
+            if (!outcome.raised.empty() &&
+                std::find(raising.begin(), raising.end(), outcome.group) == raising.end())
+                push(make(severity::error, finding_kind::converter_raises, path, outcome.raised),
+                     module->name);
+        }
+        for (const std::string &line : order) {
+            const report &r = messages[line];
+            push(make(severity::error, finding_kind::field_not_read, path,
+                      r.count > 1 ? fmt::format("{} (x{})", line, r.count) : line),
+                 names_of(r.modules));
+        }
+    }
+
+    const run_settings &settings_;
+    lint_result &result_;
+    std::map<std::string, load_values> loads_;
+    stderr_stream capture_; /* what the converters write, for the whole lint */
+};
+
+}  // namespace
+
+std::vector<finding> lint_rows(const isp::block_map &map, const located_document &doc,
+                               const std::string &file, const group_readers &readers,
+                               single_values *singles, std::vector<std::string> *unreadable,
+                               std::vector<std::string> *raising) {
+    std::vector<finding> out;
+    const key_node root = known_keys(map);
+    key_walk{file, out}.object(doc.root, doc.where, root, "", 0);
+
+    for (size_t i = 0; i < map.row_count; ++i) {
+        const field_row &row      = map.rows[i];
+        const std::string modules = readers(row.group);
+        if (modules.empty()) continue;
+        const bool table = row.kind == read_kind::table;
+        for (const field_read &read : reads_of(map, row)) {
+            finding f;
+            f.file   = file;
+            f.module = modules;
+            f.format = row.format ? row.format : "";
+            split_label(read.message, f);
+            const found at = look_up(doc.root, doc.where, read.steps, !table);
+            if (!at.value) {
+                f.kind = at.failure;
+                place(f, at.at);
+                f.hardware = table ? "" : real_text(sign_to_regval(0, row.format), row.format);
+                f.message  = fmt::format(
+                     "{} ({}): {}; {}", read.label, f.format, at.why,
+                    table ? "the converter raises picojson's type error" : "the field reads as 0");
+                out.push_back(f);
+                if (table && raising) raising->push_back(row.group);
+                if (!table && unreadable) unreadable->push_back(read.message);
+                continue;
+            }
+            const bool per_partition = read.element == isp::part_element;
+            single_value single{read.label, at.where->text, f.format, modules, at.at, {}};
+            if (!table) {
+                const verdict v = judge_field(at.value->get<double>(), row);
+                single.codes    = {v.hardware};
+                if (!per_partition && singles)
+                    (*singles)[fmt::format("{}/{}[{}]", row.group, row.member.name, read.element)] =
+                        single;
+                if (v.kinds.empty()) continue;
+                f.kind  = v.kind();
+                f.level = severity::warning;
+                place(f, at.at);
+                f.value    = at.where->text;
+                f.hardware = real_text(v.hardware, row.format);
+                f.message  = fmt::format("{} = {} ({}): {}; the hardware gets {}", read.label,
+                                         f.value, f.format, v.text(), f.hardware);
+                out.push_back(f);
+                continue;
+            }
+            /* a table: every entry, the first faulty one reported with a count of the rest */
+            const picojson::array &entries = at.value->get<picojson::array>();
+            size_t faults                  = 0;
+            finding first;
+            for (uint32_t k = 0; k < row.index; ++k) {
+                if (k >= entries.size() || !entries[k].is<double>()) {
+                    f.kind = k >= entries.size() ? finding_kind::missing_field : finding_kind::type;
+                    place(f, k >= entries.size() ? at.at : at.where->items[k].at);
+                    f.message = fmt::format(
+                        "{}[{}] ({}): {}; the converter raises picojson's type error", read.label,
+                        k, f.format,
+                        k >= entries.size() ? fmt::format("the table has {} entries, {} are read",
+                                                          entries.size(), row.index)
+                                            : "expected a number, got " +
+                                                  describe_value(entries[k], at.where->items[k]));
+                    out.push_back(f);
+                    if (raising) raising->push_back(row.group);
+                    faults = 0;
+                    single.codes.clear();
+                    break;
+                }
+                const verdict v = judge_entry(entries[k].get<double>(), row);
+                single.codes.push_back(v.hardware);
+                if (v.kinds.empty() || faults++ > 0) continue;
+                first       = f;
+                first.kind  = v.kind();
+                first.level = severity::warning;
+                place(first, at.where->items[k].at);
+                first.value    = at.where->items[k].text;
+                first.hardware = std::to_string(v.hardware);
+                first.message =
+                    fmt::format("{}[{}] = {} ({}): {}; the hardware gets {}", read.label, k,
+                                first.value, f.format, v.text(), v.hardware);
+            }
+            if (faults > 0) {
+                if (faults > 1)
+                    first.message += fmt::format(" (and {} more entr{} of this table)", faults - 1,
+                                                 faults == 2 ? "y" : "ies");
+                out.push_back(first);
+            }
+            if (!per_partition && singles && !single.codes.empty()) {
+                single.text = fmt::format("{} entries", single.codes.size());
+                (*singles)[fmt::format("{}/{}", row.group, row.member.name)] = single;
+            }
+        }
+    }
+    return out;
+}
+
+bool stops_library(const finding &f) {
+    switch (f.kind) {
+        case finding_kind::missing_file:
+        case finding_kind::unreadable_file:
+        case finding_kind::byte_order_mark:
+        case finding_kind::syntax:
+        case finding_kind::non_finite:
+            return true;
+        default:
+            return false;
+    }
+}
+
+lint_result lint_case(const run_settings &settings, const case_contents &contents) {
+    lint_result result;
+    lint_settings(settings, contents, result.findings);
+    case_lint lint(settings, result);
+    for (const planned_file &file : plan_reads(settings)) {
+        const size_t first = result.findings.size();
+        lint.file(file);
+        /* in the order of the file's lines, the findings without a line last */
+        std::stable_sort(result.findings.begin() + long(first), result.findings.end(),
+                         [](const finding &a, const finding &b) {
+                             const int la = a.line ? a.line : INT32_MAX;
+                             const int lb = b.line ? b.line : INT32_MAX;
+                             return la != lb ? la < lb : a.column < b.column;
+                         });
+    }
+    lint.disagreements();
+    return result;
+}
+
+}  // namespace isp_case

@@ -1,0 +1,85 @@
+/* Preparing output directories and writing files whose every byte is checked. */
+#include "tools/output/files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "isp_json_utils.h"
+
+namespace isp_case {
+namespace {
+
+namespace fs = std::filesystem;
+
+/* The size of a file; -1 when it does not exist or is not a regular file. */
+long long file_size_of(const std::string &path) {
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) return -1;
+    const auto size = fs::file_size(path, error);
+    return error ? -1 : static_cast<long long>(size);
+}
+
+}  // namespace
+
+std::string prepare_output_dir(const std::string &dir, existing_contents contents) {
+    std::error_code error;
+    const fs::file_status status = fs::status(dir, error);
+    if (fs::exists(status) && !fs::is_directory(status)) return "not a directory";
+    if (!fs::exists(status)) {
+        if (!fs::create_directories(dir, error) && error)
+            return "cannot create it: " + error.message();
+    } else if (contents != existing_contents::keep && !fs::is_empty(dir, error)) {
+        if (error) return "cannot read it: " + error.message();
+        if (contents == existing_contents::refuse)
+            return "not empty (--force replaces its contents)";
+        for (const fs::directory_entry &entry : fs::directory_iterator(dir, error)) {
+            fs::remove_all(entry.path(), error);
+            if (error) return "cannot empty it: " + entry.path().string() + ": " + error.message();
+        }
+        if (error) return "cannot empty it: " + error.message();
+    }
+    /* permission bits do not tell: root ignores them, a read-only mount does not show in them */
+    const std::string probe = dir + "/.isp-case-write-check";
+    const int fd            = ::open(probe.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    if (fd < 0) return std::string("cannot write into it: ") + std::strerror(errno);
+    ::close(fd);
+    ::unlink(probe.c_str());
+    return "";
+}
+
+bool write_text_file(const std::string &path, const std::string &text, std::string &error) {
+    errno = 0;
+    std::ofstream out(path, std::ios::binary);
+    if (!out) {
+        error = std::string("cannot be written: ") + (errno ? std::strerror(errno) : "open failed");
+        return false;
+    }
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    out.close();
+    if (!out || file_size_of(path) != static_cast<long long>(text.size())) {
+        error = std::string("cannot be written: ") + (errno ? std::strerror(errno) : "short write");
+        return false;
+    }
+    return true;
+}
+
+bool write_json_checked(const std::string &path, const picojson::value &value, std::string &error) {
+    /* the writer prints the text and a newline through the standard output stream */
+    const long long expected = static_cast<long long>(value.serialize(true).size()) + 1;
+    errno                    = 0;
+    write_json_file(path, value);
+    const int reason         = errno;
+    const bool stream_failed = std::cout.fail();
+    std::cout.clear();
+    if (!stream_failed && file_size_of(path) == expected) return true;
+    error = std::string("cannot be written: ") + (reason ? std::strerror(reason) : "short write");
+    return false;
+}
+
+}  // namespace isp_case
