@@ -12,8 +12,11 @@ namespace internal {
 
 namespace {
 
+/* Common to every thread's platform; read and written under the lock. */
 bool log_echo         = true;
 int32_t log_max_level = 7;
+
+thread_local state *own_state = nullptr;
 
 /* One formatting pass into a stack buffer, a second one only for lines that do not fit. */
 std::string format_line(const char *format, va_list args) {
@@ -37,11 +40,17 @@ std::string format_line(const char *format, va_list args) {
 
 }  // namespace
 
+std::recursive_mutex &platform_lock() {
+    static std::recursive_mutex &lock = *new std::recursive_mutex();  // never destroyed, as sim()
+    return lock;
+}
+
 /* Never destroyed: memory the library still holds at exit stays reachable through the state,
  * so a leak checker reports only what nobody holds any more. */
 state &sim() {
-    static state &instance = *new state();
-    return instance;
+    if (own_state) return *own_state;
+    static state &shared = *new state();
+    return shared;
 }
 
 call &record(const char *function) {
@@ -80,11 +89,26 @@ using internal::sim;
 
 /* Echo settings are the caller's choice of output and survive a reset. */
 ISP_SIM_API void reset() {
+    const internal::guard locked(internal::platform_lock());
     internal::forget_memory();
     sim() = internal::state();
 }
 
+thread_platform::thread_platform() {
+    const internal::guard locked(internal::platform_lock());
+    outer_              = internal::own_state;
+    internal::own_state = new internal::state();
+}
+
+thread_platform::~thread_platform() {
+    const internal::guard locked(internal::platform_lock());
+    internal::forget_memory();
+    delete internal::own_state;
+    internal::own_state = static_cast<internal::state *>(outer_);
+}
+
 ISP_SIM_API const std::vector<call> &calls() {
+    const internal::guard locked(internal::platform_lock());
     return sim().calls;
 }
 
@@ -108,6 +132,7 @@ size_t note_peak(internal::state &s) {
 }  // namespace
 
 ISP_SIM_API record_counters counters() {
+    const internal::guard locked(internal::platform_lock());
     internal::state &s = sim();
     record_counters n;
     n.held_calls      = s.calls.size();
@@ -120,6 +145,7 @@ ISP_SIM_API record_counters counters() {
 }
 
 ISP_SIM_API void forget_records() {
+    const internal::guard locked(internal::platform_lock());
     internal::state &s = sim();
     note_peak(s);
     s.forgotten_calls += s.calls.size();
@@ -129,6 +155,7 @@ ISP_SIM_API void forget_records() {
 }
 
 ISP_SIM_API std::vector<call> calls_of(const std::string &function) {
+    const internal::guard locked(internal::platform_lock());
     std::vector<call> selected;
     for (const call &c : sim().calls)
         if (c.function == function) selected.push_back(c);
@@ -136,25 +163,31 @@ ISP_SIM_API std::vector<call> calls_of(const std::string &function) {
 }
 
 ISP_SIM_API const std::vector<log_line> &log_lines() {
+    const internal::guard locked(internal::platform_lock());
     return sim().log;
 }
 ISP_SIM_API void set_log_echo(bool echo) {
+    const internal::guard locked(internal::platform_lock());
     internal::log_echo = echo;
 }
 ISP_SIM_API void set_log_level(int32_t max_level) {
+    const internal::guard locked(internal::platform_lock());
     internal::log_max_level = max_level;
 }
 
 ISP_SIM_API void fail_call(const std::string &function, unsigned nth, int32_t result) {
+    const internal::guard locked(internal::platform_lock());
     internal::state &s = sim();
     s.failures.emplace(function, internal::injected_failure{s.call_counts[function] + nth, result});
 }
 
 ISP_SIM_API void on_setup(std::function<void(uint32_t, const VinHalSetupCmd *)> hook) {
+    const internal::guard locked(internal::platform_lock());
     sim().setup_hook = std::move(hook);
 }
 
 ISP_SIM_API const std::vector<std::string> &problems() {
+    const internal::guard locked(internal::platform_lock());
     return sim().problems;
 }
 
@@ -162,6 +195,7 @@ ISP_SIM_API const std::vector<std::string> &problems() {
 
 ISP_SIM_EXPORT int32_t QV_SYS_LogPrint(int32_t level, const char *tag, int32_t flag,
                                        const char *format, ...) {
+    const isp_sim::internal::guard locked(isp_sim::internal::platform_lock());
     va_list args;
     va_start(args, format);
     isp_sim::log_line line;
