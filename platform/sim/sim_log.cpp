@@ -3,6 +3,8 @@
 #include <stdarg.h>
 #include <stdio.h>
 
+#include <atomic>
+#include <set>
 #include <utility>
 
 #include "sim_state.h"
@@ -12,11 +14,28 @@ namespace internal {
 
 namespace {
 
-/* Common to every thread's platform; read and written under the lock. */
-bool log_echo         = true;
-int32_t log_max_level = 7;
+/* A platform: its lock, its state and the memory a reset made it forget. */
+struct platform {
+    std::recursive_mutex lock;
+    state records;
+    std::set<void *> retired;
+};
 
-thread_local state *own_state = nullptr;
+/* Common to every platform; the two settings alone are shared between threads with their own
+ * platforms, which must not synchronise through anything else. */
+std::atomic<bool> log_echo{true};
+std::atomic<int32_t> log_max_level{7};
+
+/* The calling thread's own platform, null while it uses the shared one. */
+thread_local platform *own_platform = nullptr;
+
+/* Never destroyed: memory the library still holds at exit stays reachable through the state,
+ * so a leak checker reports only what nobody holds any more. */
+platform &current() {
+    if (own_platform) return *own_platform;
+    static platform &shared = *new platform();
+    return shared;
+}
 
 /* One formatting pass into a stack buffer, a second one only for lines that do not fit. */
 std::string format_line(const char *format, va_list args) {
@@ -41,16 +60,15 @@ std::string format_line(const char *format, va_list args) {
 }  // namespace
 
 std::recursive_mutex &platform_lock() {
-    static std::recursive_mutex &lock = *new std::recursive_mutex();  // never destroyed, as sim()
-    return lock;
+    return current().lock;
 }
 
-/* Never destroyed: memory the library still holds at exit stays reachable through the state,
- * so a leak checker reports only what nobody holds any more. */
 state &sim() {
-    if (own_state) return *own_state;
-    static state &shared = *new state();
-    return shared;
+    return current().records;
+}
+
+std::set<void *> &retired_memory() {
+    return current().retired;
 }
 
 call &record(const char *function) {
@@ -94,17 +112,20 @@ ISP_SIM_API void reset() {
     sim() = internal::state();
 }
 
-thread_platform::thread_platform() {
-    const internal::guard locked(internal::platform_lock());
-    outer_              = internal::own_state;
-    internal::own_state = new internal::state();
+thread_platform::thread_platform() : outer_(internal::own_platform) {
+    internal::own_platform = new internal::platform();
 }
 
+/* What the thread still holds stays reachable from the platform it goes back to. */
 thread_platform::~thread_platform() {
-    const internal::guard locked(internal::platform_lock());
+    internal::platform *own = internal::own_platform;
     internal::forget_memory();
-    delete internal::own_state;
-    internal::own_state = static_cast<internal::state *>(outer_);
+    internal::own_platform = static_cast<internal::platform *>(outer_);
+    {
+        const internal::guard locked(internal::platform_lock());
+        internal::retired_memory().insert(own->retired.begin(), own->retired.end());
+    }
+    delete own;
 }
 
 ISP_SIM_API const std::vector<call> &calls() {
@@ -167,11 +188,9 @@ ISP_SIM_API const std::vector<log_line> &log_lines() {
     return sim().log;
 }
 ISP_SIM_API void set_log_echo(bool echo) {
-    const internal::guard locked(internal::platform_lock());
     internal::log_echo = echo;
 }
 ISP_SIM_API void set_log_level(int32_t max_level) {
-    const internal::guard locked(internal::platform_lock());
     internal::log_max_level = max_level;
 }
 

@@ -31,11 +31,6 @@ size_t memory_alignment(uint32_t requested) {
 namespace isp_sim {
 namespace internal {
 
-std::set<void *> &retired_memory() {
-    static std::set<void *> &retired = *new std::set<void *>();  // never destroyed, as sim()
-    return retired;
-}
-
 void forget_memory() {
     for (const auto &block : sim().tagged) retired_memory().insert(block.first);
     for (const auto &buffer : sim().dma) retired_memory().insert(buffer.second.virt);

@@ -55,8 +55,11 @@ struct state {
     static constexpr uint32_t first_handle = 0x100;
 };
 
-/* Every function of the platform, interface or control, holds this lock while it runs. It is
- * recursive: the setup hook runs inside the setup call and may call back into the platform. */
+/* Every function of the platform, interface or control, holds the lock of the platform in use
+ * on its thread while it runs. It is recursive: the setup hook runs inside the setup call and
+ * may call back into the platform. A thread with a platform of its own takes no lock another
+ * thread takes, so that a checker of data races sees the library's calls on two such threads
+ * as unordered, which they are. */
 std::recursive_mutex &platform_lock();
 using guard = std::lock_guard<std::recursive_mutex>;
 
@@ -74,8 +77,8 @@ bool failing_now(const char *function, call &record);
 void problem(const std::string &text);
 std::string hex(uint64_t value);
 
-/* Memory handed out before a reset: forgotten by the accounting but still owned by someone, so
- * it stays reachable and may be freed later without complaint. */
+/* Memory handed out before a reset of the platform in use: forgotten by the accounting but
+ * still owned by someone, so it stays reachable and may be freed later without complaint. */
 std::set<void *> &retired_memory();
 
 /* Releases the memory of the allocators, called by reset(). */
