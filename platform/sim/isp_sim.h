@@ -1,9 +1,9 @@
 /* Control and inspection of the simulated platform, for tests and workstation tools. The
  * platform interfaces themselves are declared in isp_platform.h.
  *
- * Threads: every platform interface and every function below may be called from any thread; the
- * platform runs one call at a time. What calls(), log_lines() and problems() return is read
- * while no other thread calls the platform with the same state (after joining it, or on a
+ * Threads: every platform interface and every function below may be called from any thread, and
+ * a platform runs one call at a time. What calls(), log_lines() and problems() return is read
+ * while no other thread calls the same platform (after joining the threads that did, or on a
  * thread with a platform of its own, see thread_platform). */
 #ifndef ISP_SIM_H
 #define ISP_SIM_H
