@@ -10,6 +10,7 @@
 #include <map>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -152,12 +153,21 @@ class recorder {
     std::deque<std::vector<uint8_t>> sizes_;
 };
 
-/* One pipe's walk and what it leaves. */
+/* One pipe's walk and what it leaves on the platform and in the register shadow. */
 struct run {
     std::vector<std::string> failed;
     std::map<std::string, std::vector<std::string>> calls;
     std::vector<std::string> log, problems;
     uint32_t enable = 0;
+
+    run() = default;
+    run(std::vector<std::string> failures, recorder &records, const isp_test::pipe &p)
+        : failed(std::move(failures)),
+          calls(records.calls()),
+          problems(isp_sim::problems()),
+          enable(p.shadow.module_enable) {
+        for (const isp_sim::log_line &l : isp_sim::log_lines()) log.push_back(l.text);
+    }
 };
 
 void check_same(const run &alone, const run &together) {
@@ -180,12 +190,6 @@ std::vector<std::string> pushes_to(const run &r, const std::string &wrapper) {
     return pushes;
 }
 
-std::vector<std::string> texts(const std::vector<isp_sim::log_line> &lines) {
-    std::vector<std::string> all;
-    for (const isp_sim::log_line &l : lines) all.push_back(l.text);
-    return all;
-}
-
 class Threads : public isp_test::platform_test {
   protected:
     Threads() : pipes{{2, 2, first.path(), 2}, {2, 2, second.path(), 2}} {
@@ -202,14 +206,9 @@ class Threads : public isp_test::platform_test {
     run walk_alone(size_t i) {
         isp_sim::thread_platform own;
         recorder records(4);
-        pipes[i].shadow.module_enable = 0;
-        run r;
-        r.failed   = walk(instances[i]);
-        r.calls    = records.calls();
-        r.log      = texts(isp_sim::log_lines());
-        r.problems = isp_sim::problems();
-        r.enable   = pipes[i].shadow.module_enable;
-        return r;
+        pipes[i].shadow.module_enable   = 0;
+        std::vector<std::string> failed = walk(instances[i]);
+        return run(failed, records, pipes[i]);
     }
 
     isp_test::temp_dir first, second;
@@ -258,7 +257,6 @@ TEST_F(Threads, TheBlocksOfOnePipeOnTwoThreadsPushWhatTheyPushOnOne) {
         isp_sim::reset();
         recorder records(4);
         p.shadow.module_enable = 0;
-        run r;
         std::vector<std::string> failed[2];
         if (at_once) {
             std::thread one([&] { failed[0] = walk(parts[0]); });
@@ -268,14 +266,9 @@ TEST_F(Threads, TheBlocksOfOnePipeOnTwoThreadsPushWhatTheyPushOnOne) {
         } else {
             for (size_t i = 0; i < 2; ++i) failed[i] = walk(parts[i]);
         }
-        r.failed = failed[0];
-        r.failed.insert(r.failed.end(), failed[1].begin(), failed[1].end());
-        r.calls    = records.calls();
-        r.log      = texts(isp_sim::log_lines());
-        r.problems = isp_sim::problems();
-        r.enable   = p.shadow.module_enable;
+        failed[0].insert(failed[0].end(), failed[1].begin(), failed[1].end());
         EXPECT_EQ(isp_sim::live_allocations(), (std::map<uint32_t, int>()));
-        return r;
+        return run(failed[0], records, p);
     };
     const run alone = run_shared(false);
     ASSERT_EQ(alone.failed, std::vector<std::string>());
