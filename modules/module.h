@@ -32,9 +32,6 @@ struct frame_cursor {
 };
 frame_cursor cursor_of(const module_desc &m, void *context);
 
-/* Size in 32-bit words of a live module context, 0 for one that is not live. */
-size_t context_words(const void *context);
-
 /* Operations of the generic module. */
 int32_t module_create(const module_desc &m, JsonModuleHandle *handle);
 int32_t module_destroy(const module_desc &m, JsonModuleHandle *handle);

@@ -3,7 +3,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <map>
+#include <algorithm>
 #include <string>
 
 #include "isp_platform.h"
@@ -20,13 +20,6 @@ const uint32_t k_stat_areas   = 3;
 const uint32_t k_stat_align   = 128;
 const size_t k_stat_name_size = 32;
 
-/* Live contexts and their size in 32-bit words, so that copying handles from a slot owner
- * never reads past the owner's context. */
-std::map<const void *, size_t> &live_contexts() {
-    static std::map<const void *, size_t> contexts;
-    return contexts;
-}
-
 size_t context_size(const module_desc &m) {
     switch (m.kind) {
         case module_kind::statistics:
@@ -36,6 +29,20 @@ size_t context_size(const module_desc &m) {
         default:
             return sizeof(JsonModuleContext);
     }
+}
+
+/* How many words of the slot owner's context may be read when copying handles from it. The
+ * owner is this very context (initialised again before its deinit) or the context of another
+ * module of the block: the smallest context among the modules that can own the slot bounds the
+ * read. Worked out afresh on every call rather than remembered per context: modules of other
+ * blocks and of other pipes are created and destroyed at the same time on other threads. */
+size_t owner_words(const module_desc &m, const JsonModuleHandle *handle,
+                   const JsonModuleContext *owner) {
+    if (owner == handle->priv) return context_size(m) / sizeof(uint32_t);
+    size_t words = context_size(m);
+    for (const module_desc &other : modules())
+        if (other.wrapper_type == m.wrapper_type) words = std::min(words, context_size(other));
+    return words / sizeof(uint32_t);
 }
 
 std::string block_message(const module_desc &m, bool by_block, const char *what) {
@@ -64,7 +71,12 @@ void update_enable_bit(const module_desc &m, PipeContext *pipe) {
     uint8_t *enable   = reinterpret_cast<uint8_t *>(&pipe->reg_shadow->module_enable);
     uint8_t &byte     = enable[m.enable_bit / 8];  // the word is little-endian
     const uint8_t bit = static_cast<uint8_t>(1u << (m.enable_bit % 8));
-    byte = bypass ? static_cast<uint8_t>(byte & ~bit) : static_cast<uint8_t>(byte | bit);
+    /* Modules of other blocks write their bits of the same byte at the same time on other
+     * threads: one atomic read-modify-write of the byte keeps every update. */
+    if (bypass)
+        __atomic_fetch_and(&byte, static_cast<uint8_t>(~bit), __ATOMIC_RELAXED);
+    else
+        __atomic_fetch_or(&byte, bit, __ATOMIC_RELAXED);
 }
 
 /* Creates wrapper, register I/O and default parameters of one channel. */
@@ -153,11 +165,6 @@ frame_cursor cursor_of(const module_desc &m, void *context) {
     return {&ctx->frame, &ctx->last_frame};
 }
 
-size_t context_words(const void *context) {
-    auto found = live_contexts().find(context);
-    return found == live_contexts().end() ? 0 : found->second;
-}
-
 int32_t module_create(const module_desc &m, JsonModuleHandle *handle) {
     if (handle->priv) {
         log_already_allocated(m.names.create, m.lines->create_warn, m.name);
@@ -169,13 +176,11 @@ int32_t module_create(const module_desc &m, JsonModuleHandle *handle) {
                  block_message(m, false, "malloc failed.").c_str());
         return m.code_alloc;
     }
-    live_contexts()[handle->priv] = context_size(m) / sizeof(uint32_t);
     return 0;
 }
 
 int32_t module_destroy(const module_desc &m, JsonModuleHandle *handle) {
     if (handle->priv) {
-        live_contexts().erase(handle->priv);
         QV_OS_MEM_Free(m.mem_tag, handle->priv);
         handle->priv = nullptr;
     }
@@ -195,7 +200,7 @@ int32_t module_init(const module_desc &m, JsonModuleHandle *handle) {
          * generic owner has its frame index and flag after its one handle), never past its
          * end. */
         const uint32_t *owner = reinterpret_cast<const uint32_t *>(slot);
-        const size_t owned    = context_words(slot);
+        const size_t owned    = owner_words(m, handle, slot);
         for (int32_t c = 0; c < channel_count(m, pipe); ++c)
             wrappers[c] = static_cast<size_t>(c) < owned ? owner[c] : 0;
         return module_load(m, handle);
@@ -220,7 +225,7 @@ int32_t module_deinit(const module_desc &m, JsonModuleHandle *handle) {
     if (!slot) return 0;
     uint32_t *wrappers    = static_cast<uint32_t *>(handle->priv);
     const uint32_t *owner = reinterpret_cast<const uint32_t *>(slot);
-    const size_t owned    = context_words(slot);
+    const size_t owned    = owner_words(m, handle, slot);
     for (int32_t c = 0; c < channel_count(m, pipe); ++c) {
         /* channelled modules take each channel's handle from the slot owner first */
         if (m.kind == module_kind::channelled)

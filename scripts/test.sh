@@ -2,7 +2,8 @@
 # Builds everything with warnings as errors and runs every test the project has, installing the
 # Debian packages it misses first:
 #   1. the native suite (build/), then the source formatting check;
-#   2. the same suite under AddressSanitizer and UndefinedBehaviorSanitizer (build-asan/);
+#   2. the same suite under AddressSanitizer and UndefinedBehaviorSanitizer (build-asan/), then
+#      the threading test under ThreadSanitizer (build-tsan/);
 #   3. the 32-bit ARM build, its suite under qemu-arm, and a comparison with the native build
 #      (build-arm/);
 #   4. a short run of every fuzz harness (build-fuzz/);
@@ -26,6 +27,9 @@ stage "source formatting (clang-format --dry-run --Werror)"
 
 stage "test suite under AddressSanitizer and UndefinedBehaviorSanitizer"
 "$root/scripts/sanitize.sh"
+
+stage "threading test under ThreadSanitizer"
+"$root/scripts/tsan.sh"
 
 stage "32-bit ARM build, test suite under qemu-arm, comparison with the native build"
 "$root/scripts/arm-suite.sh" "$root/build"

@@ -94,10 +94,10 @@ class field_reader {
         return a == b || (a && b && std::strcmp(a, b) == 0);
     }
 
-    /* An index past the end counts as a missing key. */
-    static picojson::value &item(picojson::array &items, size_t index) {
-        static picojson::value missing;  // null: fails every checked access like a missing key
-        return index < items.size() ? items[index] : missing;
+    /* An index past the end counts as a missing key: it yields the reader's own null value,
+     * which fails every checked access as a missing key does. */
+    picojson::value &item(picojson::array &items, size_t index) const {
+        return index < items.size() ? items[index] : missing_;
     }
 
     static picojson::object &object_of(picojson::value &value) {
@@ -130,6 +130,7 @@ class field_reader {
     mutable picojson::array *table_ = nullptr;
     mutable const char *table_reg_  = nullptr;
     mutable const char *table_key_  = nullptr;
+    mutable picojson::value missing_;  // never written: every access to it is a checked one
 };
 
 }  // namespace isp

@@ -1,5 +1,10 @@
 /* Control and inspection of the simulated platform, for tests and workstation tools. The
- * platform interfaces themselves are declared in isp_platform.h. */
+ * platform interfaces themselves are declared in isp_platform.h.
+ *
+ * Threads: every platform interface and every function below may be called from any thread, and
+ * a platform runs one call at a time. What calls(), log_lines() and problems() return is read
+ * while no other thread calls the same platform (after joining the threads that did, or on a
+ * thread with a platform of its own, see thread_platform). */
 #ifndef ISP_SIM_H
 #define ISP_SIM_H
 
@@ -78,7 +83,8 @@ ISP_SIM_API void set_log_level(int32_t max_level);
 ISP_SIM_API void fail_call(const std::string &function, unsigned nth, int32_t result = -1);
 
 /* Called during every vin_hal_wrapper_setup with its handle and record, before the copy is
- * taken; lets a tool or test look through pointers inside a pushed structure. */
+ * taken; lets a tool or test look through pointers inside a pushed structure. It runs under the
+ * platform's lock, so never on two threads at once, and may call the platform itself. */
 ISP_SIM_API void on_setup(std::function<void(uint32_t handle, const VinHalSetupCmd *cmd)> hook);
 
 /* Live tagged allocations per tag (QV_OS_MEM_Calloc minus QV_OS_MEM_Free). */
@@ -99,6 +105,25 @@ struct wrapper_state {
 ISP_SIM_API wrapper_state wrapper(uint32_t handle);
 ISP_SIM_API size_t live_wrappers();
 ISP_SIM_API size_t live_dma_buffers();
+
+/* A platform of the calling thread's own, for running pipes on threads of their own and reading
+ * each one's records as if it had run alone. While the object lives, the platform interfaces
+ * called on the constructing thread record, count, fail and check in a state of that thread
+ * only, fresh as after reset(): handles and physical addresses start from their first values,
+ * and the functions above, called on that thread, read and control that state. Other threads
+ * go on with the shared platform or their own. Log echo and level stay common. Create and
+ * destroy it on the same thread; what the thread still holds at the end is forgotten as by
+ * reset(). */
+class ISP_SIM_API thread_platform {
+  public:
+    thread_platform();
+    ~thread_platform();
+    thread_platform(const thread_platform &)            = delete;
+    thread_platform &operator=(const thread_platform &) = delete;
+
+  private:
+    void *outer_; /* the state the thread used before, in use again afterwards */
+};
 
 /* Size of the structure pushed with a setup command to a wrapper of a block ("clc", 3), 0 when
  * the block has no such command. */

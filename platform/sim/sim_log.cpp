@@ -3,6 +3,8 @@
 #include <stdarg.h>
 #include <stdio.h>
 
+#include <atomic>
+#include <set>
 #include <utility>
 
 #include "sim_state.h"
@@ -12,8 +14,28 @@ namespace internal {
 
 namespace {
 
-bool log_echo         = true;
-int32_t log_max_level = 7;
+/* A platform: its lock, its state and the memory a reset made it forget. */
+struct platform {
+    std::recursive_mutex lock;
+    state records;
+    std::set<void *> retired;
+};
+
+/* Common to every platform; the two settings alone are shared between threads with their own
+ * platforms, which must not synchronise through anything else. */
+std::atomic<bool> log_echo{true};
+std::atomic<int32_t> log_max_level{7};
+
+/* The calling thread's own platform, null while it uses the shared one. */
+thread_local platform *own_platform = nullptr;
+
+/* Never destroyed: memory the library still holds at exit stays reachable through the state,
+ * so a leak checker reports only what nobody holds any more. */
+platform &current() {
+    if (own_platform) return *own_platform;
+    static platform &shared = *new platform();
+    return shared;
+}
 
 /* One formatting pass into a stack buffer, a second one only for lines that do not fit. */
 std::string format_line(const char *format, va_list args) {
@@ -37,11 +59,16 @@ std::string format_line(const char *format, va_list args) {
 
 }  // namespace
 
-/* Never destroyed: memory the library still holds at exit stays reachable through the state,
- * so a leak checker reports only what nobody holds any more. */
+std::recursive_mutex &platform_lock() {
+    return current().lock;
+}
+
 state &sim() {
-    static state &instance = *new state();
-    return instance;
+    return current().records;
+}
+
+std::set<void *> &retired_memory() {
+    return current().retired;
 }
 
 call &record(const char *function) {
@@ -80,11 +107,29 @@ using internal::sim;
 
 /* Echo settings are the caller's choice of output and survive a reset. */
 ISP_SIM_API void reset() {
+    const internal::guard locked(internal::platform_lock());
     internal::forget_memory();
     sim() = internal::state();
 }
 
+thread_platform::thread_platform() : outer_(internal::own_platform) {
+    internal::own_platform = new internal::platform();
+}
+
+/* What the thread still holds stays reachable from the platform it goes back to. */
+thread_platform::~thread_platform() {
+    internal::platform *own = internal::own_platform;
+    internal::forget_memory();
+    internal::own_platform = static_cast<internal::platform *>(outer_);
+    {
+        const internal::guard locked(internal::platform_lock());
+        internal::retired_memory().insert(own->retired.begin(), own->retired.end());
+    }
+    delete own;
+}
+
 ISP_SIM_API const std::vector<call> &calls() {
+    const internal::guard locked(internal::platform_lock());
     return sim().calls;
 }
 
@@ -108,6 +153,7 @@ size_t note_peak(internal::state &s) {
 }  // namespace
 
 ISP_SIM_API record_counters counters() {
+    const internal::guard locked(internal::platform_lock());
     internal::state &s = sim();
     record_counters n;
     n.held_calls      = s.calls.size();
@@ -120,6 +166,7 @@ ISP_SIM_API record_counters counters() {
 }
 
 ISP_SIM_API void forget_records() {
+    const internal::guard locked(internal::platform_lock());
     internal::state &s = sim();
     note_peak(s);
     s.forgotten_calls += s.calls.size();
@@ -129,6 +176,7 @@ ISP_SIM_API void forget_records() {
 }
 
 ISP_SIM_API std::vector<call> calls_of(const std::string &function) {
+    const internal::guard locked(internal::platform_lock());
     std::vector<call> selected;
     for (const call &c : sim().calls)
         if (c.function == function) selected.push_back(c);
@@ -136,6 +184,7 @@ ISP_SIM_API std::vector<call> calls_of(const std::string &function) {
 }
 
 ISP_SIM_API const std::vector<log_line> &log_lines() {
+    const internal::guard locked(internal::platform_lock());
     return sim().log;
 }
 ISP_SIM_API void set_log_echo(bool echo) {
@@ -146,15 +195,18 @@ ISP_SIM_API void set_log_level(int32_t max_level) {
 }
 
 ISP_SIM_API void fail_call(const std::string &function, unsigned nth, int32_t result) {
+    const internal::guard locked(internal::platform_lock());
     internal::state &s = sim();
     s.failures.emplace(function, internal::injected_failure{s.call_counts[function] + nth, result});
 }
 
 ISP_SIM_API void on_setup(std::function<void(uint32_t, const VinHalSetupCmd *)> hook) {
+    const internal::guard locked(internal::platform_lock());
     sim().setup_hook = std::move(hook);
 }
 
 ISP_SIM_API const std::vector<std::string> &problems() {
+    const internal::guard locked(internal::platform_lock());
     return sim().problems;
 }
 
@@ -162,6 +214,7 @@ ISP_SIM_API const std::vector<std::string> &problems() {
 
 ISP_SIM_EXPORT int32_t QV_SYS_LogPrint(int32_t level, const char *tag, int32_t flag,
                                        const char *format, ...) {
+    const isp_sim::internal::guard locked(isp_sim::internal::platform_lock());
     va_list args;
     va_start(args, format);
     isp_sim::log_line line;

@@ -31,11 +31,6 @@ size_t memory_alignment(uint32_t requested) {
 namespace isp_sim {
 namespace internal {
 
-std::set<void *> &retired_memory() {
-    static std::set<void *> &retired = *new std::set<void *>();  // never destroyed, as sim()
-    return retired;
-}
-
 void forget_memory() {
     for (const auto &block : sim().tagged) retired_memory().insert(block.first);
     for (const auto &buffer : sim().dma) retired_memory().insert(buffer.second.virt);
@@ -44,18 +39,21 @@ void forget_memory() {
 }  // namespace internal
 
 ISP_SIM_API std::map<uint32_t, int> live_allocations() {
+    const internal::guard locked(internal::platform_lock());
     std::map<uint32_t, int> per_tag;
     for (const auto &block : sim().tagged) ++per_tag[block.second];
     return per_tag;
 }
 
 ISP_SIM_API size_t live_dma_buffers() {
+    const internal::guard locked(internal::platform_lock());
     return sim().dma.size();
 }
 
 }  // namespace isp_sim
 
 ISP_SIM_EXPORT void *QV_OS_MEM_Calloc(uint32_t tag, size_t count, size_t size) {
+    const guard locked(platform_lock());
     call &c = record("QV_OS_MEM_Calloc");
     c.tag   = tag;
     c.size  = count * size;
@@ -71,6 +69,7 @@ ISP_SIM_EXPORT void *QV_OS_MEM_Calloc(uint32_t tag, size_t count, size_t size) {
 }
 
 ISP_SIM_EXPORT void QV_OS_MEM_Free(uint32_t tag, void *ptr) {
+    const guard locked(platform_lock());
     call &c = record("QV_OS_MEM_Free");
     c.tag   = tag;
     if (failing_now("QV_OS_MEM_Free", c) || !ptr) return;
@@ -96,6 +95,7 @@ ISP_SIM_EXPORT void QV_OS_MEM_Free(uint32_t tag, void *ptr) {
 ISP_SIM_EXPORT int32_t qv_hal_sys_mem_alloc_cached(uint8_t pipe_id, uint64_t *phys, void **virt,
                                                    uint32_t size, uint32_t align,
                                                    const char *name) {
+    const guard locked(platform_lock());
     call &c   = record("qv_hal_sys_mem_alloc_cached");
     c.pipe_id = pipe_id;
     c.size    = size;
@@ -123,6 +123,7 @@ ISP_SIM_EXPORT int32_t qv_hal_sys_mem_alloc_cached(uint8_t pipe_id, uint64_t *ph
 }
 
 ISP_SIM_EXPORT int32_t QV_SYS_MemFree(uint64_t phys, void *virt) {
+    const guard locked(platform_lock());
     call &c = record("QV_SYS_MemFree");
     c.phys  = phys;
     if (failing_now("QV_SYS_MemFree", c)) return c.result;

@@ -1,5 +1,6 @@
-/* The simulated platform's shared state: what every platform function records and checks.
- * Everything runs on the caller's thread; the library under test has no threads of its own. */
+/* The simulated platform's state: what every platform function records and checks. Everything
+ * runs on the caller's thread, one call at a time under the platform's lock: pipes and blocks may
+ * call from threads of their own, the library under test has none. */
 #ifndef ISP_SIM_STATE_H
 #define ISP_SIM_STATE_H
 
@@ -7,6 +8,7 @@
 
 #include <functional>
 #include <map>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -53,6 +55,15 @@ struct state {
     static constexpr uint32_t first_handle = 0x100;
 };
 
+/* Every function of the platform, interface or control, holds the lock of the platform in use
+ * on its thread while it runs. It is recursive: the setup hook runs inside the setup call and
+ * may call back into the platform. A thread with a platform of its own takes no lock another
+ * thread takes, so that a checker of data races sees the library's calls on two such threads
+ * as unordered, which they are. */
+std::recursive_mutex &platform_lock();
+using guard = std::lock_guard<std::recursive_mutex>;
+
+/* The calling thread's own state while it has a thread_platform, otherwise the shared one. */
 state &sim();
 
 /* Appends a call record for function and returns it; the reference is valid until the next
@@ -66,8 +77,8 @@ bool failing_now(const char *function, call &record);
 void problem(const std::string &text);
 std::string hex(uint64_t value);
 
-/* Memory handed out before a reset: forgotten by the accounting but still owned by someone, so
- * it stays reachable and may be freed later without complaint. */
+/* Memory handed out before a reset of the platform in use: forgotten by the accounting but
+ * still owned by someone, so it stays reachable and may be freed later without complaint. */
 std::set<void *> &retired_memory();
 
 /* Releases the memory of the allocators, called by reset(). */

@@ -61,11 +61,13 @@ int32_t refuse(call &c) {
 namespace isp_sim {
 
 ISP_SIM_API wrapper_state wrapper(uint32_t handle) {
+    const internal::guard locked(internal::platform_lock());
     const wrapper_state *found = lookup(handle);
     return found ? *found : wrapper_state();
 }
 
 ISP_SIM_API size_t live_wrappers() {
+    const internal::guard locked(internal::platform_lock());
     size_t live = 0;
     for (const auto &entry : sim().wrappers) live += entry.second.exists ? 1 : 0;
     return live;
@@ -74,6 +76,7 @@ ISP_SIM_API size_t live_wrappers() {
 }  // namespace isp_sim
 
 ISP_SIM_EXPORT int32_t vin_hal_wrapper_create(uint32_t *handle, const VinHalWrapperAttr *attr) {
+    const guard locked(platform_lock());
     const char *function = "vin_hal_wrapper_create";
     call &c              = record(function);
     c.record             = bytes_of(attr);
@@ -92,6 +95,7 @@ ISP_SIM_EXPORT int32_t vin_hal_wrapper_create(uint32_t *handle, const VinHalWrap
 }
 
 ISP_SIM_EXPORT int32_t vin_hal_wrapper_destroy(uint32_t handle) {
+    const guard locked(platform_lock());
     const char *function = "vin_hal_wrapper_destroy";
     call &c              = record(function);
     c.handle             = handle;
@@ -109,6 +113,7 @@ ISP_SIM_EXPORT int32_t vin_hal_wrapper_destroy(uint32_t handle) {
 }
 
 ISP_SIM_EXPORT int32_t vin_hal_wrapper_regio_create(uint32_t handle, const VinHalRegioAttr *attr) {
+    const guard locked(platform_lock());
     const char *function = "vin_hal_wrapper_regio_create";
     call &c              = record(function);
     c.handle             = handle;
@@ -129,6 +134,7 @@ ISP_SIM_EXPORT int32_t vin_hal_wrapper_regio_create(uint32_t handle, const VinHa
 }
 
 ISP_SIM_EXPORT int32_t vin_hal_wrapper_regio_destroy(uint32_t handle) {
+    const guard locked(platform_lock());
     const char *function = "vin_hal_wrapper_regio_destroy";
     call &c              = record(function);
     c.handle             = handle;
@@ -140,6 +146,7 @@ ISP_SIM_EXPORT int32_t vin_hal_wrapper_regio_destroy(uint32_t handle) {
 }
 
 ISP_SIM_EXPORT int32_t vin_hal_wrapper_setup(uint32_t handle, const VinHalSetupCmd *cmd) {
+    const guard locked(platform_lock());
     const char *function = "vin_hal_wrapper_setup";
     /* The hook runs first and may call back into the platform; a copy survives the hook
      * replacing itself. */
@@ -164,6 +171,7 @@ ISP_SIM_EXPORT int32_t vin_hal_wrapper_setup(uint32_t handle, const VinHalSetupC
 
 ISP_SIM_EXPORT int32_t vin_hal_wrapper_trigger(uint32_t handle, uint32_t mode, uint32_t arg,
                                                uint32_t channel) {
+    const guard locked(platform_lock());
     const char *function = "vin_hal_wrapper_trigger";
     call &c              = record(function);
     c.handle             = handle;
