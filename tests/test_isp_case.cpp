@@ -297,8 +297,8 @@ TEST(IspCaseReplay, LongReplayHoldsNoMoreThanAShortOne) {
     settings.run.case_path = ISP_SAMPLE_CASE_DIR;
     settings.run.part_h = settings.run.part_v = 2;
     settings.run.channels                     = 2;
-    for (const isp_case::module_info &m : isp_case::modules()) settings.run.modules.push_back(&m);
-    auto run = [&](int frames) {
+    settings.run.modules                      = isp_case::pipeline_order();
+    auto run                                  = [&](int frames) {
         settings.run.frames = frames;
         size_t steps        = 0;
         isp_case::replay(settings, [&](const isp_case::replay_step &) { ++steps; });
@@ -818,9 +818,9 @@ TEST(IspCaseDiff, NamesEveryDifferenceAndExitsByOutcome) {
                           picojson::value(picojson::object{{"val", picojson::value(512.0)}});
                   });
     std::string all_but_gamma;
-    for (const isp_case::module_info &m : isp_case::modules())
-        if (std::string(m.name) != "gamma")
-            all_but_gamma += std::string(all_but_gamma.empty() ? "" : ",") + m.name;
+    for (const isp_case::module_info *m : isp_case::pipeline_order())
+        if (std::string(m->name) != "gamma")
+            all_but_gamma += std::string(all_but_gamma.empty() ? "" : ",") + m->name;
     const std::string a = dump_of(dir, "a", ISP_SAMPLE_CASE_DIR);
     const std::string b = dump_of(dir, "b", changed);
     const std::string c = dump_of(dir, "c", ISP_SAMPLE_CASE_DIR, "--modules " + all_but_gamma);

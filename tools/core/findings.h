@@ -11,6 +11,8 @@
 
 #include <picojson.h>
 
+#include "tools/output/json.h"
+
 namespace isp_case {
 
 /* error: the library would abort or raise, an operation failed, a value cannot be read;
@@ -70,7 +72,7 @@ struct finding {
 
 /* "FILE:LINE:COLUMN: warning: MODULES: MESSAGE [kind]"; the step instead of the file for what an
  * operation did, "settings" for findings without either, no line and column where they are not
- * known, no modules where none reads it. */
+ * known, no modules where none reads it. For people: what came from a file is terminal_text. */
 std::string finding_line(const finding &f);
 
 struct finding_counts {
@@ -113,37 +115,8 @@ class finding_tally {
 /* 85674 as "85,674". */
 std::string grouped(size_t value);
 
-/* The text with every byte that does not start a well-formed UTF-8 sequence replaced by U+FFFD,
- * so that every JSON and XML reader accepts it. */
-std::string utf8_clean(const std::string &text);
-
-/* A JSON string, quotes included, of any bytes: control characters escaped, as utf8_clean. */
-std::string json_string(const std::string &text);
-
-/* One JSON object written member by member on one line: {"a":1,"b":"x"}. */
-class json_object {
-  public:
-    json_object &add(const char *key, const std::string &value);
-    json_object &add(const char *key, const char *value) { return add(key, std::string(value)); }
-    json_object &add(const char *key, size_t value);
-    json_object &add(const char *key, int value);
-    json_object &add(const char *key, bool value);
-    json_object &add(const char *key, double value);
-    json_object &add_null(const char *key);
-    /* value: JSON text written as it is (an object, an array) */
-    json_object &add_raw(const char *key, const std::string &value);
-    std::string text() const { return body_.empty() ? "{}" : body_ + "}"; }
-
-  private:
-    json_object &key(const char *name);
-    std::string body_;
-};
-
-/* Elements already in JSON form, as one array. */
-std::string json_array(const std::vector<std::string> &elements);
-
 /* A step's counts and findings as the members of a JSON object. */
-json_object json_step(const step_outcome &step);
+json_fields json_step(const step_outcome &step);
 
 }  // namespace isp_case
 

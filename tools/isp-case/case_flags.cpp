@@ -17,7 +17,7 @@ const char *const exit_statuses_help =
 
 CLI::Validator module_name_check() {
     std::vector<std::string> names;
-    for (const module_info &m : modules()) names.push_back(m.name);
+    for (const module_info *m : pipeline_order()) names.push_back(m->name);
     return CLI::IsMember(names).description("");
 }
 

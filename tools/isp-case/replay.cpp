@@ -11,6 +11,7 @@
 #include "tools/dump/writer.h"
 #include "tools/isp-case/commands.h"
 #include "tools/lint/lint.h"
+#include "tools/output/escape.h"
 #include "tools/output/files.h"
 #include "tools/output/replay_printer.h"
 
@@ -36,17 +37,18 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
         if (stops_library(f)) blockers.push_back(f);
     if (!blockers.empty()) {
         fmt::print(stderr, "isp-case replay: {} file(s) of {} would stop the library:\n",
-                   blockers.size(), settings.run.case_path);
-        for (const finding &f : blockers) fmt::print(stderr, "  {}: {}\n", f.file, f.message);
+                   blockers.size(), terminal_text(settings.run.case_path));
+        for (const finding &f : blockers)
+            fmt::print(stderr, "  {}: {}\n", terminal_text(f.file), terminal_text(f.message));
         fmt::print(stderr, "run 'isp-case check {}' for every problem of the case\n",
-                   settings.run.case_path);
+                   terminal_text(settings.run.case_path));
         return exit_no_case;
     }
     if (!flags.dump_dir.empty()) {
         const std::string problem = prepare_output_dir(
             flags.dump_dir, flags.force ? existing_contents::replace : existing_contents::refuse);
         if (!problem.empty()) {
-            fmt::print(stderr, "isp-case replay: {}: {}\n", flags.dump_dir, problem);
+            fmt::print(stderr, "isp-case replay: {}: {}\n", terminal_text(flags.dump_dir), problem);
             return exit_failed;
         }
     }
