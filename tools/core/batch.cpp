@@ -40,7 +40,7 @@ const size_t k_name_column = 40;        /* longer case names push the rest of th
 const size_t k_named       = 3;         /* findings a failure reason names */
 
 const char *stage_name(batch_stage stage) {
-    return stage == batch_stage::check ? "check" : "replay";
+    return enum_name(batch_stage_names, stage);
 }
 
 void search(const fs::path &dir, const fs::path &root, const std::string &given, int depth,

@@ -7,68 +7,6 @@
 
 namespace isp_case {
 
-const char *severity_name(severity level) {
-    return level == severity::error ? "error" : "warning";
-}
-
-const char *kind_name(finding_kind kind) {
-    switch (kind) {
-        case finding_kind::frame_directory:
-            return "frame-directory";
-        case finding_kind::frames:
-            return "frames";
-        case finding_kind::grid:
-            return "grid";
-        case finding_kind::channels:
-            return "channels";
-        case finding_kind::module_order:
-            return "module-order";
-        case finding_kind::missing_file:
-            return "missing-file";
-        case finding_kind::unreadable_file:
-            return "unreadable-file";
-        case finding_kind::byte_order_mark:
-            return "byte-order-mark";
-        case finding_kind::syntax:
-            return "syntax";
-        case finding_kind::non_finite:
-            return "number-out-of-range";
-        case finding_kind::not_object:
-            return "root-not-object";
-        case finding_kind::duplicate_key:
-            return "duplicate-key";
-        case finding_kind::unknown_key:
-            return "unknown-key";
-        case finding_kind::missing_field:
-            return "missing-field";
-        case finding_kind::type:
-            return "type";
-        case finding_kind::sign_dropped:
-            return "sign-dropped";
-        case finding_kind::too_wide:
-            return "too-wide";
-        case finding_kind::wrapped:
-            return "wrapped";
-        case finding_kind::truncated:
-            return "truncated";
-        case finding_kind::saturated:
-            return "saturated";
-        case finding_kind::partitions_disagree:
-            return "partitions-disagree";
-        case finding_kind::field_not_read:
-            return "field-not-read";
-        case finding_kind::converter_raises:
-            return "converter-raises";
-        case finding_kind::operation_failed:
-            return "operation-failed";
-        case finding_kind::operation_raised:
-            return "operation-raised";
-        case finding_kind::library_warning:
-            return "library-warning";
-    }
-    return "";
-}
-
 std::string finding_line(const finding &f) {
     std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
     if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);

@@ -11,6 +11,7 @@
 
 #include <picojson.h>
 
+#include "tools/core/enum_list.h"
 #include "tools/output/json.h"
 
 namespace isp_case {
@@ -18,41 +19,49 @@ namespace isp_case {
 /* error: the library would abort or raise, an operation failed, a value cannot be read;
  * warning: a value reaches the hardware changed, a key is ignored, partitions disagree, the
  * library logged a warning. --strict fails on both. */
-enum class severity { error, warning };
-const char *severity_name(severity level);
+#define ISP_CASE_SEVERITIES(X) X(error, "error") X(warning, "warning")
+ISP_CASE_ENUM(severity, ISP_CASE_SEVERITIES);
+inline const char *severity_name(severity level) {
+    return enum_name(severity_names, level);
+}
 
-enum class finding_kind {
-    /* the lint of a case, before anything runs */
-    frame_directory, /* cfgs/f0 missing, or frame directories after a gap */
-    frames,          /* more frames asked for than the case holds */
-    grid,            /* an empty grid, or one past the 8-bit partition index */
-    channels,        /* a channel count the channelled modules reject or ignore */
-    module_order,    /* modules sharing a wrapper in an order that breaks it */
-    missing_file,
-    unreadable_file,
-    byte_order_mark,
-    syntax,
-    non_finite, /* picojson raises overflow_error while parsing */
-    not_object,
-    duplicate_key,
-    unknown_key,
-    missing_field,
-    type,
-    sign_dropped,
-    too_wide,
-    wrapped,
-    truncated,
-    saturated,
-    partitions_disagree,
-    field_not_read, /* a converter printed "read json_obj failed: ...": in the lint, one the rows
-                       do not explain; in a replay, every such line */
-    converter_raises,
-    /* what an operation of a replay did */
-    operation_failed, /* returned a status other than 0 */
-    operation_raised, /* an exception left it */
-    library_warning,  /* a log line at warning level or below from an operation that did not fail */
-};
-const char *kind_name(finding_kind kind); /* "sign-dropped" */
+#define ISP_CASE_FINDING_KINDS(X)                                                                 \
+    /* the lint of a case, before anything runs */                                                \
+    X(frame_directory, "frame-directory") /* cfgs/f0 missing, or directories after a gap */       \
+    X(frames, "frames")                   /* more frames asked for than the case holds */         \
+    X(grid, "grid")                 /* an empty grid, or one past the 8-bit partition index */    \
+    X(channels, "channels")         /* a channel count the channelled modules reject or ignore */ \
+    X(module_order, "module-order") /* modules sharing a wrapper in an order that breaks it */    \
+    X(missing_file, "missing-file")                                                               \
+    X(unreadable_file, "unreadable-file")                                                         \
+    X(byte_order_mark, "byte-order-mark")                                                         \
+    X(syntax, "syntax")                                                                           \
+    X(non_finite, "number-out-of-range") /* picojson raises overflow_error while parsing */       \
+    X(not_object, "root-not-object")                                                              \
+    X(duplicate_key, "duplicate-key")                                                             \
+    X(unknown_key, "unknown-key")                                                                 \
+    X(missing_field, "missing-field")                                                             \
+    X(type, "type")                                                                               \
+    X(sign_dropped, "sign-dropped")                                                               \
+    X(too_wide, "too-wide")                                                                       \
+    X(wrapped, "wrapped")                                                                         \
+    X(truncated, "truncated")                                                                     \
+    X(saturated, "saturated")                                                                     \
+    X(partitions_disagree, "partitions-disagree")                                                 \
+    /* a converter printed "read json_obj failed: ...": in the lint, one the rows do not          \
+       explain; in a replay, every such line */                                                   \
+    X(field_not_read, "field-not-read")                                                           \
+    X(converter_raises, "converter-raises")                                                       \
+    /* what an operation of a replay did */                                                       \
+    X(operation_failed, "operation-failed") /* returned a status other than 0 */                  \
+    X(operation_raised, "operation-raised") /* an exception left it */                            \
+    /* a log line at warning level or below from an operation that did not fail */                \
+    X(library_warning, "library-warning")
+ISP_CASE_ENUM(finding_kind, ISP_CASE_FINDING_KINDS);
+/* "sign-dropped" */
+inline const char *kind_name(finding_kind kind) {
+    return enum_name(finding_kind_names, kind);
+}
 
 /* Where (file, line, column, or the replay's step), what (module, register, field, the value as
  * written and its format) and what the hardware gets instead. */
@@ -86,7 +95,8 @@ picojson::value finding_json(const finding &f);
 picojson::value findings_json(const std::vector<finding> &findings);
 
 /* How a run is to be shown. */
-enum class output_format { text, json };
+#define ISP_CASE_OUTPUT_FORMATS(X) X(text, "text") X(json, "json")
+ISP_CASE_ENUM(output_format, ISP_CASE_OUTPUT_FORMATS);
 enum class verbosity { quiet, normal, verbose };
 
 /* One step as it ends: counts in the order they are shown, and what it found. */

@@ -241,28 +241,6 @@ class runner {
 
 }  // namespace
 
-const char *op_name(op_kind kind) {
-    switch (kind) {
-        case op_kind::reg:
-            return "register";
-        case op_kind::create:
-            return "create";
-        case op_kind::init:
-            return "init";
-        case op_kind::process:
-            return "process";
-        case op_kind::trigger:
-            return "trigger";
-        case op_kind::sync:
-            return "sync";
-        case op_kind::deinit:
-            return "deinit";
-        case op_kind::destroy:
-            return "destroy";
-    }
-    return "";
-}
-
 replay_result replay(const replay_settings &settings, const step_sink &sink) {
     isp_sim::reset();
     isp_sim::set_log_echo(false);

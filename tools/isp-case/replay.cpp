@@ -54,7 +54,7 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
     }
 
     replay_output output;
-    output.format    = flags.format == "json" ? output_format::json : output_format::text;
+    enum_from_name(output_format_names, flags.format, output.format);
     output.detail    = flags.quiet     ? verbosity::quiet
                        : flags.verbose ? verbosity::verbose
                                        : verbosity::normal;
