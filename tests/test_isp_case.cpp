@@ -537,20 +537,34 @@ TEST(IspCaseExport, WritesCModelFilesOrNamesTheMissingRegisterFiles) {
 
 TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
     temp_dir dir;
-    for (const char *command : {"replay", "check", "export", "diff", "batch"}) {
+    // each subcommand's help: its own exit statuses in one line; the tool's: the whole table
+    for (const char *command : {"replay", "check", "export", "diff", "batch", "report"}) {
         const tool_run help = run_tool(dir, std::string(command) + " --help");
         EXPECT_EQ(help.status, 0) << command;
-        EXPECT_NE(help.out.find("Exit status: 0 success"), std::string::npos) << command;
+        const size_t line = help.out.find("\nExit status: 0 ");
+        EXPECT_NE(line, std::string::npos) << command;
+        EXPECT_EQ(help.out.find('\n', line + 1), help.out.size() - 1) << command;
+        EXPECT_EQ(help.out.find("Exit status of every subcommand"), std::string::npos) << command;
     }
+    EXPECT_NE(run_tool(dir, "--help").out.find("Exit status of every subcommand:\n  0  success"),
+              std::string::npos);
     for (const char *usage :
          {"", "batch " ISP_SAMPLE_CASE_DIR " --shard 3/2", "replay " ISP_SAMPLE_CASE_DIR " -q -v",
           "replay " ISP_SAMPLE_CASE_DIR " --grid 2by2",
           "replay " ISP_SAMPLE_CASE_DIR " --log-level loud",
           "export " ISP_SAMPLE_CASE_DIR " --partition 0"})
         EXPECT_EQ(run_tool(dir, usage).status, 2) << usage;
-    const tool_run unknown = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --modules cc,nosuch");
-    EXPECT_EQ(unknown.status, 2);
-    EXPECT_NE(unknown.err.find("nosuch"), std::string::npos);
+    for (const auto &[args, line] : std::vector<std::pair<std::string, std::string>>{
+             {"check " ISP_SAMPLE_CASE_DIR " --modules cc,gama",
+              "--modules: unknown module \"gama\"; did you mean \"gamma\"?"},
+             {"replay " ISP_SAMPLE_CASE_DIR " --bypass wbc,nosuch",
+              "--bypass: unknown module \"nosuch\" (one of: ifa, bl_det, blc, lin, hdr, dpc,"},
+             {"diff a b --format jsno",
+              "--format: unknown format \"jsno\"; did you mean \"json\"?"}}) {
+        const tool_run unknown = run_tool(dir, args);
+        EXPECT_EQ(unknown.status, 2) << args;
+        EXPECT_EQ(unknown.err.rfind(line, 0), 0u) << unknown.err;
+    }
     const tool_run no_case = run_tool(dir, "batch " + dir.path());
     EXPECT_EQ(no_case.status, 3);
     EXPECT_EQ(no_case.err,

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tools/core/closest_name.h"
 #include "tools/output/escape.h"
 #include "tools/output/json.h"
 
@@ -63,6 +64,24 @@ TEST(IspCaseJson, FieldsKeepTheirOrderAndPicojsonEscapes) {
     EXPECT_EQ(o.serialize(),
               "{\"type\":\"step\",\"case\":\"a\\/\\\"b\\\"\\n\\u0001\xEF\xBF\xBD\",\"n\":3,"
               "\"seconds\":0.28,\"nan\":null,\"ok\":true,\"z\":null,\"inner\":{\"b\":1,\"a\":2}}");
+}
+
+TEST(IspCaseDidYouMean, ClosestNameWithinTwoEdits) {
+    const std::vector<std::string> names = {"wbc", "gamma", "gic", "csc", "d_gain"};
+    const struct {
+        const char *in, *out;
+    } rows[] = {
+        {"gama", "gamma"},     // one deletion
+        {"d_gian", "d_gain"},  // a swap is two edits
+        {"wcb", "wbc"},
+        {"gc", "gic"},     // one insertion
+        {"ccs", "csc"},    // two edits
+        {"gammmmma", ""},  // three edits
+        {"x", ""},         // as many edits as characters: no guess
+        {"cs", "csc"},
+    };
+    for (const auto &r : rows) EXPECT_EQ(isp_case::closest_name(r.in, names), r.out) << r.in;
+    EXPECT_EQ(isp_case::closest_name("wbd", {"wbc", "wbe"}), "wbc");  // ties: the first
 }
 
 }  // namespace

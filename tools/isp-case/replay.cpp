@@ -90,7 +90,10 @@ command_runner add_replay_command(CLI::App &app) {
     auto flags      = std::make_shared<case_flags>();
     auto options    = std::make_shared<replay_flags>();
     replay_flags &f = *options;
-    cmd.footer(exit_statuses_help);
+    cmd.footer(
+        "Exit status: 0 every operation returned 0 and no error found, 1 an error found or a "
+        "dump not written (--strict: a warning too), 2 usage error, 3 no such case, or files "
+        "that would stop the library.");
     add_case_flags(cmd, *flags);
     cmd.add_option("--bypass", f.bypass, "Modules whose bypass flag is set (enable bit cleared)")
         ->delimiter(',')
@@ -114,11 +117,8 @@ command_runner add_replay_command(CLI::App &app) {
     CLI::Option *verbose =
         cmd.add_flag("-v,--verbose", f.verbose, "The table of every frame, not one line per frame");
     cmd.add_flag("-q,--quiet", f.quiet, "The summary only")->excludes(verbose);
-    cmd.add_option("--format", f.format,
-                   "text, or json: one JSON object per line for the start, each step and the "
-                   "summary (default: text)")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({"text", "json"}));
+    add_format_option(cmd, f.format,
+                      "one JSON object per line for the start, each step and the summary");
     cmd.add_flag("--strict", f.strict, "Warnings (the case's and the replay's) fail it too");
     return [flags, options] { return run_replay_command(flags->options(), *options); };
 }

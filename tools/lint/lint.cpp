@@ -12,6 +12,7 @@
 
 #include "convert/common/saturate.h"
 #include "isp_json_utils.h"
+#include "tools/core/closest_name.h"
 #include "tools/core/converter_run.h"
 #include "tools/core/file_probe.h"
 #include "tools/core/stderr_stream.h"
@@ -323,34 +324,12 @@ key_node known_keys(const isp::block_map &map) {
     return root;
 }
 
-size_t edit_distance(const std::string &a, const std::string &b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0]          = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t up = row[j];
-            row[j]   = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
-            diagonal = up;
-        }
-    }
-    return row[b.size()];
-}
-
 /* The closest known key within two edits, or "". */
 std::string near_miss(const std::string &key, const key_node &node) {
-    std::string best;
-    size_t best_distance = 3;
-    for (const auto &[name, child] : node.children) {
-        if (name == "[]") continue;
-        const size_t d = edit_distance(key, name);
-        if (d < best_distance && d < key.size()) {
-            best          = name;
-            best_distance = d;
-        }
-    }
-    return best;
+    std::vector<std::string> names;
+    for (const auto &[name, child] : node.children)
+        if (name != "[]") names.push_back(name);
+    return closest_name(key, names);
 }
 
 struct key_walk {
