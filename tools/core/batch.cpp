@@ -128,7 +128,8 @@ std::string first_line(const std::string &text) {
 /* The findings a stage's report lists (check: one per line; replay: "  finding     " lines), as
  * finding_line writes them, with the case's directory left out of their paths. */
 std::vector<std::string> findings_in(const std::string &output, const std::string &case_path) {
-    const std::string listed = "  finding     ", prefix = case_path + "/";
+    /* the lines are written for people: paths in them escaped as terminal text */
+    const std::string listed = "  finding     ", prefix = terminal_text(case_path) + "/";
     std::vector<std::string> found;
     for (size_t start = 0; start < output.size();) {
         size_t end = output.find('\n', start);
