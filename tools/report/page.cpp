@@ -404,8 +404,9 @@ class picture_maker {
         chart.lines.push_back(
             {b_ ? legend_name('A') : m->name, indices(count), values(*m), palette::run_a});
         const member_view *n = o ? o->member(member) : nullptr;
-        std::string caption  = fmt::format("{} points of <code>{}</code>{}", count, m->name,
-                                          packed ? ", two 16-bit entries to a pushed word" : "");
+        std::string caption =
+            fmt::format("{} points of <code>{}</code>{}", count, markup_escape(m->name),
+                        packed ? ", two 16-bit entries to a pushed word" : "");
         if (n) {
             const std::vector<double> other = values(*n);
             chart.lines.push_back(
@@ -466,12 +467,13 @@ class picture_maker {
             map.cols = 19, map.rows = 15;
             map.unit = "code";
             map.lo = lo, map.hi = hi;
-            map.title        = fmt::format("lsc gain mesh {}{}", channels[c], b_ ? " (A)" : "");
-            map.values       = m->codes;
-            std::string figs = figure(
-                render(map), fmt::format("<code>{}</code> of {}, {} nodes: codes, the "
-                                         "mesh has no fixed-point format",
-                                         m->name, markup_escape(push_title(p)), map.values.size()));
+            map.title  = fmt::format("lsc gain mesh {}{}", channels[c], b_ ? " (A)" : "");
+            map.values = m->codes;
+            std::string figs =
+                figure(render(map), fmt::format("<code>{}</code> of {}, {} nodes: codes, the "
+                                                "mesh has no fixed-point format",
+                                                markup_escape(m->name),
+                                                markup_escape(push_title(p)), map.values.size()));
             const member_view *n = o ? o->member(tables[c]) : nullptr;
             if (n) {
                 heat_map other = map;
