@@ -1,4 +1,6 @@
-/* The options every command that reads a case shares, and the exit statuses they document. */
+/* What the subcommands share on the command line: the case options, the one spelling of
+ * --format and -o/--out, lists checked entry by entry with a "did you mean", and the table of
+ * exit statuses isp-case --help shows. */
 #include <algorithm>
 
 #include <fmt/format.h>
