@@ -297,8 +297,8 @@ TEST(IspCaseReplay, LongReplayHoldsNoMoreThanAShortOne) {
     settings.run.case_path = ISP_SAMPLE_CASE_DIR;
     settings.run.part_h = settings.run.part_v = 2;
     settings.run.channels                     = 2;
-    for (const isp_case::module_info &m : isp_case::modules()) settings.run.modules.push_back(&m);
-    auto run = [&](int frames) {
+    settings.run.modules                      = isp_case::pipeline_order();
+    auto run                                  = [&](int frames) {
         settings.run.frames = frames;
         size_t steps        = 0;
         isp_case::replay(settings, [&](const isp_case::replay_step &) { ++steps; });
@@ -475,11 +475,10 @@ TEST(IspCaseCheck, WarningsFailOnlyUnderStrictAndJsonListsThem) {
     EXPECT_EQ(doc.at("files_read").to_str() + " " + doc.at("errors").to_str() + " " +
                   doc.at("warnings").to_str(),
               "8 0 2");
-    std::string escaped; /* picojson writes every slash as \/ */
-    for (char ch : c) escaped += ch == '/' ? std::string("\\/") : std::string(1, ch);
     EXPECT_EQ(doc.at("findings").get<picojson::array>().at(0).serialize(),
-              "{\"column\":23,\"field\":\"val\",\"file\":\"" + escaped +
-                  "\\/cfgs\\/f0\\/rtl_wbc_p0.json\",\"format\":\"u10.8\",\"hardware\":\"5 "
+              "{\"column\":23,\"field\":\"val\",\"file\":" +
+                  picojson::value(c + "/cfgs/f0/rtl_wbc_p0.json").serialize() +
+                  ",\"format\":\"u10.8\",\"hardware\":\"5 "
                   "(0.01953125)\",\"kind\":\"sign-dropped\",\"line\":6,\"message\":\"d_gain.val "
                   "= -5 (u10.8): the format is unsigned and the sign is dropped; the hardware "
                   "gets 5 (0.01953125)\",\"module\":\"wbc\",\"register\":\"d_gain\","
@@ -537,20 +536,24 @@ TEST(IspCaseExport, WritesCModelFilesOrNamesTheMissingRegisterFiles) {
 
 TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
     temp_dir dir;
-    for (const char *command : {"replay", "check", "export", "diff", "batch"}) {
+    for (const char *command : {"replay", "check", "export", "diff", "batch", "report"}) {
         const tool_run help = run_tool(dir, std::string(command) + " --help");
         EXPECT_EQ(help.status, 0) << command;
-        EXPECT_NE(help.out.find("Exit status: 0 success"), std::string::npos) << command;
+        const size_t line = help.out.find("\nExit status: 0 ");  // its own, in the last line
+        EXPECT_EQ(help.out.find('\n', line + 1), help.out.size() - 1) << command;
     }
+    EXPECT_NE(run_tool(dir, "--help").out.find("Exit status of every subcommand:\n  0  success"),
+              std::string::npos);
     for (const char *usage :
          {"", "batch " ISP_SAMPLE_CASE_DIR " --shard 3/2", "replay " ISP_SAMPLE_CASE_DIR " -q -v",
           "replay " ISP_SAMPLE_CASE_DIR " --grid 2by2",
           "replay " ISP_SAMPLE_CASE_DIR " --log-level loud",
           "export " ISP_SAMPLE_CASE_DIR " --partition 0"})
         EXPECT_EQ(run_tool(dir, usage).status, 2) << usage;
-    const tool_run unknown = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --modules cc,nosuch");
+    const tool_run unknown = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --modules cc,gama");
     EXPECT_EQ(unknown.status, 2);
-    EXPECT_NE(unknown.err.find("nosuch"), std::string::npos);
+    EXPECT_EQ(unknown.err.rfind("--modules: unknown module \"gama\"; did you mean \"gamma\"?", 0),
+              0u);
     const tool_run no_case = run_tool(dir, "batch " + dir.path());
     EXPECT_EQ(no_case.status, 3);
     EXPECT_EQ(no_case.err,
@@ -818,9 +821,9 @@ TEST(IspCaseDiff, NamesEveryDifferenceAndExitsByOutcome) {
                           picojson::value(picojson::object{{"val", picojson::value(512.0)}});
                   });
     std::string all_but_gamma;
-    for (const isp_case::module_info &m : isp_case::modules())
-        if (std::string(m.name) != "gamma")
-            all_but_gamma += std::string(all_but_gamma.empty() ? "" : ",") + m.name;
+    for (const isp_case::module_info *m : isp_case::pipeline_order())
+        if (std::string(m->name) != "gamma")
+            all_but_gamma += std::string(all_but_gamma.empty() ? "" : ",") + m->name;
     const std::string a = dump_of(dir, "a", ISP_SAMPLE_CASE_DIR);
     const std::string b = dump_of(dir, "b", changed);
     const std::string c = dump_of(dir, "c", ISP_SAMPLE_CASE_DIR, "--modules " + all_but_gamma);

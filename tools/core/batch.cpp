@@ -24,6 +24,8 @@
 #include "tools/core/case_layout.h"
 #include "tools/core/findings.h"
 #include "tools/core/settings.h"
+#include "tools/output/escape.h"
+#include "tools/output/json.h"
 
 namespace isp_case {
 namespace {
@@ -38,7 +40,7 @@ const size_t k_name_column = 40;        /* longer case names push the rest of th
 const size_t k_named       = 3;         /* findings a failure reason names */
 
 const char *stage_name(batch_stage stage) {
-    return stage == batch_stage::check ? "check" : "replay";
+    return enum_name(batch_stage_names, stage);
 }
 
 void search(const fs::path &dir, const fs::path &root, const std::string &given, int depth,
@@ -126,7 +128,8 @@ std::string first_line(const std::string &text) {
 /* The findings a stage's report lists (check: one per line; replay: "  finding     " lines), as
  * finding_line writes them, with the case's directory left out of their paths. */
 std::vector<std::string> findings_in(const std::string &output, const std::string &case_path) {
-    const std::string listed = "  finding     ", prefix = case_path + "/";
+    /* the lines are written for people: paths in them escaped as terminal text */
+    const std::string listed = "  finding     ", prefix = terminal_text(case_path) + "/";
     std::vector<std::string> found;
     for (size_t start = 0; start < output.size();) {
         size_t end = output.find('\n', start);
@@ -205,35 +208,6 @@ double rounded(double seconds) {
     return std::round(seconds * 1000) / 1000;
 }
 
-std::string xml_escape(const std::string &text) {
-    std::string out;
-    for (char c : utf8_clean(text)) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '\'':
-                out += "&apos;";
-                break;
-            default:
-                /* XML 1.0 has no way to write the other control characters */
-                const bool control =
-                    static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-                out += control ? '?' : c;
-        }
-    }
-    return out;
-}
-
 std::string utc_timestamp() {
     const std::time_t now = std::time(nullptr);
     std::tm utc{};
@@ -254,7 +228,7 @@ bool write_junit(const std::string &path, const batch_settings &settings,
     size_t failures = 0;
     for (const case_run &r : runs) failures += !r.passed;
     std::ofstream out(path);
-    const std::string name = xml_escape(suite_name(settings));
+    const std::string name = markup_escape(suite_name(settings), markup_context::attribute);
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     out << fmt::format(
         "<testsuites name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\" "
@@ -266,53 +240,51 @@ bool write_junit(const std::string &path, const batch_settings &settings,
         name, runs.size(), failures, seconds, utc_timestamp());
     for (const case_run &r : runs) {
         out << fmt::format("    <testcase name=\"{}\" classname=\"isp-case\" time=\"{:.3f}\"",
-                           xml_escape(r.c->name), r.seconds);
+                           markup_escape(r.c->name, markup_context::attribute), r.seconds);
         if (r.passed) {
             out << "/>\n";
             continue;
         }
         out << fmt::format(">\n      <failure message=\"{}\" type=\"failed\">{}</failure>\n",
-                           xml_escape(r.reason), xml_escape(output_tail(r, settings)));
+                           markup_escape(r.reason, markup_context::attribute),
+                           markup_escape(output_tail(r, settings)));
         out << "    </testcase>\n";
     }
     out << "  </testsuite>\n</testsuites>\n";
     return bool(out);
 }
 
-std::string json_stage(const stage_run &s) {
-    json_object o;
+json_fields json_stage(const stage_run &s) {
+    json_fields o;
     if (s.wait_status != -1 && WIFEXITED(s.wait_status))
         o.add("exit_status", WEXITSTATUS(s.wait_status)).add_null("signal");
     else if (s.wait_status != -1)
         o.add_null("exit_status").add("signal", WTERMSIG(s.wait_status));
     else
         o.add_null("exit_status").add_null("signal");
-    return o.text();
+    return o;
 }
 
 bool write_json(const std::string &path, const batch_settings &settings,
                 const std::vector<case_run> &runs, size_t found, double seconds) {
     size_t passed = 0;
-    std::vector<std::string> cases, paths;
-    for (const std::string &p : settings.paths) paths.push_back(json_string(p));
+    std::vector<json_fields> cases;
     for (const case_run &r : runs) {
         passed += r.passed;
-        json_object o;
+        json_fields o;
         o.add("name", r.c->name)
             .add("path", r.c->path)
             .add("result", r.passed ? "passed" : "failed");
         o.add("reason", r.reason).add("seconds", rounded(r.seconds));
-        o.add_raw("check", json_stage(r.stages[0])).add_raw("replay", json_stage(r.stages[1]));
+        o.add("check", json_stage(r.stages[0])).add("replay", json_stage(r.stages[1]));
         o.add("output_tail", r.passed ? "" : output_tail(r, settings));
-        cases.push_back("\n  " + o.text());
+        cases.push_back(o);
     }
-    json_object o;
-    o.add("type", "batch").add_raw("paths", json_array(paths));
+    json_fields o;
+    o.add("type", "batch").add("paths", json_texts(settings.paths));
     if (settings.shard_count > 1)
-        o.add_raw("shard", json_object()
-                               .add("index", settings.shard_index)
-                               .add("count", settings.shard_count)
-                               .text());
+        o.add("shard",
+              json_fields().add("index", settings.shard_index).add("count", settings.shard_count));
     else
         o.add_null("shard");
     if (settings.frames)
@@ -320,18 +292,17 @@ bool write_json(const std::string &path, const batch_settings &settings,
     else
         o.add_null("frames");
     o.add("strict", settings.strict).add("cases_found", found);
-    o.add_raw("cases", json_array(cases));
+    o.add("cases", cases);
     const bool ok = passed == runs.size();
-    o.add_raw("summary", json_object()
-                             .add("cases", runs.size())
-                             .add("passed", passed)
-                             .add("failed", runs.size() - passed)
-                             .add("seconds", rounded(seconds))
-                             .add("result", ok ? "ok" : "failed")
-                             .add("exit_status", ok ? exit_ok : exit_failed)
-                             .text());
+    o.add("summary", json_fields()
+                         .add("cases", runs.size())
+                         .add("passed", passed)
+                         .add("failed", runs.size() - passed)
+                         .add("seconds", rounded(seconds))
+                         .add("result", ok ? "ok" : "failed")
+                         .add("exit_status", ok ? exit_ok : exit_failed));
     std::ofstream out(path);
-    out << o.text() << "\n";
+    out << o.serialize() << "\n";
     return bool(out);
 }
 
@@ -421,8 +392,9 @@ class pool {
         }
         r.reason = reasons;
         r.passed = reasons.empty();
-        fmt::print(out_, "{:<6}  {:<{}}  {:7.2f} s{}\n", r.passed ? "ok" : "FAILED", r.c->name,
-                   width_, r.seconds, r.passed ? "" : "  " + r.reason);
+        fmt::print(out_, "{:<6}  {:<{}}  {:7.2f} s{}\n", r.passed ? "ok" : "FAILED",
+                   terminal_text(r.c->name), width_, r.seconds,
+                   r.passed ? "" : "  " + terminal_text(r.reason));
         std::fflush(out_);
     }
 
@@ -485,12 +457,12 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
     std::vector<batch_case> found;
     std::string error;
     if (!find_cases(settings.paths, found, error)) {
-        fmt::print(err, "isp-case batch: {}\n", error);
+        fmt::print(err, "isp-case batch: {}\n", terminal_text(error));
         return exit_no_case;
     }
     if (found.empty()) {
         fmt::print(err, "isp-case batch: no case (a directory holding cfgs/) under {}\n",
-                   fmt::join(settings.paths, ", "));
+                   terminal_text(fmt::format("{}", fmt::join(settings.paths, ", "))));
         return exit_no_case;
     }
     const std::vector<batch_case> cases =
@@ -521,17 +493,19 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
     fmt::print(out, "\nsummary\n  cases       {} run{}, {} passed, {} failed\n", cases.size(),
                shard, passed, cases.size() - passed);
     for (const case_run &r : runs)
-        if (!r.passed) fmt::print(out, "  failed      {}: {}\n", r.c->name, r.reason);
+        if (!r.passed)
+            fmt::print(out, "  failed      {}: {}\n", terminal_text(r.c->name),
+                       terminal_text(r.reason));
     bool written = true;
     if (!settings.junit_file.empty()) {
         const bool ok = write_junit(settings.junit_file, settings, runs, seconds);
-        fmt::print(out, "  junit       {}{}\n", settings.junit_file,
+        fmt::print(out, "  junit       {}{}\n", terminal_text(settings.junit_file),
                    ok ? "" : ": cannot be written");
         written = written && ok;
     }
     if (!settings.json_file.empty()) {
         const bool ok = write_json(settings.json_file, settings, runs, found.size(), seconds);
-        fmt::print(out, "  json        {}{}\n", settings.json_file,
+        fmt::print(out, "  json        {}{}\n", terminal_text(settings.json_file),
                    ok ? "" : ": cannot be written");
         written = written && ok;
     }

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/core/enum_list.h"
+
 namespace isp_case {
 
 /* One case of a suite: its directory and its name, the path relative to the suite it was
@@ -29,7 +31,8 @@ std::vector<batch_case> shard_of(const std::vector<batch_case> &cases, int index
 /* "2/5" to 2 and 5, with 1 <= index <= count. */
 bool parse_shard(const std::string &text, int &index, int &count);
 
-enum class batch_stage { check, replay };
+#define ISP_CASE_BATCH_STAGES(X) X(check, "check") X(replay, "replay")
+ISP_CASE_ENUM(batch_stage, ISP_CASE_BATCH_STAGES);
 
 /* Runs one stage of one case in the calling process and returns its exit status; it is called
  * in a child process of the batch, whose standard output and error go to the batch. */

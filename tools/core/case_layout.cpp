@@ -117,13 +117,13 @@ std::vector<planned_file> plan_reads(const run_settings &settings) {
     const int partitions = settings.part_h * settings.part_v;
     const int loads      = 1 + settings.frames;
     for (const module_info *module : settings.modules) {
-        if (module->kind == file_kind::pattern) {
+        if (file_kind_of(*module) == file_kind::pattern) {
             for (int p = 0; p < partitions; ++p)
                 read(*module, relative_file(*module, 0, p % 256, 0), p % 256, -1, 0);
             continue;
         }
         int channels = 1;
-        if (module->kind == file_kind::per_channel) {
+        if (file_kind_of(*module) == file_kind::per_channel) {
             if (settings.channels < 1 || settings.channels > max_channels) continue;
             channels = settings.channels;
         }

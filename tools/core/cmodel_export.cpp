@@ -1,7 +1,6 @@
 /* The export subcommand: converter, then exporter, then write_json_file, one group at a time. */
 #include "tools/core/cmodel_export.h"
 
-#include <exception>
 #include <filesystem>
 #include <set>
 
@@ -9,30 +8,15 @@
 
 #include "isp_json_utils.h"
 #include "tools/core/case_layout.h"
+#include "tools/core/converter_run.h"
 #include "tools/core/file_probe.h"
 #include "tools/core/module_table.h"
+#include "tools/output/escape.h"
 #include "tools/output/files.h"
 #include "tools/core/stderr_stream.h"
 
 namespace isp_case {
 namespace {
-
-/* One group of one register file to its C-model object; the converter's messages are kept. */
-picojson::value convert_and_export(const group_info &group, picojson::object root,
-                                   uint8_t partition, stderr_stream &capture,
-                                   std::vector<std::string> &messages) {
-    std::vector<max_align_t> storage((group.size + sizeof(max_align_t) - 1) / sizeof(max_align_t));
-    try {
-        group.convert(root, storage.data(), partition);
-    } catch (...) {
-        messages = capture.take();
-        throw;
-    }
-    messages = capture.take();
-    picojson::object out;
-    group.exporter(storage.data(), out, partition);
-    return picojson::value(out);
-}
 
 void export_block(const export_settings &settings, const std::string &block, stderr_stream &capture,
                   export_result &result) {
@@ -45,25 +29,23 @@ void export_block(const export_settings &settings, const std::string &block, std
         return;
     }
     std::set<std::string> reported;
-    for (const group_info *group : exported_groups(block)) {
+    for (const converter_info *c : exported_converters(block)) {
         const std::string target =
-            fmt::format("{}/{}_{}.json", settings.out_dir, block, group->name);
-        std::vector<std::string> messages;
-        try {
-            std::string error;
-            if (write_json_checked(
-                    target,
-                    convert_and_export(*group, probe.root.get<picojson::object>(),
-                                       uint8_t(settings.partition), capture, messages),
-                    error))
-                result.written.push_back(target);
-            else
-                result.errors.push_back(target + ": " + error);
-        } catch (const std::exception &e) {
-            result.errors.push_back(
-                fmt::format("{}: {} raises: {}", path, group->converter, e.what()));
-        }
-        for (const std::string &line : messages)
+            fmt::format("{}/{}_{}.json", settings.out_dir, block, c->group->name);
+        const uint8_t partition = uint8_t(settings.partition);
+        const converter_run run = run_converters(
+            {c}, probe.root.get<picojson::object>(), partition, capture,
+            [&](const converter_info &, void *structure) {
+                std::string error;
+                if (write_json_checked(target,
+                                       export_structure(c->exporter, structure, c->size, partition),
+                                       error))
+                    result.written.push_back(target);
+                else
+                    result.errors.push_back(target + ": " + error);
+            });
+        if (run.raised_by) result.errors.push_back(path + ": " + run.raised);
+        for (const std::string &line : run.messages)
             if (reported.insert(line).second) result.warnings.push_back(path + ": " + line);
     }
 }
@@ -72,9 +54,9 @@ void export_block(const export_settings &settings, const std::string &block, std
 
 std::string block_file(const std::string &block, int frame, int partition, int channel) {
     const module_info *chosen = nullptr;
-    for (const module_info &m : modules()) {
-        if (block != m.block) continue;
-        if (!chosen || m.kind == file_kind::per_channel) chosen = &m;
+    for (const module_info *m : pipeline_order()) {
+        if (block != m->block) continue;
+        if (!chosen || file_kind_of(*m) == file_kind::per_channel) chosen = m;
     }
     return chosen ? relative_file(*chosen, frame, partition, channel) : "";
 }
@@ -100,11 +82,14 @@ export_result export_case(const export_settings &settings) {
 
 void print_export(std::FILE *out, const export_settings &settings, const export_result &result) {
     fmt::print(out, "export of {}: frame {}, partition {}, channel {} into {}\n",
-               settings.case_path, settings.frame, settings.partition, settings.channel,
-               settings.out_dir);
-    for (const std::string &file : result.written) fmt::print(out, "  wrote {}\n", file);
-    for (const std::string &warning : result.warnings) fmt::print(out, "  warning: {}\n", warning);
-    for (const std::string &error : result.errors) fmt::print(out, "  error: {}\n", error);
+               terminal_text(settings.case_path), settings.frame, settings.partition,
+               settings.channel, terminal_text(settings.out_dir));
+    for (const std::string &file : result.written)
+        fmt::print(out, "  wrote {}\n", terminal_text(file));
+    for (const std::string &warning : result.warnings)
+        fmt::print(out, "  warning: {}\n", terminal_text(warning));
+    for (const std::string &error : result.errors)
+        fmt::print(out, "  error: {}\n", terminal_text(error));
     fmt::print(out, "  result: {} C-model files written, {} warnings, {} errors\n",
                result.written.size(), result.warnings.size(), result.errors.size());
 }

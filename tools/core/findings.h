@@ -11,46 +11,57 @@
 
 #include <picojson.h>
 
+#include "tools/core/enum_list.h"
+#include "tools/output/json.h"
+
 namespace isp_case {
 
 /* error: the library would abort or raise, an operation failed, a value cannot be read;
  * warning: a value reaches the hardware changed, a key is ignored, partitions disagree, the
  * library logged a warning. --strict fails on both. */
-enum class severity { error, warning };
-const char *severity_name(severity level);
+#define ISP_CASE_SEVERITIES(X) X(error, "error") X(warning, "warning")
+ISP_CASE_ENUM(severity, ISP_CASE_SEVERITIES);
+inline const char *severity_name(severity level) {
+    return enum_name(severity_names, level);
+}
 
-enum class finding_kind {
-    /* the lint of a case, before anything runs */
-    frame_directory, /* cfgs/f0 missing, or frame directories after a gap */
-    frames,          /* more frames asked for than the case holds */
-    grid,            /* an empty grid, or one past the 8-bit partition index */
-    channels,        /* a channel count the channelled modules reject or ignore */
-    module_order,    /* modules sharing a wrapper in an order that breaks it */
-    missing_file,
-    unreadable_file,
-    byte_order_mark,
-    syntax,
-    non_finite, /* picojson raises overflow_error while parsing */
-    not_object,
-    duplicate_key,
-    unknown_key,
-    missing_field,
-    type,
-    sign_dropped,
-    too_wide,
-    wrapped,
-    truncated,
-    saturated,
-    partitions_disagree,
-    field_not_read, /* a converter printed "read json_obj failed: ...": in the lint, one the rows
-                       do not explain; in a replay, every such line */
-    converter_raises,
-    /* what an operation of a replay did */
-    operation_failed, /* returned a status other than 0 */
-    operation_raised, /* an exception left it */
-    library_warning,  /* a log line at warning level or below from an operation that did not fail */
-};
-const char *kind_name(finding_kind kind); /* "sign-dropped" */
+#define ISP_CASE_FINDING_KINDS(X)                                                                 \
+    /* the lint of a case, before anything runs */                                                \
+    X(frame_directory, "frame-directory") /* cfgs/f0 missing, or directories after a gap */       \
+    X(frames, "frames")                   /* more frames asked for than the case holds */         \
+    X(grid, "grid")                 /* an empty grid, or one past the 8-bit partition index */    \
+    X(channels, "channels")         /* a channel count the channelled modules reject or ignore */ \
+    X(module_order, "module-order") /* modules sharing a wrapper in an order that breaks it */    \
+    X(missing_file, "missing-file")                                                               \
+    X(unreadable_file, "unreadable-file")                                                         \
+    X(byte_order_mark, "byte-order-mark")                                                         \
+    X(syntax, "syntax")                                                                           \
+    X(non_finite, "number-out-of-range") /* picojson raises overflow_error while parsing */       \
+    X(not_object, "root-not-object")                                                              \
+    X(duplicate_key, "duplicate-key")                                                             \
+    X(unknown_key, "unknown-key")                                                                 \
+    X(missing_field, "missing-field")                                                             \
+    X(type, "type")                                                                               \
+    X(sign_dropped, "sign-dropped")                                                               \
+    X(too_wide, "too-wide")                                                                       \
+    X(wrapped, "wrapped")                                                                         \
+    X(truncated, "truncated")                                                                     \
+    X(saturated, "saturated")                                                                     \
+    X(partitions_disagree, "partitions-disagree")                                                 \
+    /* a converter printed "read json_obj failed: ...": in the lint, one the rows do not          \
+       explain; in a replay, every such line */                                                   \
+    X(field_not_read, "field-not-read")                                                           \
+    X(converter_raises, "converter-raises")                                                       \
+    /* what an operation of a replay did */                                                       \
+    X(operation_failed, "operation-failed") /* returned a status other than 0 */                  \
+    X(operation_raised, "operation-raised") /* an exception left it */                            \
+    /* a log line at warning level or below from an operation that did not fail */                \
+    X(library_warning, "library-warning")
+ISP_CASE_ENUM(finding_kind, ISP_CASE_FINDING_KINDS);
+/* "sign-dropped" */
+inline const char *kind_name(finding_kind kind) {
+    return enum_name(finding_kind_names, kind);
+}
 
 /* Where (file, line, column, or the replay's step), what (module, register, field, the value as
  * written and its format) and what the hardware gets instead. */
@@ -70,7 +81,7 @@ struct finding {
 
 /* "FILE:LINE:COLUMN: warning: MODULES: MESSAGE [kind]"; the step instead of the file for what an
  * operation did, "settings" for findings without either, no line and column where they are not
- * known, no modules where none reads it. */
+ * known, no modules where none reads it. For people: what came from a file is terminal_text. */
 std::string finding_line(const finding &f);
 
 struct finding_counts {
@@ -84,7 +95,8 @@ picojson::value finding_json(const finding &f);
 picojson::value findings_json(const std::vector<finding> &findings);
 
 /* How a run is to be shown. */
-enum class output_format { text, json };
+#define ISP_CASE_OUTPUT_FORMATS(X) X(text, "text") X(json, "json")
+ISP_CASE_ENUM(output_format, ISP_CASE_OUTPUT_FORMATS);
 enum class verbosity { quiet, normal, verbose };
 
 /* One step as it ends: counts in the order they are shown, and what it found. */
@@ -113,37 +125,8 @@ class finding_tally {
 /* 85674 as "85,674". */
 std::string grouped(size_t value);
 
-/* The text with every byte that does not start a well-formed UTF-8 sequence replaced by U+FFFD,
- * so that every JSON and XML reader accepts it. */
-std::string utf8_clean(const std::string &text);
-
-/* A JSON string, quotes included, of any bytes: control characters escaped, as utf8_clean. */
-std::string json_string(const std::string &text);
-
-/* One JSON object written member by member on one line: {"a":1,"b":"x"}. */
-class json_object {
-  public:
-    json_object &add(const char *key, const std::string &value);
-    json_object &add(const char *key, const char *value) { return add(key, std::string(value)); }
-    json_object &add(const char *key, size_t value);
-    json_object &add(const char *key, int value);
-    json_object &add(const char *key, bool value);
-    json_object &add(const char *key, double value);
-    json_object &add_null(const char *key);
-    /* value: JSON text written as it is (an object, an array) */
-    json_object &add_raw(const char *key, const std::string &value);
-    std::string text() const { return body_.empty() ? "{}" : body_ + "}"; }
-
-  private:
-    json_object &key(const char *name);
-    std::string body_;
-};
-
-/* Elements already in JSON form, as one array. */
-std::string json_array(const std::vector<std::string> &elements);
-
 /* A step's counts and findings as the members of a JSON object. */
-json_object json_step(const step_outcome &step);
+json_fields json_step(const step_outcome &step);
 
 }  // namespace isp_case
 

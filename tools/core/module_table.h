@@ -1,74 +1,50 @@
-/* What isp-case knows about the 34 modules and their blocks, read from the library's module
- * table: file patterns, converter orders, setup commands, bypass and enable bits, and which
- * exporter reads which pushed structure. */
+/* What isp-case knows about the 34 modules and their blocks: the library's own module table
+ * (modules/tables.h), read through its rows, with the few answers the tool asks of a row that
+ * the table holds in another form. */
 #ifndef ISP_CASE_MODULE_TABLE_H
 #define ISP_CASE_MODULE_TABLE_H
 
-#include <stddef.h>
-#include <stdint.h>
-
 #include <string>
 #include <vector>
-
-#include <picojson.h>
 
 #include "isp_framework.h"
 #include "modules/tables.h"
 
 namespace isp_case {
 
-/* Runs one converter into a zeroed structure of the group's size. */
-using convert_fn = isp::convert_fn;
-/* Runs one exporter on a structure of the group's size. */
-using export_fn = isp::export_fn;
+/* A row of the module table: name, block, file pattern, bits, its converters in load order. */
+using module_info = isp::module_desc;
+/* A structure of a module's frame, as pushed with its setup command (or kept). */
+using group_info = isp::group_desc;
+/* A converter of a module, or one the library exports that no module runs. */
+using converter_info = isp::converter_desc;
+using file_kind      = isp::file_kind;
+using enable_update  = isp::enable_update;
 
-/* One converter of a block and the structure it fills. Most converters fill a group that is
- * pushed with a setup command of its own; a few fill structures the module keeps, or parts of
- * another group, and have no command (cmd 0). */
-struct group_info {
-    const char *name; /* "ctrl", "kernel_gbl", "noise_profile" */
-    uint32_t cmd;     /* setup command, 0 when never pushed on its own */
-    size_t size;      /* bytes of the structure */
-    convert_fn convert;
-    const char *converter; /* "rtl_to_drv_wbc_user_ctrl" */
-    export_fn exporter;    /* null when the group has no C-model form */
-    bool per_partition;    /* the exporter reads one partition's members */
-    const char *type;      /* the structure's C type name, as the member layouts know it */
-    bool partition_sizes;  /* the structure points at the module's partition-size arrays */
-};
+/* The modules in pipeline order (blc before lin, see isp::pipeline_order), the module of a
+ * name, the file pattern's kind, the registration function, a pushed group by command and a
+ * module's file for a frame, partition and channel, as the library answers them. */
+using isp::file_kind_of;
+using isp::find_module;
+using isp::find_pushed_group;
+using isp::pipeline_order;
+using isp::registration_of;
+using isp::relative_file;
 
-using file_kind     = isp::file_kind;
-using enable_update = isp::enable_update;
+/* The bits a module mirrors between the pipe's bypass and its enable register; -1 for a module
+ * that mirrors none, whatever its row's bit columns hold. */
+int bypass_bit_of(const module_info &module);
+int enable_bit_of(const module_info &module);
+/* The module's load refuses an empty partition grid. */
+inline bool checks_grid(const module_info &module) {
+    return module.code_grid != 0;
+}
 
-struct module_info {
-    const char *name;  /* "cc" */
-    const char *block; /* "clc" */
-    const char *file;  /* under the case directory: "cfgs/f%d/rtl_<block>_p%d.json" */
-    file_kind kind;
-    int32_t (*register_fn)(JsonModuleOps **out);
-    int bypass_bit; /* -1: none */
-    int enable_bit; /* -1: none */
-    enable_update enable;
-    bool checks_grid;                     /* refuses an empty partition grid */
-    std::vector<const char *> converters; /* group names, in the order the loader runs them */
-};
-
-/* Every module, in the order a pipeline runs them along the picture path. blc comes before
- * lin: whichever of the two is initialised first owns the block's wrapper, and only blc's
- * context holds one wrapper per channel. */
-const std::vector<module_info> &modules();
-const module_info *find_module(const std::string &name);
-
-const group_info *find_group(const std::string &block, const std::string &name);
-/* The group a block pushes with a setup command, null when the block has no such command. */
-const group_info *find_pushed_group(const std::string &block, uint32_t cmd);
-/* The groups of a block that have an exporter, in the block's order. */
-std::vector<const group_info *> exported_groups(const std::string &block);
-/* The blocks that have exporters, in a fixed order. */
+/* The converters of a block that some module runs and whose structure has an exporter, in the
+ * block's order. */
+std::vector<const converter_info *> exported_converters(const std::string &block);
+/* The blocks that have exporters, in the order of the table's block rows. */
 const std::vector<std::string> &exporting_blocks();
-
-/* The module's file for a frame, partition and channel, relative to the case directory. */
-std::string relative_file(const module_info &module, int frame, int partition, int channel);
 
 /* The largest channel count a channelled module accepts. */
 constexpr int max_channels = ISP_MAX_CHANNELS;

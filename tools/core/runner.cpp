@@ -53,8 +53,8 @@ JsonModuleOp operation(const JsonModuleOps &ops, op_kind kind) {
 
 /* The frame index the module's next load reads, from its context; -1 for pattern files. */
 int next_frame(const module_info &module, const void *context) {
-    if (!context || module.kind == file_kind::pattern) return -1;
-    if (module.kind == file_kind::per_channel)
+    if (!context || file_kind_of(module) == file_kind::pattern) return -1;
+    if (file_kind_of(module) == file_kind::per_channel)
         return static_cast<const JsonChnContext *>(context)->frame;
     return static_cast<const JsonModuleContext *>(context)->frame;
 }
@@ -63,7 +63,7 @@ int next_frame(const module_info &module, const void *context) {
  * the frame before the load plus the steps taken before its pass. */
 std::vector<int> frames_of_load(const module_info &module, int before, int after, int channels) {
     if (before < 0) return {};
-    if (module.kind != file_kind::per_channel) return {before};
+    if (file_kind_of(module) != file_kind::per_channel) return {before};
     std::vector<int> frames;
     for (int c = 0; c < channels && c < max_channels; ++c)
         frames.push_back(before + std::min(c, after - before));
@@ -81,7 +81,8 @@ class runner {
         pipe_.channel_count     = run.channels;
         std::strncpy(pipe_.case_path, run.case_path.c_str(), sizeof pipe_.case_path - 1);
         for (const module_info *m : settings.bypass)
-            if (m->bypass_bit >= 0) pipe_.bypass[m->bypass_bit / 8] |= 1u << (m->bypass_bit % 8);
+            if (const int bit = bypass_bit_of(*m); bit >= 0)
+                pipe_.bypass[bit / 8] |= 1u << (bit % 8);
         for (const module_info *m : run.modules) {
             module_slot slot;
             slot.info        = m;
@@ -142,7 +143,8 @@ class runner {
     }
 
     int enable_bit(const module_info &m) const {
-        return m.enable_bit < 0 ? -1 : int((shadow_.module_enable >> m.enable_bit) & 1u);
+        const int bit = enable_bit_of(m);
+        return bit < 0 ? -1 : int((shadow_.module_enable >> bit) & 1u);
     }
 
     op_outcome run_op(module_slot &slot, op_kind kind) {
@@ -155,7 +157,7 @@ class runner {
         part_sizes_.clear();
         if (kind == op_kind::reg) {
             out.ran    = true;
-            out.status = slot.info->register_fn(&slot.ops);
+            out.status = registration_of(*slot.info)(&slot.ops);
         } else if (JsonModuleOp fn = slot.ops ? operation(*slot.ops, kind) : nullptr) {
             out.ran = true;
             try {
@@ -238,28 +240,6 @@ class runner {
 };
 
 }  // namespace
-
-const char *op_name(op_kind kind) {
-    switch (kind) {
-        case op_kind::reg:
-            return "register";
-        case op_kind::create:
-            return "create";
-        case op_kind::init:
-            return "init";
-        case op_kind::process:
-            return "process";
-        case op_kind::trigger:
-            return "trigger";
-        case op_kind::sync:
-            return "sync";
-        case op_kind::deinit:
-            return "deinit";
-        case op_kind::destroy:
-            return "destroy";
-    }
-    return "";
-}
 
 replay_result replay(const replay_settings &settings, const step_sink &sink) {
     isp_sim::reset();

@@ -13,12 +13,25 @@
 
 #include "isp_sim.h"
 #include "tools/core/case_layout.h"
+#include "tools/core/enum_list.h"
 #include "tools/core/module_table.h"
 
 namespace isp_case {
 
-enum class op_kind { reg, create, init, process, trigger, sync, deinit, destroy };
-const char *op_name(op_kind kind);
+/* A module's operations, named as the tables and JSON show them. */
+#define ISP_CASE_OP_KINDS(X) \
+    X(reg, "register")       \
+    X(create, "create")      \
+    X(init, "init")          \
+    X(process, "process")    \
+    X(trigger, "trigger")    \
+    X(sync, "sync")          \
+    X(deinit, "deinit")      \
+    X(destroy, "destroy")
+ISP_CASE_ENUM(op_kind, ISP_CASE_OP_KINDS);
+inline const char *op_name(op_kind kind) {
+    return enum_name(op_kind_names, kind);
+}
 
 /* One structure handed to vin_hal_wrapper_setup, as the simulated wrapper recorded it. */
 struct pushed_group {

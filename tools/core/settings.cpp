@@ -51,8 +51,7 @@ bool resolve_settings(const case_options &options, run_settings &settings, case_
         }
         settings.modules.push_back(module);
     }
-    if (options.modules.empty())
-        for (const module_info &m : modules()) settings.modules.push_back(&m);
+    if (options.modules.empty()) settings.modules = pipeline_order();
     return true;
 }
 

@@ -8,6 +8,7 @@
 
 #include <fmt/core.h>
 
+#include "tools/core/converter_run.h"
 #include "tools/dump/decode.h"
 #include "tools/output/files.h"
 
@@ -34,25 +35,14 @@ std::vector<manifest_source> sources_of(const module_info &module, const op_outc
     std::vector<manifest_source> sources;
     if (!loads(op.kind) || !op.ran) return sources;
     int frame = 0;
-    if (module.kind != file_kind::pattern) {
-        const size_t pass = module.kind == file_kind::per_channel ? push.channel : 0;
+    if (file_kind_of(module) != file_kind::pattern) {
+        const size_t pass = file_kind_of(module) == file_kind::per_channel ? push.channel : 0;
         if (pass >= op.frames_read.size()) return sources;
         frame = op.frames_read[pass];
     }
     for (int p = 0; p < partitions; ++p)
         sources.push_back({p, push.channel, relative_file(module, frame, p, push.channel)});
     return sources;
-}
-
-/* Decodes a pushed structure with its exporter; the bytes are copied into storage aligned for
- * any structure first. */
-picojson::value exported(const group_info &group, const std::vector<uint8_t> &bytes,
-                         uint8_t partition) {
-    std::vector<max_align_t> storage((group.size + sizeof(max_align_t) - 1) / sizeof(max_align_t));
-    std::memcpy(storage.data(), bytes.data(), group.size);
-    picojson::object out;
-    group.exporter(storage.data(), out, partition);
-    return picojson::value(out);
 }
 
 bool holds_containers(const picojson::value &v) {
@@ -155,13 +145,13 @@ void dump_writer::write_push(const std::string &step, const module_step &m, cons
     entry.channel = push.channel;
     entry.cmd     = push.cmd;
     entry.group   = push.group ? push.group->name : "";
-    entry.type    = push.group && push.group->type ? push.group->type : "";
+    entry.type    = push.group && push.group->c_type ? push.group->c_type : "";
     entry.size    = push.bytes.size();
     entry.sources = sources_of(module, op, push, partitions_);
     entry.bin     = base + ".bin";
     entry.json    = base + ".json";
 
-    const char *type = push.group ? push.group->type : nullptr;
+    const char *type = push.group ? push.group->c_type : nullptr;
     raw(entry.bin, without_pointers(type, push.bytes));
     decode_input input;
     input.block      = module.block;
@@ -179,7 +169,7 @@ void dump_writer::write_push(const std::string &step, const module_step &m, cons
     json(entry.json, decode_structure(input));
 
     if (push.group && push.group->exporter && push.bytes.size() == push.group->size) {
-        if (!push.group->per_partition)
+        if (!push.group->export_per_partition)
             cmodel(base + ".cmodel.json", push, 0, entry);
         else
             for (int p = 0; p < partitions_; ++p)
@@ -210,7 +200,10 @@ void dump_writer::cmodel(const std::string &relative, const pushed_group &push, 
     const std::string path = dir_ + "/" + relative;
     try {
         std::string error;
-        if (!write_json_checked(path, exported(*push.group, push.bytes, partition), error)) {
+        if (!write_json_checked(path,
+                                export_structure(push.group->exporter, push.bytes.data(),
+                                                 push.group->size, partition),
+                                error)) {
             summary_.problems.push_back(path + ": " + error);
             return;
         }
@@ -224,7 +217,7 @@ void dump_writer::cmodel(const std::string &relative, const pushed_group &push, 
 std::string dump_name(const std::string &step, const module_info &module,
                       const pushed_group &push) {
     std::string name = step + "/" + module.name + "/";
-    if (module.kind == file_kind::per_channel) name += fmt::format("chn{}/", push.channel);
+    if (file_kind_of(module) == file_kind::per_channel) name += fmt::format("chn{}/", push.channel);
     name += fmt::format("cmd{:02}", push.cmd);
     if (push.group) name += std::string("_") + push.group->name;
     return name;

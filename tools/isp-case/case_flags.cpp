@@ -1,24 +1,59 @@
-/* The options every command that reads a case shares, and the exit statuses they document. */
-#include <fmt/core.h>
+/* What the subcommands share on the command line: the case options, the one spelling of
+ * --format and -o/--out, lists checked entry by entry with a "did you mean", and the table of
+ * exit statuses isp-case --help shows. */
+#include <algorithm>
 
+#include <fmt/format.h>
+
+#include "tools/core/closest_name.h"
+#include "tools/core/findings.h"
 #include "tools/core/module_table.h"
 #include "tools/isp-case/commands.h"
 
 namespace isp_case {
 
 const char *const exit_statuses_help =
-    "Exit status: 0 success (replay: every operation returned 0 and no error found; check: no "
-    "error found; export: every C-model file written; diff: identical dumps; batch: every case "
-    "passed), 1 failure (an error found: an operation failed or raised, a value could not be "
-    "read, the platform saw a leak, a register file not converted, a file not written, a case "
-    "failed; with --strict also a warning; diff: the dumps differ), 2 usage error, 3 no usable "
-    "case or dump (no such directory or frame, no case found, files that would stop the library, "
-    "a dump that cannot be read).";
+    "Exit status of every subcommand:\n"
+    "  0  success: replay: every operation returned 0 and no error found; check: no error "
+    "found;\n     export: every C-model file written; diff: identical dumps; batch: every case "
+    "passed;\n     report: the page written\n"
+    "  1  failure: an error found (an operation failed or raised, a value could not be read, "
+    "the\n     platform saw a leak), a register file not converted, a file not written, a case "
+    "failed;\n     with --strict also a warning; diff: the dumps differ\n"
+    "  2  usage error\n"
+    "  3  no usable case or dump: no such directory or frame, no case found, files that would\n"
+    "     stop the library, a dump that cannot be read";
+
+CLI::Validator name_check(const std::vector<std::string> &names, const std::string &what) {
+    return CLI::Validator(
+        [names, what](std::string &entry) -> std::string {
+            if (std::find(names.begin(), names.end(), entry) != names.end()) return "";
+            const std::string near = closest_name(entry, names);
+            if (!near.empty())
+                return fmt::format("unknown {} \"{}\"; did you mean \"{}\"?", what, entry, near);
+            return fmt::format("unknown {} \"{}\" (one of: {})", what, entry,
+                               fmt::join(names, ", "));
+        },
+        "");
+}
 
 CLI::Validator module_name_check() {
     std::vector<std::string> names;
-    for (const module_info &m : modules()) names.push_back(m.name);
-    return CLI::IsMember(names).description("");
+    for (const module_info *m : pipeline_order()) names.push_back(m->name);
+    return name_check(names, "module");
+}
+
+CLI::Option *add_format_option(CLI::App &command, std::string &format, const std::string &json) {
+    const std::vector<std::string> formats(std::begin(output_format_names),
+                                           std::end(output_format_names));
+    return command.add_option("--format", format, "text (default), or json: " + json)
+        ->type_name("text|json")
+        ->check(name_check(formats, "format"));
+}
+
+CLI::Option *add_out_option(CLI::App &command, std::string &path, const std::string &what,
+                            const std::string &type_name) {
+    return command.add_option("-o,--out", path, what)->type_name(type_name);
 }
 
 case_options case_flags::options() const {

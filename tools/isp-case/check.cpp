@@ -22,16 +22,15 @@ command_runner add_check_command(CLI::App &app) {
     CLI::App &cmd = *app.add_subcommand(
         "check",
         "Find every problem of a case that would stop or spoil a replay, without aborting");
-    cmd.footer(exit_statuses_help);
+    cmd.footer(
+        "Exit status: 0 no error found, 1 an error found (--strict: a warning too), 2 usage "
+        "error, 3 no such case or frame.");
     auto flags  = std::make_shared<case_flags>();
     auto strict = std::make_shared<bool>(false);
     auto format = std::make_shared<std::string>("text");
     add_case_flags(cmd, *flags);
     cmd.add_flag("--strict", *strict, "Warnings fail the check too");
-    cmd.add_option("--format", *format,
-                   "text (default) or json: every finding in one JSON document")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({"text", "json"}));
+    add_format_option(cmd, *format, "every finding in one JSON document");
     return [flags, strict, format] {
         return run_check_command(flags->options(), *strict, *format == "json");
     };

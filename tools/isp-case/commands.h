@@ -22,7 +22,8 @@ command_runner add_diff_command(CLI::App &app);
 command_runner add_batch_command(CLI::App &app);
 command_runner add_report_command(CLI::App &app);
 
-/* The exit statuses of every subcommand, as the help gives them. */
+/* The exit statuses of every subcommand, as isp-case --help gives them; each subcommand's help
+ * gives its own in one line. */
 extern const char *const exit_statuses_help;
 
 /* Values of the options shared by replay and check, with whether each was given. */
@@ -36,8 +37,16 @@ struct case_flags {
 };
 void add_case_flags(CLI::App &command, case_flags &flags);
 
-/* Accepts module names only; the names are listed by the error message, not by the help. */
+/* Accepts the given names only, one entry of a comma-separated list at a time: an unknown entry
+ * is answered with the closest name ("did you mean") or with the names to choose from. */
+CLI::Validator name_check(const std::vector<std::string> &names, const std::string &what);
 CLI::Validator module_name_check();
+
+/* The options every command spells the same way: --format text|json for how it writes to
+ * standard output (`json` says what the JSON form is), -o,--out PATH for what it writes. */
+CLI::Option *add_format_option(CLI::App &command, std::string &format, const std::string &json);
+CLI::Option *add_out_option(CLI::App &command, std::string &path, const std::string &what,
+                            const std::string &type_name);
 
 /* Settings from the options and the case, or false after a line on standard error. */
 bool settings_or_report(const case_options &options, const char *command, run_settings &settings,

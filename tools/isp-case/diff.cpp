@@ -10,7 +10,9 @@ command_runner add_diff_command(CLI::App &app) {
     CLI::App &cmd = *app.add_subcommand(
         "diff", "Compare two dumps member by member: pushes one side lacks, members that differ");
     auto settings = std::make_shared<diff_settings>();
-    cmd.footer(exit_statuses_help);
+    cmd.footer(
+        "Exit status: 0 identical dumps, 1 the dumps differ, 2 usage error, 3 a dump that "
+        "cannot be read.");
     cmd.add_option("A", settings->a, "Dump directory (replay --dump)")
         ->required()
         ->type_name("DIR");
@@ -22,12 +24,12 @@ command_runner add_diff_command(CLI::App &app) {
                    "counts as equal (default: 0)")
         ->type_name("X")
         ->check(CLI::NonNegativeNumber);
-    cmd.add_option_function<std::string>(
-           "--format", [settings](const std::string &f) { settings->json = f == "json"; },
-           "Output: text (default) or json")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({"text", "json"}));
-    return [settings] { return diff_dumps(*settings, stdout, stderr); };
+    auto format = std::make_shared<std::string>("text");
+    add_format_option(cmd, *format, "the differences and the summary in one JSON document");
+    return [settings, format] {
+        settings->json = *format == "json";
+        return diff_dumps(*settings, stdout, stderr);
+    };
 }
 
 }  // namespace isp_case

@@ -33,7 +33,9 @@ command_runner add_export_command(CLI::App &app) {
     auto settings      = std::make_shared<export_settings>();
     export_settings &e = *settings;
     e.out_dir          = "cmodel";
-    cmd.footer(exit_statuses_help);
+    cmd.footer(
+        "Exit status: 0 every C-model file written, 1 a register file not converted or a file "
+        "not written, 2 usage error, 3 no such case or frame directory.");
     cmd.add_option("CASE", e.case_path, "Case directory")->required()->type_name("DIR");
     cmd.add_option("--frame", e.frame, "Frame directory f<F>")
         ->required()
@@ -43,7 +45,8 @@ command_runner add_export_command(CLI::App &app) {
         ->check(CLI::Range(0, 255));
     cmd.add_option("--channel", e.channel, "Channel of the channelled blocks' files (default: 0)")
         ->check(CLI::Range(0, 255));
-    cmd.add_option("--out", e.out_dir, "Output directory (default: cmodel)")->type_name("DIR");
+    add_out_option(cmd, e.out_dir, "Directory the C-model files are written to (default: cmodel)",
+                   "DIR");
     return [settings] { return run_export(*settings); };
 }
 

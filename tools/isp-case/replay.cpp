@@ -11,6 +11,7 @@
 #include "tools/dump/writer.h"
 #include "tools/isp-case/commands.h"
 #include "tools/lint/lint.h"
+#include "tools/output/escape.h"
 #include "tools/output/files.h"
 #include "tools/output/replay_printer.h"
 
@@ -36,23 +37,24 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
         if (stops_library(f)) blockers.push_back(f);
     if (!blockers.empty()) {
         fmt::print(stderr, "isp-case replay: {} file(s) of {} would stop the library:\n",
-                   blockers.size(), settings.run.case_path);
-        for (const finding &f : blockers) fmt::print(stderr, "  {}: {}\n", f.file, f.message);
+                   blockers.size(), terminal_text(settings.run.case_path));
+        for (const finding &f : blockers)
+            fmt::print(stderr, "  {}: {}\n", terminal_text(f.file), terminal_text(f.message));
         fmt::print(stderr, "run 'isp-case check {}' for every problem of the case\n",
-                   settings.run.case_path);
+                   terminal_text(settings.run.case_path));
         return exit_no_case;
     }
     if (!flags.dump_dir.empty()) {
         const std::string problem = prepare_output_dir(
             flags.dump_dir, flags.force ? existing_contents::replace : existing_contents::refuse);
         if (!problem.empty()) {
-            fmt::print(stderr, "isp-case replay: {}: {}\n", flags.dump_dir, problem);
+            fmt::print(stderr, "isp-case replay: {}: {}\n", terminal_text(flags.dump_dir), problem);
             return exit_failed;
         }
     }
 
     replay_output output;
-    output.format    = flags.format == "json" ? output_format::json : output_format::text;
+    enum_from_name(output_format_names, flags.format, output.format);
     output.detail    = flags.quiet     ? verbosity::quiet
                        : flags.verbose ? verbosity::verbose
                                        : verbosity::normal;
@@ -88,7 +90,10 @@ command_runner add_replay_command(CLI::App &app) {
     auto flags      = std::make_shared<case_flags>();
     auto options    = std::make_shared<replay_flags>();
     replay_flags &f = *options;
-    cmd.footer(exit_statuses_help);
+    cmd.footer(
+        "Exit status: 0 every operation returned 0 and no error found, 1 an error found or a "
+        "dump not written (--strict: a warning too), 2 usage error, 3 no such case, or files "
+        "that would stop the library.");
     add_case_flags(cmd, *flags);
     cmd.add_option("--bypass", f.bypass, "Modules whose bypass flag is set (enable bit cleared)")
         ->delimiter(',')
@@ -112,11 +117,8 @@ command_runner add_replay_command(CLI::App &app) {
     CLI::Option *verbose =
         cmd.add_flag("-v,--verbose", f.verbose, "The table of every frame, not one line per frame");
     cmd.add_flag("-q,--quiet", f.quiet, "The summary only")->excludes(verbose);
-    cmd.add_option("--format", f.format,
-                   "text, or json: one JSON object per line for the start, each step and the "
-                   "summary (default: text)")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({"text", "json"}));
+    add_format_option(cmd, f.format,
+                      "one JSON object per line for the start, each step and the summary");
     cmd.add_flag("--strict", f.strict, "Warnings (the case's and the replay's) fail it too");
     return [flags, options] { return run_replay_command(flags->options(), *options); };
 }

@@ -12,6 +12,8 @@
 
 #include "convert/common/saturate.h"
 #include "isp_json_utils.h"
+#include "tools/core/closest_name.h"
+#include "tools/core/converter_run.h"
 #include "tools/core/file_probe.h"
 #include "tools/core/stderr_stream.h"
 
@@ -322,34 +324,12 @@ key_node known_keys(const isp::block_map &map) {
     return root;
 }
 
-size_t edit_distance(const std::string &a, const std::string &b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0]          = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t up = row[j];
-            row[j]   = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
-            diagonal = up;
-        }
-    }
-    return row[b.size()];
-}
-
 /* The closest known key within two edits, or "". */
 std::string near_miss(const std::string &key, const key_node &node) {
-    std::string best;
-    size_t best_distance = 3;
-    for (const auto &[name, child] : node.children) {
-        if (name == "[]") continue;
-        const size_t d = edit_distance(key, name);
-        if (d < best_distance && d < key.size()) {
-            best          = name;
-            best_distance = d;
-        }
-    }
-    return best;
+    std::vector<std::string> names;
+    for (const auto &[name, child] : node.children)
+        if (name != "[]") names.push_back(name);
+    return closest_name(key, names);
 }
 
 struct key_walk {
@@ -409,34 +389,6 @@ struct key_walk {
     }
 };
 
-/* ---- the converters, run as one load runs them ---------------------------------------------- */
-
-struct converter_outcome {
-    std::vector<std::string> messages;
-    std::string raised, group; /* what() of the exception that ended the load, and its group */
-};
-
-converter_outcome convert_file(const module_info &module, const picojson::object &root,
-                               uint8_t partition, stderr_stream &capture) {
-    converter_outcome outcome;
-    picojson::object copy = root;
-    for (const char *name : module.converters) {
-        const group_info *group = find_group(module.block, name);
-        if (!group) continue;
-        std::vector<max_align_t> scratch((group->size + sizeof(max_align_t) - 1) /
-                                         sizeof(max_align_t));
-        try {
-            group->convert(copy, scratch.data(), partition);
-        } catch (const std::exception &e) {
-            outcome.raised = fmt::format("{} raises: {}", group->converter, e.what());
-            outcome.group  = name;
-            break;
-        }
-    }
-    outcome.messages = capture.take();
-    return outcome;
-}
-
 std::string names_of(const std::vector<const module_info *> &modules) {
     std::string names;
     for (const module_info *m : modules)
@@ -459,8 +411,8 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
                    std::vector<finding> &out) {
     std::vector<const module_info *> channelled, grid_checkers;
     for (const module_info *m : settings.modules) {
-        if (m->kind == file_kind::per_channel) channelled.push_back(m);
-        if (m->checks_grid) grid_checkers.push_back(m);
+        if (file_kind_of(*m) == file_kind::per_channel) channelled.push_back(m);
+        if (checks_grid(*m)) grid_checkers.push_back(m);
     }
     const std::string frame_path = join_path(settings.case_path, "cfgs/f");
     if (contents.frames == 0)
@@ -512,17 +464,17 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
         const module_info &a = *settings.modules[i];
         for (size_t j = i + 1; j < settings.modules.size(); ++j) {
             const module_info &b = *settings.modules[j];
-            if (std::string(a.block) != b.block ||
-                (a.kind == file_kind::per_channel) == (b.kind == file_kind::per_channel))
+            if (std::string(a.block) != b.block || (file_kind_of(a) == file_kind::per_channel) ==
+                                                       (file_kind_of(b) == file_kind::per_channel))
                 continue;
-            if (a.kind == file_kind::per_channel && settings.channels < 1)
+            if (file_kind_of(a) == file_kind::per_channel && settings.channels < 1)
                 out.push_back(make(
                     severity::error, finding_kind::module_order, "",
                     fmt::format("channel count {}: {} creates no wrapper, and its deinit, which "
                                 "runs before {}'s, empties the block's wrapper slot: {}'s "
                                 "wrapper is never destroyed",
                                 settings.channels, a.name, b.name, b.name)));
-            if (b.kind == file_kind::per_channel && settings.channels > 1 &&
+            if (file_kind_of(b) == file_kind::per_channel && settings.channels > 1 &&
                 settings.channels <= max_channels)
                 out.push_back(make(
                     severity::error, finding_kind::module_order, "",
@@ -609,8 +561,8 @@ class case_lint {
             const group_readers run_by = [&](const char *group) {
                 std::vector<const module_info *> modules;
                 for (const module_info *m : planned.readers)
-                    for (const char *name : m->converters)
-                        if (std::string(name) == group) modules.push_back(m);
+                    for (const converter_info &c : m->converters)
+                        if (c.group && std::string(c.group->name) == group) modules.push_back(m);
                 return names_of(modules);
             };
             for (finding &f : lint_rows(*map, doc, path, run_by, &singles, &unreadable, &raising))
@@ -705,8 +657,8 @@ class case_lint {
         std::map<std::string, report> messages;
         std::vector<std::string> order;
         for (const module_info *module : planned.readers) {
-            const converter_outcome outcome =
-                convert_file(*module, root, static_cast<uint8_t>(planned.partition), capture_);
+            const converter_run outcome = run_converters(
+                load_order(*module), root, static_cast<uint8_t>(planned.partition), capture_);
             for (const std::string &line : outcome.messages) {
                 const std::string prefix = "read json_obj failed: ";
                 const std::string name =
@@ -718,7 +670,8 @@ class case_lint {
                 if (r.modules.empty() || r.modules.back() != module) r.modules.push_back(module);
             }
             if (!outcome.raised.empty() &&
-                std::find(raising.begin(), raising.end(), outcome.group) == raising.end())
+                std::find(raising.begin(), raising.end(), outcome.raised_by->group->name) ==
+                    raising.end())
                 push(make(severity::error, finding_kind::converter_raises, path, outcome.raised),
                      module->name);
         }

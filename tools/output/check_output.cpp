@@ -5,6 +5,7 @@
 
 #include <fmt/core.h>
 
+#include "tools/output/escape.h"
 #include "tools/output/text_table.h"
 
 namespace isp_case {
@@ -15,9 +16,9 @@ check_result check_case(const run_settings &settings, const case_contents &conte
 
 void print_check(std::FILE *out, const run_settings &settings, const check_result &result) {
     fmt::print(out, "check of {}: grid {}x{}, {} channel{}, {} frame{}, {} modules\n",
-               settings.case_path, settings.part_h, settings.part_v, settings.channels,
-               settings.channels == 1 ? "" : "s", settings.frames, settings.frames == 1 ? "" : "s",
-               settings.modules.size());
+               terminal_text(settings.case_path), settings.part_h, settings.part_v,
+               settings.channels, settings.channels == 1 ? "" : "s", settings.frames,
+               settings.frames == 1 ? "" : "s", settings.modules.size());
     if (!result.findings.empty()) fmt::print(out, "\n");
     for (const finding &f : result.findings) fmt::print(out, "{}\n", finding_line(f));
 

@@ -7,6 +7,8 @@
 
 #include <fmt/core.h>
 
+#include "tools/output/escape.h"
+#include "tools/output/json.h"
 #include "tools/output/text_table.h"
 
 namespace isp_case {
@@ -21,7 +23,7 @@ bool loads(op_kind kind) {
 std::string frames_text(const module_step &m) {
     for (const op_outcome &op : m.ops) {
         if (!loads(op.kind)) continue;
-        if (m.module->kind == file_kind::pattern) return "ptn";
+        if (file_kind_of(*m.module) == file_kind::pattern) return "ptn";
         if (op.frames_read.empty()) return "-";
         std::string text;
         for (int frame : op.frames_read) {
@@ -48,7 +50,7 @@ std::vector<item_run> pushed_runs(const module_step &m) {
     std::map<int, std::vector<std::string>> by_channel;
     for (const op_outcome &op : m.ops)
         for (const pushed_group &p : op.pushes) by_channel[p.channel].push_back(push_text(p));
-    const bool channelled = m.module->kind == file_kind::per_channel;
+    const bool channelled = file_kind_of(*m.module) == file_kind::per_channel;
     std::vector<item_run> runs;
     for (auto &[channel, items] : by_channel)
         runs.push_back({channelled ? fmt::format("c{}: ", channel) : "", std::move(items)});
@@ -126,8 +128,9 @@ size_t print_table(std::FILE *out, const replay_step &step, int log_level, rows 
         }
         if (with_loads) cells.push_back(frames_text(m));
         if (with_enable)
-            cells.push_back(m.enable < 0 ? "-"
-                                         : fmt::format("b{}={}", m.module->enable_bit, m.enable));
+            cells.push_back(
+                m.enable < 0 ? "-" : fmt::format("b{}={}", enable_bit_of(*m.module), m.enable));
+        for (std::string &line : details) line = terminal_text(line);
         table.add(cells, pushed_runs(m), std::move(details));
     }
     if (left_out < step.modules.size()) table.print(out);
@@ -153,28 +156,26 @@ std::string one_line(const step_outcome &o) {
            plural(count_of(o, "bytes"), "byte");
 }
 
-std::string json_module(const module_step &m, int log_level) {
-    json_object ops;
+json_fields json_module(const module_step &m, int log_level) {
+    json_fields ops;
     for (const op_outcome &op : m.ops)
         ops.add(op_name(op.kind), op.kind == op_kind::trigger ? trigger_text(op) : status_text(op));
-    std::vector<std::string> pushed, details;
+    std::vector<json_fields> pushed;
     for (const op_outcome &op : m.ops)
         for (const pushed_group &p : op.pushes)
-            pushed.push_back(json_object()
+            pushed.push_back(json_fields()
                                  .add("group", p.group ? p.group->name : "")
                                  .add("cmd", size_t(p.cmd))
                                  .add("channel", int(p.channel))
-                                 .add("bytes", p.size)
-                                 .text());
-    for (const std::string &line : detail_lines(m, log_level)) details.push_back(json_string(line));
-    json_object o;
-    o.add("module", m.module->name).add_raw("operations", ops.text());
+                                 .add("bytes", p.size));
+    json_fields o;
+    o.add("module", m.module->name).add("operations", ops);
     o.add("read", frames_text(m));
     if (m.enable < 0)
         o.add_null("enable");
     else
         o.add("enable", m.enable);
-    return o.add_raw("pushed", json_array(pushed)).add_raw("details", json_array(details)).text();
+    return o.add("pushed", pushed).add("details", json_texts(detail_lines(m, log_level)));
 }
 
 }  // namespace
@@ -224,21 +225,22 @@ replay_printer::replay_printer(std::FILE *out, const replay_settings &settings,
     const run_settings &run = settings.run;
     if (output.format == output_format::json) {
         std::vector<std::string> names;
-        for (const module_info *m : run.modules) names.push_back(json_string(m->name));
+        for (const module_info *m : run.modules) names.push_back(m->name);
         fmt::print(out, "{}\n",
-                   json_object()
+                   json_fields()
                        .add("type", "start")
                        .add("command", "replay")
                        .add("case", run.case_path)
                        .add("grid", fmt::format("{}x{}", run.part_h, run.part_v))
                        .add("channels", run.channels)
                        .add("frames", run.frames)
-                       .add_raw("modules", json_array(names))
-                       .text());
+                       .add("modules", json_texts(names))
+                       .serialize());
     } else {
-        fmt::print(out, "replay of {}: grid {}x{}, {}, {}, {} modules\n", run.case_path, run.part_h,
-                   run.part_v, plural(size_t(run.channels), "channel"),
-                   plural(size_t(run.frames), "frame"), run.modules.size());
+        fmt::print(out, "replay of {}: grid {}x{}, {}, {}, {} modules\n",
+                   terminal_text(run.case_path), run.part_h, run.part_v,
+                   plural(size_t(run.channels), "channel"), plural(size_t(run.frames), "frame"),
+                   run.modules.size());
     }
     std::fflush(out);
 }
@@ -319,14 +321,14 @@ void replay_printer::text_step(const replay_step &step, const step_outcome &outc
 }
 
 void replay_printer::json_step(const replay_step &step, const step_outcome &outcome) {
-    json_object o = isp_case::json_step(outcome);
+    json_fields o = isp_case::json_step(outcome);
     if (output_.detail == verbosity::verbose) {
-        std::vector<std::string> modules;
+        std::vector<json_fields> modules;
         for (const module_step &m : step.modules)
             modules.push_back(json_module(m, output_.log_level));
-        o.add_raw("rows", json_array(modules));
+        o.add("rows", modules);
     }
-    fmt::print(out_, "{}\n", o.text());
+    fmt::print(out_, "{}\n", o.serialize());
 }
 
 void replay_printer::finish(const replay_result &result, const dump_summary *dump,
@@ -339,36 +341,29 @@ void replay_printer::finish(const replay_result &result, const dump_summary *dum
     const char *verdict     = !passed_ ? "failed" : warnings ? "not clean" : "ok";
     const run_settings &run = settings_.run;
     if (output_.format == output_format::json) {
-        std::vector<std::string> findings, platform;
-        for (const finding &f : tally_.kept()) findings.push_back(finding_json(f).serialize());
-        for (const std::string &p : result.platform_problems) platform.push_back(json_string(p));
-        json_object o;
+        json_fields o;
         o.add("type", "summary").add("command", "replay").add("case", run.case_path);
         o.add("frames", frames_seen_).add("operations", ops_).add("failed_operations", failed_ops_);
         o.add("groups", groups_).add("bytes", bytes_);
-        o.add_raw("log_lines", json_object()
-                                   .add("error", log_by_level_[3])
-                                   .add("warning", log_by_level_[4])
-                                   .add("debug", log_by_level_[7])
-                                   .text());
-        o.add("stderr_lines", messages_).add_raw("platform", json_array(platform));
-        if (dump) {
-            std::vector<std::string> problems;
-            for (const std::string &p : dump->problems) problems.push_back(json_string(p));
-            o.add_raw("dump", json_object()
-                                  .add("dir", dump_dir)
-                                  .add("pushes", dump->pushes)
-                                  .add("raw_files", dump->raw_files)
-                                  .add("decoded_files", dump->decoded_files)
-                                  .add("cmodel_files", dump->cmodel_files)
-                                  .add_raw("problems", json_array(problems))
-                                  .text());
-        }
+        o.add("log_lines", json_fields()
+                               .add("error", log_by_level_[3])
+                               .add("warning", log_by_level_[4])
+                               .add("debug", log_by_level_[7]));
+        o.add("stderr_lines", messages_).add("platform", json_texts(result.platform_problems));
+        if (dump)
+            o.add("dump", json_fields()
+                              .add("dir", dump_dir)
+                              .add("pushes", dump->pushes)
+                              .add("raw_files", dump->raw_files)
+                              .add("decoded_files", dump->decoded_files)
+                              .add("cmodel_files", dump->cmodel_files)
+                              .add("problems", json_texts(dump->problems)));
         o.add("errors", errors).add("warnings", warnings);
-        o.add_raw("findings", json_array(findings)).add("findings_not_listed", tally_.not_kept());
+        o.add("findings", findings_json(tally_.kept()))
+            .add("findings_not_listed", tally_.not_kept());
         o.add("strict", output_.strict).add("result", verdict);
         o.add("exit_status", passed_ ? 0 : 1);
-        fmt::print(out_, "{}\n", o.text());
+        fmt::print(out_, "{}\n", o.serialize());
         std::fflush(out_);
         return;
     }
@@ -380,7 +375,7 @@ void replay_printer::finish(const replay_result &result, const dump_summary *dum
     fmt::print(out_, "  stderr      {} lines from the converters\n", messages_);
     if (result.platform_problems.empty()) fmt::print(out_, "  platform    no leaks, no misuse\n");
     for (const std::string &problem : result.platform_problems)
-        fmt::print(out_, "  platform    {}\n", problem);
+        fmt::print(out_, "  platform    {}\n", terminal_text(problem));
     fmt::print(out_, "  findings    {}, {}\n", plural(found.errors, "error"),
                plural(found.warnings, "warning"));
     for (const finding &f : tally_.kept()) fmt::print(out_, "  finding     {}\n", finding_line(f));
@@ -390,7 +385,8 @@ void replay_printer::finish(const replay_result &result, const dump_summary *dum
         fmt::print(
             out_, "  dump        {} pushes: {} raw, {} decoded and {} C-model files under {}\n",
             dump->pushes, dump->raw_files, dump->decoded_files, dump->cmodel_files, dump_dir);
-        for (const std::string &p : dump->problems) fmt::print(out_, "  dump        {}\n", p);
+        for (const std::string &p : dump->problems)
+            fmt::print(out_, "  dump        {}\n", terminal_text(p));
     }
     const std::string done =
         fmt::format("{}, every operation returned 0 on {}", plural(run.modules.size(), "module"),

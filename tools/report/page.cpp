@@ -10,6 +10,7 @@
 #include <fmt/core.h>
 
 #include "isp_json_utils.h"
+#include "tools/output/escape.h"
 #include "tools/report/svg.h"
 
 namespace isp_case {
@@ -65,8 +66,10 @@ std::string channel_label(int channel) {
 }
 
 std::string push_id(const push_view &p) {
-    return fmt::format("g-{}-{}{}-{}-{}", p.step, p.module,
-                       p.channel < 0 ? "" : "-c" + std::to_string(p.channel), p.command, p.group);
+    return markup_escape(
+        fmt::format("g-{}-{}{}-{}-{}", p.step, p.module,
+                    p.channel < 0 ? "" : "-c" + std::to_string(p.channel), p.command, p.group),
+        markup_context::attribute);
 }
 
 std::string push_title(const push_view &p) {
@@ -182,14 +185,14 @@ void summary(std::string &out, const dump_view &a, const dump_view *b,
     for (size_t i = 0; i < fa.size(); ++i) {
         const bool diff = b && i > 0 && fa[i].second != fb[i].second;
         out += fmt::format("<tr{}><th>{}</th><td>{}</td>", diff ? " class=\"diff\"" : "",
-                           fa[i].first, escape(fa[i].second));
-        if (b) out += "<td>" + escape(fb[i].second) + "</td>";
+                           fa[i].first, markup_escape(fa[i].second));
+        if (b) out += "<td>" + markup_escape(fb[i].second) + "</td>";
         out += "</tr>";
     }
     std::string shown;
     for (const std::string &s : steps) shown += (shown.empty() ? "" : ", ") + step_title(s);
     out += fmt::format("<tr><th>shown</th><td{}>{}</td></tr></table>", b ? " colspan=\"2\"" : "",
-                       escape(shown));
+                       markup_escape(shown));
 
     const auto problems = [&](const dump_view &d, const std::string &run) {
         if (!d.problems_recorded) {
@@ -203,9 +206,11 @@ void summary(std::string &out, const dump_view &a, const dump_view *b,
         }
         out += "<ul>";
         for (const std::string &f : d.failures)
-            out += "<li><span class=\"bad\">" + run + "failure</span> " + escape(f) + "</li>";
+            out +=
+                "<li><span class=\"bad\">" + run + "failure</span> " + markup_escape(f) + "</li>";
         for (const std::string &w : d.warnings)
-            out += "<li><span class=\"warn\">" + run + "warning</span> " + escape(w) + "</li>";
+            out +=
+                "<li><span class=\"warn\">" + run + "warning</span> " + markup_escape(w) + "</li>";
         out += "</ul>";
     };
     problems(a, b ? "A: " : "");
@@ -230,7 +235,7 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
             rows.push_back(fmt::format(
                 "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td colspan=\"3\">pushed by A "
                 "only</td></tr>",
-                step_title(p.step), push_id(p), escape(push_title(p))));
+                markup_escape(step_title(p.step)), push_id(p), markup_escape(push_title(p))));
             ++groups;
             continue;
         }
@@ -247,9 +252,9 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
             rows.push_back(fmt::format(
                 "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td>{}</td><td class=\"n\">{} of "
                 "{}</td><td>[{}] {} &#8594; {} ({})</td></tr>",
-                step_title(p.step), push_id(p), escape(push_title(p)), escape(m.name), diff.size(),
-                count, first, element_text(m, first), n ? element_text(*n, first) : "missing",
-                format_label(m)));
+                markup_escape(step_title(p.step)), push_id(p), markup_escape(push_title(p)),
+                markup_escape(m.name), diff.size(), count, first, element_text(m, first),
+                n ? element_text(*n, first) : "missing", format_label(m)));
         }
     }
     std::set<push_key> in_a;
@@ -259,7 +264,7 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
             ++groups;
             rows.push_back(fmt::format(
                 "<tr><td>{}</td><td>{}</td><td colspan=\"3\">pushed by B only</td></tr>",
-                step_title(p.step), escape(push_title(p))));
+                markup_escape(step_title(p.step)), markup_escape(push_title(p))));
         }
     if (rows.empty()) {
         out +=
@@ -271,7 +276,8 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
         "<p><span class=\"bad\">{} member(s) differ in {} pushed group(s)</span>; A is drawn in "
         "<span class=\"key\" style=\"background:{}\"></span>{}, B in <span class=\"key\" "
         "style=\"background:{}\"></span>{} (dashed).</p>",
-        members, groups, palette::run_a, escape(a.dir), palette::run_b, escape(b.dir));
+        members, groups, palette::run_a, markup_escape(a.dir), palette::run_b,
+        markup_escape(b.dir));
     out +=
         "<table><tr><th>step</th><th>group</th><th>member</th><th>elements differing</th>"
         "<th>first difference: A &#8594; B</th></tr>";
@@ -290,14 +296,14 @@ void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
         "steps: per step and module, group#command and size, per channel for the channelled "
         "modules</summary><div><table><tr><th>module</th>",
         a.pushes.size(), a.steps.size());
-    for (const std::string &s : a.steps) out += "<th>" + escape(step_title(s)) + "</th>";
+    for (const std::string &s : a.steps) out += "<th>" + markup_escape(step_title(s)) + "</th>";
     out += "</tr>";
     std::vector<std::string> order = a.facts.modules;
     for (const push_view &p : a.pushes)
         if (std::find(order.begin(), order.end(), p.module) == order.end())
             order.push_back(p.module);
     for (const std::string &module : order) {
-        out += "<tr><th>" + escape(module) + "</th>";
+        out += "<tr><th>" + markup_escape(module) + "</th>";
         for (const std::string &step : a.steps) {
             std::string cell;
             int channel  = -2;
@@ -309,7 +315,7 @@ void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
                 else if (!cell.empty())
                     cell += ", ";
                 channel = p.channel;
-                cell += fmt::format("{}#{} {}B", escape(p.group), p.command, p.size);
+                cell += fmt::format("{}#{} {}B", markup_escape(p.group), p.command, p.size);
                 changed = changed || pairs.differs(p);
             }
             out += fmt::format("<td{}>{}</td>", changed ? " class=\"diff\"" : "",
@@ -398,8 +404,9 @@ class picture_maker {
         chart.lines.push_back(
             {b_ ? legend_name('A') : m->name, indices(count), values(*m), palette::run_a});
         const member_view *n = o ? o->member(member) : nullptr;
-        std::string caption  = fmt::format("{} points of <code>{}</code>{}", count, m->name,
-                                          packed ? ", two 16-bit entries to a pushed word" : "");
+        std::string caption =
+            fmt::format("{} points of <code>{}</code>{}", count, markup_escape(m->name),
+                        packed ? ", two 16-bit entries to a pushed word" : "");
         if (n) {
             const std::vector<double> other = values(*n);
             chart.lines.push_back(
@@ -465,7 +472,8 @@ class picture_maker {
             std::string figs =
                 figure(render(map), fmt::format("<code>{}</code> of {}, {} nodes: codes, the "
                                                 "mesh has no fixed-point format",
-                                                m->name, escape(push_title(p)), map.values.size()));
+                                                markup_escape(m->name),
+                                                markup_escape(push_title(p)), map.values.size()));
             const member_view *n = o ? o->member(tables[c]) : nullptr;
             if (n) {
                 heat_map other = map;
@@ -496,8 +504,8 @@ class picture_maker {
                              size_t first, size_t rows, size_t cols, size_t summed,
                              const std::vector<std::string> &row_names,
                              const std::vector<std::string> &col_names) const {
-        std::string t =
-            "<figure><table class=\"mat\"><caption>" + escape(title) + "</caption><tr><th></th>";
+        std::string t = "<figure><table class=\"mat\"><caption>" + markup_escape(title) +
+                        "</caption><tr><th></th>";
         for (const std::string &c : col_names) t += "<th>" + c + "</th>";
         t += "<th>row sum</th></tr>";
         const std::vector<double> &v = drawn(m);
@@ -634,9 +642,9 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
         out += fmt::format(
             "<details id=\"{}\"{}><summary><b>{}</b> <span class=\"t\">{} B{}{}</span>{}"
             "</summary><div><table><tr><th>member</th><th>format</th>",
-            push_id(p), diff ? " class=\"diff\" open=\"open\"" : "", escape(push_title(p)), p.size,
-            escape(p.type.empty() ? "" : ", " + p.type),
-            p.file.empty() ? "" : ", " + escape(p.file),
+            push_id(p), diff ? " class=\"diff\" open=\"open\"" : "", markup_escape(push_title(p)),
+            p.size, markup_escape(p.type.empty() ? "" : ", " + p.type),
+            p.file.empty() ? "" : ", " + markup_escape(p.file),
             diff ? " <span class=\"bad\">differs</span>" : "");
         out += pairs.comparing() ? "<th>A raw code</th><th>A real value</th><th>B raw "
                                    "code</th><th>B real value</th></tr>"
@@ -653,9 +661,9 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
             out += fmt::format(
                 "<tr{}><td>{}<br/><span class=\"t muted\">{}</span></td><td>{}<br/><span "
                 "class=\"t muted\">{}</span></td>",
-                marked.empty() ? "" : " class=\"diff\"", escape(m.name), shape_text(m),
-                m.format.empty() ? "none" : escape(m.format),
-                m.location.empty() ? "no register row" : escape(m.location));
+                marked.empty() ? "" : " class=\"diff\"", markup_escape(m.name), shape_text(m),
+                m.format.empty() ? "none" : markup_escape(m.format),
+                m.location.empty() ? "no register row" : markup_escape(m.location));
             out += value_cell(m.codes, m, {}, 0) + value_cell(m.values, m, {}, 6);
             if (pairs.comparing()) {
                 if (n)
@@ -667,7 +675,7 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
             out += "</tr>";
         }
         if (p.members.empty())
-            out += "<tr><td colspan=\"6\">no members: " + escape(p.problem) + "</td></tr>";
+            out += "<tr><td colspan=\"6\">no members: " + markup_escape(p.problem) + "</td></tr>";
         out += "</table></div></details>";
     }
 }
@@ -702,16 +710,17 @@ std::string render_page(const dump_view &a, const dump_view *b,
     std::string out =
         "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"/>"
         "<meta name=\"viewport\" content=\"width=device-width\"/><title>" +
-        escape(title) + "</title><style>" + k_style + "</style></head><body>";
-    out += "<header><h1>" + escape(title) + "</h1><p>" +
-           escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
+        markup_escape(title) + "</title><style>" + k_style + "</style></head><body>";
+    out += "<header><h1>" + markup_escape(title) + "</h1><p>" +
+           markup_escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
            fmt::format("{}x{}, {} channel(s), {} frame(s)", a.facts.part_h, a.facts.part_v,
                        a.facts.channels, a.facts.frames) +
            "</p></header><nav><a href=\"#summary\">Summary</a>";
     if (b) out += "<a href=\"#changes\">What changed</a>";
     out += "<a href=\"#pushes\">Pushed groups</a>";
     for (const std::string &s : steps)
-        out += "<a href=\"#step-" + s + "\">" + escape(step_title(s)) + "</a>";
+        out += "<a href=\"#step-" + markup_escape(s, markup_context::attribute) + "\">" +
+               markup_escape(step_title(s)) + "</a>";
     out += "</nav><main>";
 
     summary(out, a, b, steps);
@@ -720,7 +729,8 @@ std::string render_page(const dump_view &a, const dump_view *b,
 
     const picture_maker maker(a, b, pairs);
     for (const std::string &step : steps) {
-        out += "<section id=\"step-" + step + "\"><h2>" + escape(step_title(step)) + "</h2>";
+        out += "<section id=\"step-" + markup_escape(step, markup_context::attribute) + "\"><h2>" +
+               markup_escape(step_title(step)) + "</h2>";
         const step_pictures pics = maker.make(step);
         picture_section(out, "Curves", pics.curves, "");
         picture_section(out, "Lens shading gain meshes", pics.meshes,

@@ -8,6 +8,8 @@
 
 #include <fmt/core.h>
 
+#include "tools/output/escape.h"
+
 namespace isp_case {
 namespace report {
 
@@ -62,14 +64,14 @@ void text(std::string &out, double x, double y, const std::string &cls, const st
           const std::string &content, const std::string &extra = "") {
     out += fmt::format("<text x=\"{}\" y=\"{}\" class=\"{}\"", coord(x), coord(y), cls);
     if (!anchor.empty()) out += " text-anchor=\"" + anchor + "\"";
-    out += extra + ">" + escape(content) + "</text>";
+    out += extra + ">" + markup_escape(content) + "</text>";
 }
 
 std::string svg_open(int width, int height, const std::string &cls, const std::string &label) {
     return fmt::format(
         "<svg class=\"{}\" width=\"{}\" height=\"{}\" viewBox=\"0 0 {} {}\" role=\"img\" "
         "aria-label=\"{}\">",
-        cls, width, height, width, height, escape(label));
+        cls, width, height, width, height, markup_escape(label, markup_context::attribute));
 }
 
 void min_max(const std::vector<double> &values, double &lo, double &hi) {
@@ -125,33 +127,6 @@ int legend(std::string &out, const std::vector<series> &lines, double x0, double
 }
 
 }  // namespace
-
-std::string escape(const std::string &text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '\'':
-                out += "&#39;";
-                break;
-            default:
-                out += c;
-        }
-    }
-    return out;
-}
 
 std::string number_label(double value, int decimals) {
     if (!std::isfinite(value)) return std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf";

@@ -10,9 +10,6 @@
 namespace isp_case {
 namespace report {
 
-/* Text for element content and attribute values: & < > " ' escaped. */
-std::string escape(const std::string &text);
-
 /* A number as a short label: integers without a fraction, others with at most `decimals`
  * fraction digits and no trailing zeros. */
 std::string number_label(double value, int decimals = 4);
