@@ -225,7 +225,7 @@ constexpr converter_desc k_spares[] = {
 };
 
 constexpr const char *k_blocks[] = {
-#define ISP_BLOCK(name) name,
+#define ISP_BLOCK(name) #name,
 #include "modules/modules.def"
 };
 

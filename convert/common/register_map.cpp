@@ -3,20 +3,19 @@
 
 #include <string.h>
 
-#include "convert/common/block_list.h"
 #include "convert/common/cmodel_writer.h"
 
 namespace isp {
 
-#define ISP_DECLARE_MAP(blk) extern const block_map blk##_map;
-ISP_BLOCK_LIST(ISP_DECLARE_MAP)
-#undef ISP_DECLARE_MAP
+#define ISP_BLOCK(blk) extern const block_map blk##_map;
+#include "modules/modules.def"
 
 namespace {
 
-#define ISP_MAP_ADDRESS(blk) &blk##_map,
-const block_map *const all_maps[] = {ISP_BLOCK_LIST(ISP_MAP_ADDRESS)};
-#undef ISP_MAP_ADDRESS
+const block_map *const all_maps[] = {
+#define ISP_BLOCK(blk) &blk##_map,
+#include "modules/modules.def"
+};
 
 unsigned char *element_at(void *base, const member_ref &m, uint32_t element) {
     return static_cast<unsigned char *>(base) + m.offset + static_cast<size_t>(element) * m.stride;
