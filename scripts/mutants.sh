@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The mutation check: plants each fault of tests/mutants.txt in turn, rebuilds and runs the whole
-# native suite, and counts the faults the suite kills. Needs ../shared/tools/mutants.py beside the
-# project. Prints one line per planted fault, then "mutants: K killed, S survived, N stale".
+# native suite, and counts the faults the suite kills; scripts/mutants.py plants and restores
+# them. Prints one line per planted fault, then "mutants: K killed, S survived, N stale".
 #   scripts/mutants.sh                 build directory build-mutants/
 #   BUILD_DIR=DIR scripts/mutants.sh [MUTANTS_FILE]
 # Warnings are not errors in this build: a planted fault often leaves a parameter unused, and a
@@ -11,11 +11,10 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build-mutants}
 list=${1:-$root/tests/mutants.txt}
-tool=$root/../shared/tools/mutants.py
-[ -f "$tool" ] || { echo "mutants.sh: $tool not found" >&2; exit 2; }
+tool=$root/scripts/mutants.py
 
 "$root/scripts/deps.sh" build
-cmake -S "$root" -B "$build" -G Ninja -DISP_JSON_WERROR=OFF >/dev/null
+(cd "$root" && cmake --preset mutants -B "$build") >/dev/null
 cmake --build "$build" -j"$(nproc)" >/dev/null
 ctest --test-dir "$build" -j"$(nproc)" >/dev/null || { echo "mutants.sh: the suite fails unchanged" >&2; exit 1; }
 

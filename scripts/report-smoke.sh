@@ -9,7 +9,7 @@ build=${BUILD_DIR:-$root/build}
 out=$(mkdir -p "${1:-$build/report-smoke}" && cd "${1:-$build/report-smoke}" && pwd)
 
 "$root/scripts/deps.sh" build report
-cmake -S "$root" -B "$build" -G Ninja >/dev/null
+(cd "$root" && cmake --preset native -B "$build") >/dev/null
 cmake --build "$build" --target isp-case -j2 >/dev/null
 tool="$build/tools/isp-case"
 

@@ -13,7 +13,7 @@ frames=${1:-3}
 build=${BUILD_DIR:-$root/build}
 
 "$root/scripts/deps.sh" build valgrind
-cmake -S "$root" -B "$build" -G Ninja >/dev/null
+(cd "$root" && cmake --preset native -B "$build") >/dev/null
 cmake --build "$build" --target isp-case -j"$(nproc)"
 
 report=$build/valgrind-replay.txt
