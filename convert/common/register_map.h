@@ -2,13 +2,13 @@
  * convert/<blk>/<blk>.def:
  *   - the layout of each driver structure: every member in memory order;
  *   - its register map: one row per field the converters read, in read order, naming the member
- *     and element the field lands in, the register (with its array group and index where there
- *     is one), the field and the fixed-point format;
- *   - the plain keys of its C-model exporters.
- * The converters run their rows through read_rows(); reads the rows cannot express (packing,
- * loops of another shape) are hand-written functions that the rows name in their `by` column, so
- * the table still lists every field such a function reads. The tool, the simulated platform, the
- * fuzzers and the benchmarks read the same rows through find_block_map() and find_struct(). */
+ *     and element the field lands in, the register path as the register files spell it and the
+ *     fixed-point format;
+ *   - the C-model keys that differ from the member names.
+ * The converters run their rows through read_rows(), interleaved brackets included; the two
+ * reads rows cannot express are hand-written functions named by a bracket row, followed by rows
+ * listing every field such a function reads. The tool, the simulated platform, the fuzzers and
+ * the benchmarks read the same rows through find_block_map() and find_struct(). */
 #ifndef ISP_CONVERT_REGISTER_MAP_H
 #define ISP_CONVERT_REGISTER_MAP_H
 
