@@ -60,7 +60,7 @@ enum class row_kind : uint8_t {
     end,
 };
 
-/* Reads a quirk the rows cannot express; called once, at the first row that names it. */
+/* Reads a quirk the rows cannot express; called once, where its bracket opens. */
 using hand_reader = void (*)(const field_reader &f, void *out, uint8_t partition);
 
 /* The element a row writes. For a member that holds a pointer, its size and sign are those of
@@ -142,8 +142,8 @@ void store_code(void *base, const member_ref &m, uint32_t element, uint32_t code
 const field_row *member_row(const block_map &map, const struct_desc &type, const member_desc &m);
 /* The fixed-point format of a member, nullptr when no row reads it. */
 const char *member_format(const block_map &map, const struct_desc &type, const member_desc &m);
-/* Where a row reads, as text: "isp_wbc.wb_gain0.val1", "isp_dem.win[3].size.h",
- * "isp_gamma.lut[0..128]" (an each or table row reads every index of the range). */
+/* Where a row reads, as text: the top key and the row's path, "isp_wbc.wb_gain0.val1",
+ * "isp_blc.grp0[0..6].lin_lut_x.high" (a range reads every index). */
 std::string register_path(const block_map &map, const field_row &row);
 
 /* ---- building blocks of the .def files ------------------------------------------------------ */
