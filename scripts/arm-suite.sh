@@ -16,10 +16,8 @@ jobs=$(nproc)
 
 "$root/scripts/deps.sh" build arm
 
-cd "$root"
-cmake --preset arm
-cmake --build --preset arm -j"$jobs"
-ctest --preset arm -j"$jobs"
+(cd "$root" && cmake --preset arm && cmake --build --preset arm -j"$jobs" &&
+    ctest --preset arm -j"$jobs")
 
 [ -n "$native" ] || exit 0
 native=$(cd "$native" && pwd)

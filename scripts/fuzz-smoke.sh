@@ -11,6 +11,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 seconds=${1:-25}
 build=${BUILD_DIR:-$root/build-fuzz}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build fuzz
 (cd "$root" && cmake --preset fuzz -B "$build")

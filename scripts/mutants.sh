@@ -10,6 +10,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build-mutants}
+build=$(realpath -m "$build")  # the presets run from the project root
 list=${1:-$root/tests/mutants.txt}
 tool=$root/scripts/mutants.py
 

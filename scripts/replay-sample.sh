@@ -7,6 +7,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build
 (cd "$root" && cmake --preset native -B "$build") 1>&2

@@ -17,6 +17,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 frames=${1:-1000}
 rounds=${2:-5}
 build=${BUILD_DIR:-$root/build-bench}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build bench
 (cd "$root" && cmake --preset bench -B "$build") >/dev/null

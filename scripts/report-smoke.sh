@@ -6,6 +6,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
+build=$(realpath -m "$build")  # the presets run from the project root
 out=$(mkdir -p "${1:-$build/report-smoke}" && cd "${1:-$build/report-smoke}" && pwd)
 
 "$root/scripts/deps.sh" build report

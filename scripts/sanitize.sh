@@ -7,6 +7,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build-asan}
+build=$(realpath -m "$build")  # the presets run from the project root
 jobs=$(nproc)
 
 "$root/scripts/deps.sh" build
@@ -15,7 +16,6 @@ jobs=$(nproc)
 # the defaults: string interceptors check the whole string, locals live on a fake stack so a use
 # after return is seen, and globals must not be used before their initialiser ran. The death
 # tests abort on purpose; the sanitizers do not intercept that abort.
-cd "$root"
-cmake --preset sanitize -B "$build"
+(cd "$root" && cmake --preset sanitize -B "$build")
 cmake --build "$build" -j"$jobs"
-ctest --preset sanitize --test-dir "$build" -j"$jobs"
+(cd "$root" && ctest --preset sanitize --test-dir "$build" -j"$jobs")

@@ -16,10 +16,8 @@ stage() { printf '\n=== %s\n' "$*"; }
 
 stage "native build and test suite"
 "$root/scripts/deps.sh" build
-cd "$root"
-cmake --preset native
-cmake --build --preset native -j"$jobs"
-ctest --preset native -j"$jobs"
+(cd "$root" && cmake --preset native && cmake --build --preset native -j"$jobs" &&
+    ctest --preset native -j"$jobs")
 [ "${1:-}" = "--quick" ] && exit 0
 
 stage "source formatting (clang-format --dry-run --Werror)"

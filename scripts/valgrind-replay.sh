@@ -11,6 +11,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 frames=${1:-3}
 build=${BUILD_DIR:-$root/build}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build valgrind
 (cd "$root" && cmake --preset native -B "$build") >/dev/null
