@@ -9,16 +9,25 @@ lens-shading mesh and a logarithmic compression curve with its inverse. Frames d
 their dither seeds, as consecutive frames of a real capture do. The blocks without a register map
 get their top key with an empty object.
 
-Every value is the register's integer as the hardware model writes it, before encoding: for a
-"u4.8" field 256 means 1.0. The output is deterministic, so regenerating gives the same bytes:
+The settings below are real values of the driver structures' members, named as the block tables
+(convert/<block>/<block>.def) name them; the tables give every member's register path and
+format, so the register files are written from the tables and this script spells no register
+key. Each value is written as the hardware model writes it, the register's integer before
+encoding: for a "u4.8" field 1.0 becomes 256. The files of every module's register file pattern
+in modules/modules.def are written. The output is deterministic, so regenerating gives the same
+bytes:
 
     python3 examples/make_sample_case.py [OUTPUT_DIR]     (default: examples/sample_case)
 """
 
 import math
 import os
+import re
 import shutil
 import sys
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.join(HERE, "..")
 
 WIDTH, HEIGHT = 1920, 1080
 GRID_H, GRID_V = 2, 2
@@ -26,13 +35,76 @@ CHANNELS = 2
 FRAMES = 2
 PART_W, PART_H = WIDTH // GRID_H, HEIGHT // GRID_V
 
-# Blocks whose register map is not defined yet: their converters read nothing.
-UNMAPPED_BLOCKS = [
-    "hdr", "raw2dnr", "lce", "rltm", "dehaze", "y2dnr", "yuv3dnr", "pfd",
-    "ae_stat", "awb_stat", "af_stat", "eis_pre", "eis_post", "ifa",
-]
+
+# ---- the tables -------------------------------------------------------------------------
+def module_rows():
+    """The columns of every module row of modules/modules.def, by name, in catalogue order."""
+    text = open(os.path.join(ROOT, "modules", "modules.def")).read()
+    rows = []
+    for body in re.findall(r'^ISP_MODULE\(\w+,(.*?)\)$', text, re.M | re.S):
+        columns = re.findall(r'\.(\w+) = ("[^"]*"|\{[^}]*\}|[^,]+)', body)
+        rows.append({name: value.strip().strip('"') for name, value in columns})
+    return rows
 
 
+def block_rows(block):
+    """(member, element, path, fraction bits) of every read and table row of a block, in order."""
+    text = open(os.path.join(ROOT, "convert", block, block + ".def")).read()
+    rows = []
+    for kind, args in re.findall(r'^ISP_(READ|TABLE)\((.*)\)$', text, re.M):
+        if kind == "READ":
+            _, member, element, path, fmt = [a.strip() for a in args.split(",")]
+        else:
+            _, member, path, fmt = [a.strip() for a in args.split(",")]
+            element = "k"
+        fraction = fmt.strip('"').split(".")
+        rows.append((member, element, path.strip('"'), int(fraction[1]) if len(fraction) > 1 else 0))
+    return rows
+
+
+def indices(key):
+    """The key of a path piece and the indices it reads: "grp0[0..6]" -> grp0, 0..6."""
+    m = re.match(r'(.*)\[(\d+)(?:\.\.(\d+))?\]$', key)
+    if not m:
+        return key, None
+    first = int(m.group(2))
+    return m.group(1), range(first, int(m.group(3) or first) + 1)
+
+
+def first_element(element):
+    """The element a row writes first in partition 0."""
+    return eval(element, {"k": 0, "per_part": 0})
+
+
+def register_file(block, values):
+    """The register file of one partition: the fields of every row, at the row's path, from
+    the member values (a number, or a list by element; a per-partition member's value is the
+    partition's). Registers and fields come in the order of the members in `values`, each
+    member's in the order of its elements; members without a value are left out of the file."""
+    regs = {}
+    for name, value in values.items():
+        mine = [row for row in block_rows(block) if row[0] == name]
+        for member, element, path, fraction in sorted(mine, key=lambda row: first_element(row[1])):
+            keys = re.split(r"\.(?![^\[]*\])", path)  # a range's full stops are not separators
+            first, index = indices(keys[0])
+            for k in index if index is not None else [0]:
+                at = eval(element, {"k": k, "per_part": 0})
+                code = int(round((value[at] if isinstance(value, list) else value) * (1 << fraction)))
+                if len(keys) == 1:  # a table of raw numbers under the top key
+                    regs.setdefault(first, []).append(code)
+                    continue
+                holder = regs.setdefault(first, [] if index is not None else {})
+                if index is not None:
+                    while len(holder) <= k:
+                        holder.append({})
+                    holder = holder[k]
+                for key in keys[1:-1]:
+                    holder = holder.setdefault(key, {})
+                holder[keys[-1]] = code
+    return {"isp_" + block: regs}
+
+
+# ---- settings ---------------------------------------------------------------------------
 def partitions():
     """(index, column, row) in the library's raster order: rows outer, columns inner."""
     index = 0
@@ -42,95 +114,51 @@ def partitions():
             index += 1
 
 
-def fixed(value, fraction_bits):
-    """The register integer of a real value in a format with that many fraction bits."""
-    return int(round(value * (1 << fraction_bits)))
-
-
 def dither_seeds(frame, salt):
     """A 16-bit and a 15-bit seed that change from frame to frame."""
     value = (0x9E37 * (frame + 1) + salt * 0x3C6F) & 0xFFFF
     return value, (value * 7 + 0x1234) & 0x7FFF
 
 
-# ---- white balance gain ------------------------------------------------------------------
-def wbc(frame, col, row):
-    return {"isp_wbc": {
-        "bayer_pattern": {"val": 0},
-        "offset_in": {"val": 0},
-        "offset_out": {"val": 0},
-        "d_gain": {"val": fixed(1.0, 8)},
-        # the four gains live in two registers named after their first element
-        "wb_gain0": {"val0": fixed(1.0, 8), "val1": fixed(1.0, 8)},
-        "wb_gain2": {"val2": fixed(1.0, 8), "val3": fixed(1.0, 8)},
-        "clip_level": {"val": fixed(1023.0, 6)},
-    }}
+def wbc(frame, col, row, channel):
+    return {"bayer_pattern": 0, "offset_in": 0, "offset_out": 0, "d_gain": 1.0,
+            "wb_gain": [1.0] * 4, "clip_level": 1023.0}
 
 
-# ---- black level and linearisation ------------------------------------------------------
-def blc(frame, col, row, channel=0):
-    knots = [fixed(18.0 * e, 6) for e in range(15)]  # identity: y = x, slope 1.0
+def blc(frame, col, row, channel):
+    knots = [18.0 * e for e in range(15)]  # identity: y = x, slope 1.0
     seed16, seed15 = dither_seeds(frame, 1 + channel)
-    regs = {
-        "bayer": {"patten": 0},  # the block's own spelling
-        "dgain": {"val": fixed(1.0, 8)},
-        "dither": {"enable": 1, "seed_enable": 1},
-        "dither_pmask": {"val15": 0x7FFF, "val16": 0xFFFF},
-        "dither_seed": {"val15": seed15, "val16": seed16},
-        "blc": {"sbl_corr_enable": 0, "gbl_corr_enable": 1, "lin_enable": 0},
-        "offset": {"out": 0},
-        "grp9": [{"sbl_val": {"value": 0}} for _ in range(4)],
-        "grp10": [{"gbl_val": {"value": 0}} for _ in range(4)],
-        "grp0": [{"lin_lut_x": {"low": knots[k], "high": knots[k + 7]}} for k in range(7)],
-        "lin_lut_x_14": {"low": knots[14]},
+    return {
+        "bayer_patten": 0, "dgain": 1.0, "dither_enable": 1, "dither_seed_enable": 1,
+        "dither_pmask": [0xFFFF, 0x7FFF], "dither_seed": [seed16, seed15],
+        "sbl_corr_enable": 0, "gbl_corr_enable": 1, "lin_enable": 0, "offset_out": 0,
+        "sbl_val": [0] * 4, "gbl_val": [0] * 4,
+        "lin_lut_x": knots,
+        "lin_lut_y": [knots[e] for e in range(15) for _ in range(4)],  # knot-major
+        "lin_lut_slope": [1.0] * 64,
     }
-    for c in range(4):
-        regs["grp%d" % (1 + c)] = [
-            {"lin_lut_y%d" % c: {"low": knots[k], "high": knots[k + 7]}} for k in range(7)]
-        regs["lin_lut_y%d_14" % c] = {"low": knots[14]}
-        regs["grp%d" % (5 + c)] = [
-            {"lin_lut_slope%d" % c: {"value": fixed(1.0, 8)}} for _ in range(16)]
-    return {"isp_blc": regs}
 
 
-# ---- defect pixel correction ------------------------------------------------------------
-def dpc(frame, col, row, channel=0):
-    noise = [fixed(2.0 + k, 6) for k in range(9)]
-    return {"isp_dpc": {
-        "pic_size": {"h": PART_W, "v": PART_H},
-        "pic_blank": {"h": 64},
-        "bpc_hw_cfg": {"hdr_dgst_en": 0, "wdma_err_ctrl": 0, "rdma_err_ctrl": 0,
-                       "sbpc_table_type": 0, "bayer_pat": 0},
-        "dma_burst_len": {"rd": 2},
-        "bpc_osd_num": {"sbpc_load": 0},
-        "dummy_wr": {"val": 0},
-        "qos_ctrl": {"sbpc_qos_thr": 8, "sbpc_qos_low": 4, "sbpc_qos_high": 12},
-        "sbpc_pos_base_h": {"addr": 0},
-        "sbpc_pos_base_l": {"addr": 0},
-        "sbpc_pos": {"length": 0},
-        "bpc_ctrl": {"quick_det_enable": 1, "calc_limit_enable": 1, "bp_det_mode": 0,
-                     "static_enable": 0},
-        "quick_det_th": {"offset": fixed(4.0, 6), "max": fixed(64.0, 6)},
-        "quick_det_th_slope": {"val": fixed(0.5, 4)},
-        "bp_det": {"th_ratio": fixed(0.5, 6), "m2": fixed(1.5, 8), "m1": fixed(2.0, 4)},
-        "bp_cor_m": {"val5": fixed(1.0, 4), "val4": fixed(0.5, 7), "val3": fixed(0.5, 7)},
-        "wb_gain": {"val0": fixed(1.0, 4), "val1": fixed(1.0, 4)},
-        "inv_wb_gain": {"val0": fixed(1.0, 7), "val1": fixed(1.0, 7)},
-        "margin_u0": {"val0": fixed(10.0, 6), "val1": fixed(10.0, 6)},
-        "margin_u1": {"val2": fixed(10.0, 6)},
-        "margin_l0": {"val0": fixed(10.0, 6), "val1": fixed(10.0, 6)},
-        "margin_l1": {"val2": fixed(10.0, 6)},
-        "noise_lut_grp": [{"noise_lut_even": {"val": noise[2 * k]},
-                           "noise_lut_odd": {"val": noise[2 * k + 1]}} for k in range(4)],
-        "noise_lut_lst": {"val": noise[8]},
-        "bp_offset": {"val0": 0, "val1": 0},
-        "bp_cor": {"ch_mode": 0, "clip_ratio": fixed(0.5, 6), "dir_wt_r2": fixed(1.0, 4)},
-        "color_limit_ratio": {"val0": fixed(1.0, 7), "val1": fixed(1.0, 7),
-                              "val2": fixed(1.0, 7)},
-    }}
+def dpc(frame, col, row, channel):
+    return {
+        "pic_size_h": PART_W, "pic_size_v": PART_H, "pic_blank_h": 64,
+        "hdr_dgst_en": 0, "wdma_err_ctrl": 0, "rdma_err_ctrl": 0, "sbpc_table_type": 0,
+        "bayer_pat": 0, "dma_burst_len_rd": 2, "sbpc_load": 0, "dummy_wr_val": 0,
+        "sbpc_qos_thr": 8, "sbpc_qos_low": 4, "sbpc_qos_high": 12,
+        "sbpc_pos_base_h_addr": 0, "sbpc_pos_base_l_addr": 0, "sbpc_pos_length": 0,
+        "quick_det_enable": 1, "calc_limit_enable": 1, "dp_det_mode": 0, "static_enable": 0,
+        "quick_det_th_offset": 4.0, "quick_det_th_max": 64.0, "quick_det_th_slope": 0.5,
+        "dp_det_th_ratio": 0.5, "dp_det_m2": 1.5, "dp_det_m1": 2.0,
+        "dp_cor_m5": 1.0, "dp_cor_m4": 0.5, "dp_cor_m3": 0.5,
+        "wb_gain": [1.0, 1.0], "inv_wb_gain": [1.0, 1.0],
+        "margin_u": [10.0] * 3, "margin_l": [10.0] * 3,
+        "noise_lut": [2.0 + k for k in range(9)],
+        "offset_out": 0, "offset_in": 0,
+        "dp_cor_ch_mode": 0, "dp_cor_clip_ratio": 0.5, "dp_cor_dir_wt_r2": 1.0,
+        "color_limit_ratio": [1.0] * 3,
+    }
 
 
-# ---- lens shading -----------------------------------------------------------------------
 MESH_COLS, MESH_ROWS = 19, 15  # 285 nodes per Bayer channel
 CELL_W = math.ceil(WIDTH / (MESH_COLS - 1))
 CELL_H = math.ceil(HEIGHT / (MESH_ROWS - 1))
@@ -147,229 +175,131 @@ def lsc_mesh(falloff):
     return values
 
 
-def inverse_u1_22(length):
-    return int(round((1 << 22) / length))
-
-
-def lsc(frame, col, row):
+def lsc(frame, col, row, channel):
     x0, y0 = col * PART_W, row * PART_H
     start_x, start_y = x0 // CELL_W, y0 // CELL_H
-    end_x = min((x0 + PART_W - 1) // CELL_W + 1, MESH_COLS - 1)
-    end_y = min((y0 + PART_H - 1) // CELL_H + 1, MESH_ROWS - 1)
-    return {"isp_lsc": {
-        "offset_in": {"dt": 0},
-        "offset_out": {"dt": 0},
-        "bayer_pattern": {"mode ": 0},  # the key carries a trailing blank
-        "img_size": {"v": PART_H, "h": PART_W},
-        "mesh_length": {"h": CELL_H, "w": CELL_W},
-        "inv_mesh_length_h": {"h": inverse_u1_22(CELL_H)},
-        "inv_mesh_length_w": {"w": inverse_u1_22(CELL_W)},
+    return {
+        "offset_in": 0, "offset_out": 0, "bayer_pattern": 0,
+        "img_size_v": PART_H, "img_size_h": PART_W,
+        "mesh_length_h": CELL_H, "mesh_length_w": CELL_W,
+        "inv_mesh_length_h": 1.0 / CELL_H, "inv_mesh_length_w": 1.0 / CELL_W,
         # the partition's first cell is cut where the partition starts inside it
-        "inv_mesh_length_str_h": {"h": inverse_u1_22((start_y + 1) * CELL_H - y0)},
-        "inv_mesh_length_str_w": {"w": inverse_u1_22((start_x + 1) * CELL_W - x0)},
-        "locat": {"y": y0, "x": x0},
-        "mesh_start": {"y": start_y, "x": start_x},
-        "mesh_end": {"y": end_y, "x": end_x},
-        "rr_mesh": lsc_mesh(0.45),
-        "gr_mesh": lsc_mesh(0.35),
-        "gb_mesh": lsc_mesh(0.35),
+        "inv_mesh_length_str.h": 1.0 / ((start_y + 1) * CELL_H - y0),
+        "inv_mesh_length_str.w": 1.0 / ((start_x + 1) * CELL_W - x0),
+        "locat.y": y0, "locat.x": x0,
+        "mesh_start.y": start_y, "mesh_start.x": start_x,
+        "mesh_end.y": min((y0 + PART_H - 1) // CELL_H + 1, MESH_ROWS - 1),
+        "mesh_end.x": min((x0 + PART_W - 1) // CELL_W + 1, MESH_COLS - 1),
+        "rr_mesh": lsc_mesh(0.45), "gr_mesh": lsc_mesh(0.35), "gb_mesh": lsc_mesh(0.35),
         "bb_mesh": lsc_mesh(0.40),
-    }}
-
-
-# ---- demosaic ---------------------------------------------------------------------------
-def lut9(registers, values, fields=("lut0", "lut1")):
-    """A nine-entry table over five registers of two fields, the last with "lut0" only."""
-    out = {}
-    for i, name in enumerate(registers):
-        out[name] = {fields[j]: values[2 * i + j] for j in range(2) if 2 * i + j < 9}
-    return out
-
-
-def unit_gain_lut(register):
-    """16 registers of four gains of 1.0 ("u1.7")."""
-    return [{register: {"lut%d" % j: fixed(1.0, 7) for j in range(4)}} for _ in range(16)]
-
-
-def dem(frame, col, row):
-    regs = {
-        "clkgt_enable": {"en": 0xFFFF},
-        "misc_ctrl": {"debug_en": 0},
-        "wb_stat_ctrl": {"enable": 1},
-        "wb_stat_roi0": {"top": 0, "bottom": PART_H - 1},
-        "wb_stat_roi1": {"left": 0, "right": PART_W - 1},
-        "wb_stat_mesh_block": {"start0": 0, "start1": 0},
-        "wb_stat_mesh_pos": {"start0": 0, "start1": 0},
-        "wb_stat_slice": {"level": fixed(255.0, 4)},
-        "wb_stat_slice_sat": {"tp": 1},
-        "wb_stat_mesh": {"shape0": PART_W // 16, "shape1": PART_H // 16},
-        "wbc_ctrl": {"enable": 0},
-        "wbc_mesh_block": {"start0": 0, "start1": 0},
-        "wbc_mesh_phase": {"start0": 0, "start1": 0},
-        "wbc_mesh_pos": {"start0": 0, "start1": 0},
-        "wbc_mesh": {"step0": fixed(16.0 / PART_W, 14), "step1": fixed(16.0 / PART_H, 14)},
-        "gic": {"enable": 1},
-        "grad_h": {"enable": 1},
-        "gclip": {"level": fixed(0.5, 4)},
-        "edge_enhance_ctrl": {"enable": 1},
-        "edge_enhance": {"ghv_level": fixed(1.0, 4), "gpn_level": fixed(1.0, 4)},
-        "edge_enhance_ghv": {"corner_min": fixed(0.125, 8), "corner_slope": fixed(1.0, 4),
-                             "corner_offset": 0},
-        "fc_cor0": {"enable": 1},
-        "offset": {"in": 0, "out": 0},
-        "bayer": {"pattern": 0},
-        "img_size": {"hsize": PART_W, "vsize": PART_H},
-        "pre_gamma_ctrl": {"enable": 0},
-        "dem": {"mode": 0},
-        "post_gamma_ctrl": {"enable": 0},
-        "gradf": {"ratio": fixed(0.5, 4)},
-        "grad_hh": {"level": fixed(1.0, 2)},
-        "ginterp_hf_ratio": {"x": fixed(0.5, 5), "pn": fixed(0.5, 5), "hv": fixed(0.5, 5)},
-        "wbc_gain_lut_r": unit_gain_lut("wbc_gain_r"),
-        "wbc_gain_lut_g": unit_gain_lut("wbc_gain_g"),
-        "wbc_gain_lut_b": unit_gain_lut("wbc_gain_b"),
-        "gic_strength0": {"lut%d" % j: fixed(0.5, 7) for j in range(4)},
-        "gic_strength1": {"lut%d" % j: fixed(0.5, 7) for j in range(4)},
-        "gic_strength2": {"lut0": fixed(0.5, 7)},
-        "gic_ct_lut": [{"gic_ct": {"lut0": fixed(8.0 * k, 4), "lut1": fixed(8.0 * k + 4, 4)}}
-                       for k in range(9)],
-        "edge_enhance_level_lut": [{"edge_enhance_level": {"lut0": fixed(1.0, 4),
-                                                           "lut1": fixed(1.0, 4)}}
-                                   for _ in range(9)],
-        "fc_cor1": {"limit": fixed(32.0, 4), "gain_safe": fixed(1.0, 2), "gain": fixed(1.0, 4),
-                    "th": fixed(2.0, 4)},
-        "fc_cor2": {"inv_base_sat_level": fixed(0.25, 8), "ratio_limit0": fixed(1.0, 8),
-                    "ratio_limit1": fixed(1.0, 8)},
-        "wb_stat_mem_ctrl": {"sw_rd": 0, "sw_clr": 0},
     }
-    regs.update(lut9(["inv_noise%d" % i for i in range(5)],
-                     [fixed(1.0 / (1 + k), 8) for k in range(9)]))
-    regs.update(lut9(["gic_limit%d" % i for i in range(5)], [fixed(16.0, 4)] * 9))
-    regs.update(lut9(["fc_cor_sat%d" % i for i in range(5)],
-                     [fixed(16.0 * k, 4) for k in range(9)]))
-    return {"isp_dem": regs}
 
 
-# ---- colour correction ------------------------------------------------------------------
-def clc(frame, col, row):
-    # each matrix is 3 rows of (r, g, b, offset); identity on the diagonal, 1.0 = 256 in s3.8
-    identity = [fixed(1.0, 8) if k in (0, 5, 10) else 0 for k in range(12)]
-    matrix_list = [{"matrix_list%d" % n: {"val0": identity[k], "val1": identity[k + 6]}
-                    for n in range(8)} for k in range(6)]
-    lower = []  # knees (x, y) on the identity line, s8.4
-    upper = []  # knees (x, y) on the identity line, x u9.4, y u8.4
-    for i in range(8):
-        lower += [fixed(16.0 * i, 4), fixed(16.0 * i, 4)]
-        upper += [fixed(36.0 * i, 4), fixed(36.0 * i, 4)]
-    unit = {"val%d" % j: fixed(1.0, 7) for j in range(4)}
-    return {"isp_clc": {
-        "clc_ctrl2": {"manual_clk_en": 0},
-        "part_size": {"h": PART_W, "v": PART_H},
-        "offset": {"val0": 0, "val1": 0},
-        "clc_ctrl1": {"mode": 0},
-        "hr_lpf0": {"val0": 0, "val1": 0, "val2": fixed(1.0, 7)},  # pass-through filter
-        "hr_lpf1": {"val0": 0, "val1": 0},
-        "clc_ctrl0": {"sat_mit_enable": 0},
-        "matrix_list": matrix_list,
-        "sat_mit_ratio_lower_lut0": dict(unit), "sat_mit_ratio_lower_lut1": dict(unit),
-        "sat_mit_ratio_upper_lut0": dict(unit), "sat_mit_ratio_upper_lut1": dict(unit),
-        "lower_lut": [{"sat_mit_lower_lut": v} for v in lower],
-        "upper_lut": [{"sat_mit_upper_lut": v} for v in upper],
-        "sat_mit_lower_lut_slope0": dict(unit), "sat_mit_lower_lut_slope1": dict(unit),
-        "sat_mit_lower_lut_slope2": {"val0": fixed(1.0, 7)},
-        "sat_mit_upper_lut_slope0": dict(unit), "sat_mit_upper_lut_slope1": dict(unit),
-        "sat_mit_upper_lut_slope2": {"val0": fixed(1.0, 7)},
-    }}
+def dem(frame, col, row, channel):
+    return {
+        "clkgt_enable": 0xFFFF, "debug_en": 0, "wb_stat_enable": 1,
+        "wb_stat_roi.top": 0, "wb_stat_roi.bottom": PART_H - 1,
+        "wb_stat_roi.left": 0, "wb_stat_roi.right": PART_W - 1,
+        "wb_stat_mesh_block_start": [0, 0], "wb_stat_mesh_pos_start": [0, 0],
+        "wb_stat_slice_level": 255.0, "wb_stat_slice_sat_tp": 1,
+        "wb_stat_mesh_shape": [PART_W // 16, PART_H // 16],
+        "wbc_enable": 0, "wbc_mesh_block_start": [0, 0], "wbc_mesh_phase_start": [0, 0],
+        "wbc_mesh_pos_start": [0, 0], "wbc_mesh_step": [16.0 / PART_W, 16.0 / PART_H],
+        "gic_enable": 1, "grad_h_enable": 1, "gclip_level": 0.5,
+        "edge_enhance_enable": 1, "edge_enhance_ghv_level": 1.0, "edge_enhance_gpn_level": 1.0,
+        "edge_enhance_ghv_corner_min": 0.125, "edge_enhance_ghv_corner_slope": 1.0,
+        "edge_enhance_ghv_corner_offset": 0, "fc_cor0_enable": 1,
+        "offset_in": 0, "offset_out": 0, "bayer_pattern": 0,
+        "img_size_hsize": PART_W, "img_size_vsize": PART_H,
+        "pre_gamma_enable": 0, "mode": 0, "post_gamma_enable": 0,
+        "gradf_ratio": 0.5, "grad_hh_level": 1.0,
+        "ginterp_hf_ratio_x": 0.5, "ginterp_hf_ratio_pn": 0.5, "ginterp_hf_ratio_hv": 0.5,
+        "wbc_gain_lut_r": [1.0] * 64, "wbc_gain_lut_g": [1.0] * 64, "wbc_gain_lut_b": [1.0] * 64,
+        "gic_strength_lut": [0.5] * 9,
+        "gic_ct": [8.0 * k for k in range(9)] + [8.0 * k + 4 for k in range(9)],
+        "edge_enhance_level_lut": [1.0] * 18,
+        "fc_cor1_limit": 32.0, "fc_cor1_gain_safe": 1.0, "fc_cor1_gain": 1.0, "fc_cor1_th": 2.0,
+        "fc_cor2_inv_base_sat_level": 0.25, "fc_cor2_ratio_limit": [1.0, 1.0],
+        "sw_rd": 0, "sw_clr": 0,
+        "inv_noise_lut": [1.0 / (1 + k) for k in range(9)],
+        "gic_limit": [16.0] * 9,
+        "fc_cor_sat_lut": [16.0 * k for k in range(9)],
+    }
 
 
-# ---- gamma ------------------------------------------------------------------------------
+def clc(frame, col, row, channel):
+    # each matrix is 3 rows of (r, g, b, offset), the identity
+    identity = [1.0 if k in (0, 5, 10) else 0 for k in range(12)]
+    return {
+        "manual_clk_en": 0, "part_size_h": PART_W, "part_size_v": PART_H,
+        "offset_out": 0, "offset_in": 0, "mode": 0,
+        "hr_lpf": [0, 0, 1.0, 0, 0],  # pass-through filter
+        "sat_mit_enable": 0, "matrix_list": identity * 8,
+        "sat_mit_ratio_lower_lut": [1.0] * 8, "sat_mit_ratio_upper_lut": [1.0] * 8,
+        # knees on the identity line
+        "sat_mit_lower_lut_x": [16.0 * i for i in range(8)],
+        "sat_mit_lower_lut_y": [16.0 * i for i in range(8)],
+        "sat_mit_upper_lut_x": [36.0 * i for i in range(8)],
+        "sat_mit_upper_lut_y": [36.0 * i for i in range(8)],
+        "sat_mit_lower_lut_slope": [1.0] * 9, "sat_mit_upper_lut_slope": [1.0] * 9,
+    }
+
+
 def srgb(linear):
     if linear <= 0.0031308:
         return 12.92 * linear
     return 1.055 * linear ** (1 / 2.4) - 0.055
 
 
-def gamma(frame, col, row):
-    curve = [fixed(255.0 * srgb(i / 128.0), 4) for i in range(129)]  # u8.4
+def gamma(frame, col, row, channel):
     seed16, seed15 = dither_seeds(frame, 7)
-    return {"isp_gamma": {
-        "gamma": {"range_adjust_enable": 0, "mode": 0},
-        "dither": {"enable": 1, "seed_enable": 1},
-        "dither_pmask": {"val15": 0x7FFF, "val16": 0xFFFF},
-        "dither_seed": {"val15": seed15, "val16": seed16},
-        "gamma_offset": {"out": 0, "in": 0},
-        "grp0": [{"gam_lut": {"low": curve[2 * k], "high": curve[2 * k + 1]}}
-                 for k in range(64)],
-        "gam_lut_65": {"low": curve[128]},
-    }}
+    return {
+        "range_adjust_enable": 0, "mode": 0, "dither_enable": 1, "dither_seed_enable": 1,
+        "dither_pmask": [0xFFFF, 0x7FFF], "dither_seed": [seed16, seed15],
+        "offset_out": 0, "offset_in": 0,
+        "gam_lut": [255.0 * srgb(i / 128.0) for i in range(129)],
+    }
 
 
-# ---- colour space conversion ------------------------------------------------------------
-def csc(frame, col, row):
-    # BT.709 full range, s2.10: 1.0 = 1024
-    m = [[0.2126, 0.7152, 0.0722],
-         [-0.1146, -0.3854, 0.5],
-         [0.5, -0.4542, -0.0458]]
-    c = {"m%d%d" % (r, k): fixed(m[r][k], 10) for r in range(3) for k in range(3)}
-    taps = [0, -2, 9, 18, 9, -2, 0]  # s1.5 half-band chroma filter, sum 32 = 1.0
-    return {"isp_csc": {
-        "reg_csc_ctrl": {"cg_bypass": 0, "uv_seq_sel": 0},
-        "reg_csc_matrix_gp0": {"m00": c["m00"], "m01": c["m01"]},
-        "reg_csc_matrix_gp1": {"m02": c["m02"], "m10": c["m10"]},
-        "reg_csc_matrix_gp2": {"m11": c["m11"], "m12": c["m12"]},
-        "reg_csc_matrix_gp3": {"m20": c["m20"], "m21": c["m21"]},
-        "reg_csc_matrix_gp4": {"m22": c["m22"]},
-        "reg_csc_decimation_h01": {"val0": taps[0], "val1": taps[1]},
-        "reg_csc_decimation_h23": {"val2": taps[2], "val3": taps[3]},
-        "reg_csc_decimation_h45": {"val4": taps[4], "val5": taps[5]},
-        "reg_csc_decimation_h6": {"val6": taps[6]},
-        "reg_csc_decimation_v": {"val0": fixed(0.5, 1), "val1": fixed(0.5, 1)},
-        "reg_csc_mode": {"in": 0, "out": 1},
-        # chroma centred on 128, s8.2
-        "reg_csc_offset_gp0": {"out": 0, "in": 0},
-        "reg_csc_offset_gp1": {"out": fixed(128.0, 2), "in": 0},
-        "reg_csc_offset_gp2": {"out": fixed(128.0, 2), "in": 0},
-    }}
+def csc(frame, col, row, channel):
+    # BT.709 full range; chroma centred on 128
+    return {
+        "cg_bypass": 0, "uv_seq_sel": 0,
+        "matrix": [0.2126, 0.7152, 0.0722, -0.1146, -0.3854, 0.5, 0.5, -0.4542, -0.0458],
+        "decimation_h": [0, -2 / 32, 9 / 32, 18 / 32, 9 / 32, -2 / 32, 0],  # half-band, sum 1
+        "decimation_v": [0.5, 0.5], "input_type": 0, "output_type": 1,
+        "offset_out": [0, 128.0, 128.0], "offset_in": [0, 0, 0],
+    }
 
 
-# ---- dynamic range compression ----------------------------------------------------------
 COMPRESSION = 255.0  # mu-law style: y = log(1 + mu x) / log(1 + mu)
 
 
-def hdrc(frame, col, row):
-    curve = [int(round(65535 * math.log1p(COMPRESSION * i / 256) / math.log1p(COMPRESSION)))
-             for i in range(257)]
+def hdrc(frame, col, row, channel):
     seed0, seed1 = dither_seeds(frame, 11)
-    return {"isp_hdrc": {
-        "glb_ctrl": {"manual_clk_en": 0, "bayer_pat": 0},
-        "hdrc_ctrl": {"dither_seed_en": 1, "dither_en": 1},
-        "glb_val": {"affine_k": fixed(1.0, 9), "clip_level": fixed(1023.0, 6)},
-        "offset_in0": {"val": 0}, "offset_in1": {"val": 0},
-        "offset_in2": {"val": 0}, "offset_in3": {"val": 0},
-        "offset_out": {"val": 0},
-        "dither_seed": {"val0": seed0, "val1": seed1},
-        "dither_pmask": {"val_16bit": 0xFFFF, "val_15bit": 0x7FFF},
-        "lut_max": {"val": fixed(1023.0, 6)},
-        "hdrc_lut": curve,
-    }}
+    return {
+        "manual_clk_en": 0, "bayer_pat": 0, "dither_seed_enable": 1, "dither_enable": 1,
+        "affine_k": 1.0, "clip_level": 1023.0, "offset_in": [0] * 4, "offset_out": 0,
+        "dither_seed": [seed0, seed1], "dither_pmask_16bit": 0xFFFF,
+        "dither_pmask_15bit": 0x7FFF, "lut_max": 1023.0,
+        "hdrc_lut": [int(round(65535 * math.log1p(COMPRESSION * i / 256) /
+                               math.log1p(COMPRESSION))) for i in range(257)],
+    }
 
 
-def hidrc(frame, col, row):
-    # the inverse curve back to 20 bits
-    curve = [int(round(0xFFFFF * math.expm1(math.log1p(COMPRESSION) * i / 512) / COMPRESSION))
-             for i in range(513)]
-    return {"isp_hidrc": {
-        "affine_k": {"val": fixed(1.0, 11)},
-        "lut_inv_mode": {"val": 1},
-        "offset_in": {"val": 0},
-        "offset_out0": {"val": 0}, "offset_out1": {"val": 0},
-        "offset_out2": {"val": 0}, "offset_out3": {"val": 0},
-        "hidrc_lut": curve,
-    }}
+def hidrc(frame, col, row, channel):
+    return {
+        "affine_k": 1.0, "lut_inv_mode": 1, "offset_in": 0, "offset_out": [0] * 4,
+        # the inverse curve back to 20 bits
+        "hidrc_lut": [int(round(0xFFFFF * math.expm1(math.log1p(COMPRESSION) * i / 512) /
+                                COMPRESSION)) for i in range(513)],
+    }
 
 
-def unmapped(block):
-    return lambda frame, col, row, channel=0: {"isp_" + block: {}}
+# The blocks whose register map is not defined yet read nothing: their files hold the top key
+# with an empty object.
+SETTINGS = {"wbc": wbc, "blc": blc, "dpc": dpc, "lsc": lsc, "dem": dem, "clc": clc,
+            "gamma": gamma, "csc": csc, "hdrc": hdrc, "hidrc": hidrc}
 
 
 # ---- writing ----------------------------------------------------------------------------
@@ -403,29 +333,24 @@ def write(path, document):
         out.write(to_json(document) + "\n")
 
 
-SINGLE = {"wbc": wbc, "blc": blc, "lsc": lsc, "dem": dem, "clc": clc, "gamma": gamma,
-          "csc": csc, "hdrc": hdrc, "hidrc": hidrc}
-SINGLE.update({block: unmapped(block) for block in UNMAPPED_BLOCKS})
-CHANNELLED = {"blc": blc, "dpc": dpc, "bl_det": unmapped("bl_det")}
-
-
 def main(argv):
-    here = os.path.dirname(os.path.abspath(__file__))
-    out = argv[1] if len(argv) > 1 else os.path.join(here, "sample_case")
+    out = argv[1] if len(argv) > 1 else os.path.join(HERE, "sample_case")
     if os.path.isdir(os.path.join(out, "cfgs")):
         shutil.rmtree(os.path.join(out, "cfgs"))
-    for frame in range(FRAMES):
-        frame_dir = os.path.join(out, "cfgs", "f%d" % frame)
+    files = {}  # every register file pattern once, with its block and kind
+    for row in module_rows():
+        files.setdefault(row["file"], (row["block"], row.get("kind", "generic")))
+    for pattern, (block, kind) in sorted(files.items(), key=lambda item: item[1][0]):
+        settings = SETTINGS.get(block, lambda frame, col, row, channel: {})
         for index, col, row in partitions():
-            for block, make in sorted(SINGLE.items()):
-                write(os.path.join(frame_dir, "rtl_%s_p%d.json" % (block, index)),
-                      make(frame, col, row))
-            for block, make in sorted(CHANNELLED.items()):
-                for channel in range(CHANNELS):
-                    write(os.path.join(frame_dir, "rtl_%s_p%d_chn%d.json" % (block, index, channel)),
-                          make(frame, col, row, channel))
-    for index, _, _ in partitions():
-        write(os.path.join(out, "isp_nrlite_ptn_%d.json" % index), {"isp_nrlite": {}})
+            if kind == "pattern":  # one file per partition, beside the frames
+                write(pattern % (out, index), register_file(block, {}))
+                continue
+            for frame in range(FRAMES):
+                for channel in range(CHANNELS if kind == "channelled" else 1):
+                    where = (out, frame, index, channel)[:4 if kind == "channelled" else 3]
+                    write(pattern % where,
+                          register_file(block, settings(frame, col, row, channel)))
     return 0
 
 

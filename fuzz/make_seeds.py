@@ -24,12 +24,19 @@ FORMATS = ["s3.8", "S3.8", "u1.0", "u12", "u1.7", "s12", "s0.0", "3.8", "u4.8", 
 VALUES = [0, 1, -1, 255, -256, 300, 3000, -3000, 0x7FFFFFFF, -0x80000000]
 
 
-def module_patterns():
-    """(position, pattern, kind) of every module row of the module table, in catalogue order."""
+def module_rows():
+    """The columns of every module row of the module table, by name, in catalogue order."""
     text = open(os.path.join(HERE, "..", "modules", "modules.def")).read()
-    rows = re.findall(r'^ISP_MODULE\(\w+,\s*"\w+",\s*"([^"]+)",(?:[^,]*,){12}\s*(\w+),',
-                      text, re.M)
-    return [(i, pattern, kind) for i, (pattern, kind) in enumerate(rows)]
+    rows = []
+    for body in re.findall(r'^ISP_MODULE\(\w+,(.*?)\)$', text, re.M | re.S):
+        columns = re.findall(r'\.(\w+) = ("[^"]*"|\{[^}]*\}|[^,]+)', body)
+        rows.append({name: value.strip() for name, value in columns})
+    return rows
+
+
+def module_patterns():
+    """(position, pattern, kind) of every module row, in catalogue order."""
+    return [(i, row["file"].strip('"'), row["kind"]) for i, row in enumerate(module_rows())]
 
 
 def main():

@@ -67,21 +67,16 @@ const int k_banner_line = 400;
         return 0;                                                                              \
     }
 
-/* Only the modules that update their enable bit in sync have a sync operation. */
-#define ISP_SYNC_OP_in_sync(mod)                                      \
+/* Only the modules that update their enable bit in sync have a sync operation; the table says
+ * the same of every module. */
+#define ISP_WITH_SYNC(mod)                                            \
+    ISP_MODULE_OPS(mod)                                               \
     int32_t isp_##mod##_json_mod_sync(JsonModuleHandle *h) {          \
         return isp::module_sync(isp::row_of(isp::module_id::mod), h); \
-    }
-#define ISP_SYNC_OP_in_trigger(mod)
-#define ISP_SYNC_OP_none(mod)
-#define ISP_SYNC_SLOT_in_sync(mod) isp_##mod##_json_mod_sync
-#define ISP_SYNC_SLOT_in_trigger(mod) nullptr
-#define ISP_SYNC_SLOT_none(mod) nullptr
+    }                                                                 \
+    ISP_MODULE_REGISTER(mod, isp_##mod##_json_mod_sync)
+#define ISP_NO_SYNC(mod) ISP_MODULE_OPS(mod) ISP_MODULE_REGISTER(mod, nullptr)
 
 extern "C" {
-#define ISP_MODULE(mod, block, file, type, code0, code1, depth0, depth1, tag, arg, hw, alloc, \
-                   bypass, enable, where, ...)                                                \
-    ISP_MODULE_OPS(mod)                                                                       \
-    ISP_SYNC_OP_##where(mod) ISP_MODULE_REGISTER(mod, ISP_SYNC_SLOT_##where(mod))
-#include "modules/modules.def"
+ISP_JSON_MODULE_LIST(ISP_WITH_SYNC, ISP_NO_SYNC)
 }

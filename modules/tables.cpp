@@ -80,6 +80,62 @@ constexpr bool same(const char *a, const char *b) {
 
 const size_t k_none = static_cast<size_t>(-1);
 
+/* ---- source lines of the log calls -------------------------------------------------------- */
+/* the colour-correction module's, which every module but dehaze reports with */
+constexpr log_lines cc_lines = {
+    118, 120,               /* create: allocation, warning */
+    209, 217, 221,          /* deinit: invalid, regio destroy, destroy */
+    151, 163, 183, 190,     /* init: invalid, wrapper create, regio create, default setup */
+    244, 250, 255,          /* trigger: invalid, case path, trigger */
+    266,                    /* sync */
+    46,  47,  48,  52,  58, /* loader: handle, pipe, context, case path, grid */
+    94,  6,                 /* loader: first group push, step per group */
+    72,                     /* statistics buffer allocation */
+};
+constexpr log_lines dehaze_lines = {
+    132, 134, 223, 231, 235, 165, 177, 197, 204, 258, 264, 269, 280, 46, 47, 48, 52, 58, 94, 6, 72,
+};
+
+/* Status codes are written as the hardware documentation writes them. */
+constexpr int32_t code(uint32_t value) {
+    return static_cast<int32_t>(value);
+}
+
+/* ---- the module rows, by column name -------------------------------------------------------- */
+constexpr enable_update in_sync = enable_update::in_sync, in_trigger = enable_update::in_trigger,
+                        none  = enable_update::none;
+constexpr module_kind generic = module_kind::generic, statistics = module_kind::statistics,
+                      channelled = module_kind::channelled, pattern = module_kind::pattern;
+
+/* The catalogue columns of a module row, in the order the rows name them. Codes are written as
+ * the hardware documentation writes them, unsigned. */
+struct module_row {
+    const char *block;
+    const char *file;
+    uint32_t wrapper_type;
+    uint8_t block_code[2];
+    uint32_t depth[2];
+    uint32_t mem_tag;
+    uint32_t code_arg, code_hw, code_alloc;
+    uint8_t bypass_bit, enable_bit;
+    enable_update enable;
+    module_kind kind;
+    uint32_t code_grid     = 0;
+    bool trigger_noop      = false;
+    bool banner            = false;
+    const log_lines *lines = &cc_lines;
+    size_t pipeline;
+};
+
+constexpr module_row k_rows[] = {
+#define ISP_MODULE(mod, ...) module_row{__VA_ARGS__},
+#include "modules/modules.def"
+};
+
+constexpr const module_row &row_for(module_id id) {
+    return k_rows[static_cast<size_t>(id)];
+}
+
 /* ---- which module each row belongs to ----------------------------------------------------- */
 struct row_key {
     module_id module;
@@ -111,10 +167,6 @@ constexpr module_id k_stat_owners[] = {
 };
 constexpr row_key k_stat_address_keys[] = {
 #define ISP_STAT_ADDRESS(mod, member, table, offset) {module_id::mod, #member},
-#include "modules/modules.def"
-};
-constexpr const char *k_module_blocks[] = {
-#define ISP_MODULE(mod, block, ...) block,
 #include "modules/modules.def"
 };
 
@@ -154,18 +206,12 @@ constexpr size_t stat_index(module_id m) {
     return k_none;
 }
 
-constexpr size_t k_pipeline_positions[] = {
-#define ISP_MODULE(mod, block, file, type, code0, code1, depth0, depth1, tag, arg, hw, alloc, \
-                   bypass, enable, where, kind, grid, noop, banner, lines, pipeline)          \
-    pipeline,
-#include "modules/modules.def"
-};
 constexpr bool one_position_each() {
-    const size_t n = std::size(k_pipeline_positions);
+    const size_t n = std::size(k_rows);
     for (size_t i = 0; i < n; ++i) {
-        if (k_pipeline_positions[i] >= n) return false;
+        if (k_rows[i].pipeline >= n) return false;
         for (size_t j = i + 1; j < n; ++j)
-            if (k_pipeline_positions[i] == k_pipeline_positions[j]) return false;
+            if (k_rows[i].pipeline == k_rows[j].pipeline) return false;
     }
     return true;
 }
@@ -194,7 +240,7 @@ constexpr group_desc k_groups[] = {
 /* ---- converters --------------------------------------------------------------------------- */
 #define ISP_CONVERTER_ROW(mod, member, converter, raises)                            \
     {#converter,                                                                     \
-     k_module_blocks[static_cast<size_t>(module_id::mod)],                           \
+     row_for(module_id::mod).block,                                                  \
      k_groups[index_of(k_group_keys, module_id::mod, #member)].c_type,               \
      sizeof(frames::mod::member),                                                    \
      &k_groups[index_of(k_group_keys, module_id::mod, #member)],                     \
@@ -225,7 +271,7 @@ constexpr converter_desc k_spares[] = {
 };
 
 constexpr const char *k_blocks[] = {
-#define ISP_BLOCK(name) name,
+#define ISP_BLOCK(name) #name,
 #include "modules/modules.def"
 };
 
@@ -246,27 +292,6 @@ constexpr stat_buffer k_stat_buffers[] = {
 #include "modules/modules.def"
 };
 
-/* ---- source lines of the log calls -------------------------------------------------------- */
-/* the colour-correction module's, which every module but dehaze reports with */
-constexpr log_lines cc_lines = {
-    118, 120,               /* create: allocation, warning */
-    209, 217, 221,          /* deinit: invalid, regio destroy, destroy */
-    151, 163, 183, 190,     /* init: invalid, wrapper create, regio create, default setup */
-    244, 250, 255,          /* trigger: invalid, case path, trigger */
-    266,                    /* sync */
-    46,  47,  48,  52,  58, /* loader: handle, pipe, context, case path, grid */
-    94,  6,                 /* loader: first group push, step per group */
-    72,                     /* statistics buffer allocation */
-};
-constexpr log_lines dehaze_lines = {
-    132, 134, 223, 231, 235, 165, 177, 197, 204, 258, 264, 269, 280, 46, 47, 48, 52, 58, 94, 6, 72,
-};
-
-/* Status codes are written as the hardware documentation writes them. */
-constexpr int32_t code(uint32_t value) {
-    return static_cast<int32_t>(value);
-}
-
 }  // namespace
 
 /* ---- the catalogue ------------------------------------------------------------------------ */
@@ -280,27 +305,26 @@ constexpr int32_t code(uint32_t value) {
     }
 
 const module_desc k_modules[] = {
-#define ISP_MODULE(mod, block, file, type, code0, code1, depth0, depth1, tag, arg, hw, alloc,     \
-                   bypass, enable, where, kind, grid, noop, banner, lines, pipeline)              \
+#define ISP_MODULE(mod, ...)                                                                      \
     {#mod,                                                                                        \
-     block,                                                                                       \
-     file,                                                                                        \
-     type,                                                                                        \
-     {code0, code1},                                                                              \
-     {depth0, depth1},                                                                            \
-     tag,                                                                                         \
-     code(arg),                                                                                   \
-     code(hw),                                                                                    \
-     code(alloc),                                                                                 \
-     bypass,                                                                                      \
-     enable,                                                                                      \
-     enable_update::where,                                                                        \
-     module_kind::kind,                                                                           \
-     code(grid),                                                                                  \
-     noop,                                                                                        \
-     banner,                                                                                      \
-     &lines,                                                                                      \
-     pipeline,                                                                                    \
+     row_for(module_id::mod).block,                                                               \
+     row_for(module_id::mod).file,                                                                \
+     row_for(module_id::mod).wrapper_type,                                                        \
+     {row_for(module_id::mod).block_code[0], row_for(module_id::mod).block_code[1]},              \
+     {row_for(module_id::mod).depth[0], row_for(module_id::mod).depth[1]},                        \
+     row_for(module_id::mod).mem_tag,                                                             \
+     code(row_for(module_id::mod).code_arg),                                                      \
+     code(row_for(module_id::mod).code_hw),                                                       \
+     code(row_for(module_id::mod).code_alloc),                                                    \
+     row_for(module_id::mod).bypass_bit,                                                          \
+     row_for(module_id::mod).enable_bit,                                                          \
+     row_for(module_id::mod).enable,                                                              \
+     row_for(module_id::mod).kind,                                                                \
+     code(row_for(module_id::mod).code_grid),                                                     \
+     row_for(module_id::mod).trigger_noop,                                                        \
+     row_for(module_id::mod).banner,                                                              \
+     row_for(module_id::mod).lines,                                                               \
+     row_for(module_id::mod).pipeline,                                                            \
      ISP_OP_NAMES(mod),                                                                           \
      sizeof(frames::mod),                                                                         \
      {&k_groups[first_of(k_group_keys, module_id::mod)], count_of(k_group_keys, module_id::mod)}, \
@@ -320,9 +344,8 @@ namespace {
 ISP_JSON_MODULE_LIST(ISP_DECLARED_WITH_SYNC, ISP_DECLARED_NO_SYNC)
 #undef ISP_DECLARED_WITH_SYNC
 #undef ISP_DECLARED_NO_SYNC
-#define ISP_MODULE(mod, block, file, type, code0, code1, depth0, depth1, tag, arg, hw, alloc, \
-                   bypass, enable, where, ...)                                                \
-    static_assert(declares_sync_##mod == (enable_update::where == enable_update::in_sync),    \
+#define ISP_MODULE(mod, ...)                                                          \
+    static_assert(declares_sync_##mod == (row_for(module_id::mod).enable == in_sync), \
                   #mod ": a sync operation exactly when the enable bit follows in sync");
 #include "modules/modules.def"
 }  // namespace

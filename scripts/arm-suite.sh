@@ -16,10 +16,8 @@ jobs=$(nproc)
 
 "$root/scripts/deps.sh" build arm
 
-cmake -S "$root" -B "$build" -G Ninja -DISP_JSON_WERROR=ON \
-    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/arm-linux-gnueabihf.cmake"
-cmake --build "$build" -j"$jobs"
-ctest --test-dir "$build" --output-on-failure -j"$jobs"
+(cd "$root" && cmake --preset arm && cmake --build --preset arm -j"$jobs" &&
+    ctest --preset arm -j"$jobs")
 
 [ -n "$native" ] || exit 0
 native=$(cd "$native" && pwd)

@@ -11,11 +11,10 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 seconds=${1:-25}
 build=${BUILD_DIR:-$root/build-fuzz}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build fuzz
-cmake -S "$root" -B "$build" -G Ninja -DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14 \
-    -DISP_JSON_SANITIZE=ON -DISP_JSON_BUILD_FUZZ=ON -DISP_JSON_BUILD_TESTS=OFF \
-    -DISP_JSON_BUILD_TOOLS=OFF
+(cd "$root" && cmake --preset fuzz -B "$build")
 cmake --build "$build" -j"$(nproc)" --target fuzz_converters fuzz_fixed_point fuzz_case_loader
 
 seeds=$build/fuzz-seeds

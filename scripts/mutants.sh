@@ -10,12 +10,13 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build-mutants}
+build=$(realpath -m "$build")  # the presets run from the project root
 list=${1:-$root/tests/mutants.txt}
 tool=$root/../shared/tools/mutants.py
 [ -f "$tool" ] || { echo "mutants.sh: $tool not found" >&2; exit 2; }
 
 "$root/scripts/deps.sh" build
-cmake -S "$root" -B "$build" -G Ninja -DISP_JSON_WERROR=OFF >/dev/null
+(cd "$root" && cmake --preset mutants -B "$build") >/dev/null
 cmake --build "$build" -j"$(nproc)" >/dev/null
 ctest --test-dir "$build" -j"$(nproc)" >/dev/null || { echo "mutants.sh: the suite fails unchanged" >&2; exit 1; }
 

@@ -7,9 +7,10 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build
-cmake -S "$root" -B "$build" -G Ninja 1>&2
+(cd "$root" && cmake --preset native -B "$build") 1>&2
 cmake --build "$build" --target isp-case -j"$(nproc)" 1>&2
 cd "$root"
 exec "$build/tools/isp-case" replay examples/sample_case "$@"

@@ -17,10 +17,10 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 frames=${1:-1000}
 rounds=${2:-5}
 build=${BUILD_DIR:-$root/build-bench}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build bench
-cmake -S "$root" -B "$build" -G Ninja -DISP_JSON_BUILD_BENCH=ON -DISP_JSON_BUILD_TOOLS=ON \
-    -DISP_JSON_BUILD_TESTS=OFF >/dev/null
+(cd "$root" && cmake --preset bench -B "$build") >/dev/null
 cmake --build "$build" --target isp-case isp_json_bench -j"$(nproc)" >&2
 
 tool=$build/tools/isp-case

@@ -6,10 +6,11 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
+build=$(realpath -m "$build")  # the presets run from the project root
 out=$(mkdir -p "${1:-$build/report-smoke}" && cd "${1:-$build/report-smoke}" && pwd)
 
 "$root/scripts/deps.sh" build report
-cmake -S "$root" -B "$build" -G Ninja >/dev/null
+(cd "$root" && cmake --preset native -B "$build") >/dev/null
 cmake --build "$build" --target isp-case -j2 >/dev/null
 tool="$build/tools/isp-case"
 

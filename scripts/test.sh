@@ -17,9 +17,8 @@ stage() { printf '\n=== %s\n' "$*"; }
 
 stage "native build and test suite"
 "$root/scripts/deps.sh" build
-cmake -S "$root" -B "$root/build" -G Ninja -DISP_JSON_WERROR=ON
-cmake --build "$root/build" -j"$jobs"
-ctest --test-dir "$root/build" --output-on-failure -j"$jobs"
+(cd "$root" && cmake --preset native && cmake --build --preset native -j"$jobs" &&
+    ctest --preset native -j"$jobs")
 [ "${1:-}" = "--quick" ] && exit 0
 
 stage "source formatting (clang-format --dry-run --Werror)"

@@ -8,14 +8,12 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build-tsan}
+build=$(realpath -m "$build")  # the presets run from the project root
 jobs=$(nproc)
 
 "$root/scripts/deps.sh" build
-# -O1 and line tables only, as the AddressSanitizer build: the reports keep file and line.
-cmake -S "$root" -B "$build" -G Ninja -DISP_JSON_SANITIZE=thread -DISP_JSON_WERROR=ON \
-    -DISP_JSON_BUILD_TOOLS=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG"
+# The preset builds at -O1 with line tables only, as the AddressSanitizer build; its test preset
+# halts on the first report and runs the threading test's cases alone.
+(cd "$root" && cmake --preset tsan -B "$build")
 cmake --build "$build" -j"$jobs" --target test_threads
-
-export TSAN_OPTIONS=${TSAN_OPTIONS:-halt_on_error=1:second_deadlock_stack=1}
-ctest --test-dir "$build" --output-on-failure -R '^test_threads$'
+(cd "$root" && ctest --preset tsan --test-dir "$build")

@@ -11,9 +11,10 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 frames=${1:-3}
 build=${BUILD_DIR:-$root/build}
+build=$(realpath -m "$build")  # the presets run from the project root
 
 "$root/scripts/deps.sh" build valgrind
-cmake -S "$root" -B "$build" -G Ninja >/dev/null
+(cd "$root" && cmake --preset native -B "$build") >/dev/null
 cmake --build "$build" --target isp-case -j"$(nproc)"
 
 report=$build/valgrind-replay.txt

@@ -87,10 +87,16 @@ TEST(Dem, CaseConvertsExportsAndReplays) {
 }
 
 /* An array group's messages name only register and field; a missing field or element (a group
- * shorter than its table) zeroes only its own entries. */
+ * shorter than its table) zeroes only its own entries. The red gains are read whole before the
+ * green ones, so red's last element fails before green's sixth. */
 TEST(Dem, ArrayGroupsFailOnlyTheMissingEntries) {
     picojson::object root = isp_test::data_object("dem/rtl_dem_p0.json");
     picojson::object &top = root["isp_dem"].get<picojson::object>();
+    top["wbc_gain_lut_r"]
+        .get<picojson::array>()[15]
+        .get<picojson::object>()["wbc_gain_r"]
+        .get<picojson::object>()
+        .erase("lut3");
     top["wbc_gain_lut_g"]
         .get<picojson::array>()[5]
         .get<picojson::object>()["wbc_gain_g"]
@@ -99,12 +105,13 @@ TEST(Dem, ArrayGroupsFailOnlyTheMissingEntries) {
     top["gic_ct_lut"].get<picojson::array>().pop_back();
     const isp_test::conversion w = isp_test::convert_named("rtl_to_drv_dem_user_wbc", root, 0, 9);
     const isp_test::conversion g = isp_test::convert_named("rtl_to_drv_dem_user_gic", root, 0, 9);
-    EXPECT_EQ(w.lines, isp_test::failed({{"wbc_gain_g", {"lut2"}}}));
+    EXPECT_EQ(w.lines, isp_test::failed({{"wbc_gain_r", {"lut3"}}, {"wbc_gain_g", {"lut2"}}}));
     EXPECT_EQ(g.lines, isp_test::failed({{"gic_ct", {"lut0", "lut1"}}}));
     _isp_dem_user_wbc_t wbc;
     _isp_dem_user_gic_t gic;
     isp_test::copy_bytes(w.bytes, wbc);
     isp_test::copy_bytes(g.bytes, gic);
+    EXPECT_EQ(wbc.wbc_gain_lut_r[63], 0u);
     EXPECT_EQ(wbc.wbc_gain_lut_g[21], 179u);
     EXPECT_EQ(wbc.wbc_gain_lut_g[22], 0u);
     EXPECT_EQ(wbc.wbc_gain_lut_g[23], 177u);

@@ -1,6 +1,7 @@
-/* The rows that describe a hand-written reader are what tools know of the fields it reads: every
- * described field must be read, into the member and element the row names, and nothing else.
- * Each reader gets a register file holding a distinct value at every described field; it must
+/* Every row of every block map is what tools know of the field it reads: run through the
+ * converter of its group (the rows themselves, an interleave, or a hand-written reader), every
+ * described field must be read into the member and element the row names, and nothing else.
+ * Each group gets a register file holding a distinct value at every described field; it must
  * print nothing and fill exactly what the rows say. Field values are negative: an unsigned
  * format encodes the magnitude and a signed one the two's complement, so a row of the wrong sign
  * shows. */
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "convert/common/register_map.h"
+#include "isp_json_utils.h"
 #include "modules/tables.h"
 #include "tests/support/block_case.h"
 #include "tests/support/test_support.h"
@@ -32,18 +34,20 @@ picojson::value &item_in(picojson::value &slot, size_t index) {
     return items[index];
 }
 
-const isp::struct_desc &struct_of(const isp::block_map &map, const char *group) {
-    for (size_t i = 0; i < map.struct_count; ++i)
-        if (strcmp(map.structs[i].group, group) == 0) return map.structs[i];
-    ADD_FAILURE() << map.block << ": no structure for group " << group;
-    return map.structs[0];
+/* Where a register file holds index `index` of a row's path. */
+picojson::value &slot_of(picojson::object &top, const isp::field_row &row, uint32_t index) {
+    const std::string array(row.keys.array), reg(row.keys.reg), field(row.keys.field);
+    if (row.kind == isp::row_kind::table)
+        return item_in(reg.empty() ? top[field] : object_in(top[reg])[field], index);
+    picojson::object &holder = array.empty() ? top : object_in(item_in(top[array], index));
+    return reg.empty() ? holder[field] : object_in(holder[reg])[field];
 }
 
-void check_hand_reader(const isp::block_map &map, const isp::field_row *hand, uint8_t partition) {
-    SCOPED_TRACE(std::string(map.block) + " " + hand->group + " " + hand->note);
+void check_group(const isp::block_map &map, const isp::struct_desc &layout, uint8_t partition) {
+    SCOPED_TRACE(std::string(map.block) + " " + layout.group + " partition " +
+                 std::to_string(partition));
     picojson::object root;
-    picojson::object &top          = object_in(root[map.top_key]);
-    const isp::struct_desc &layout = struct_of(map, hand->group);
+    picojson::object &top = object_in(root[map.top_key]);
     std::vector<uint8_t> expected(layout.size), filled(layout.size);
     /* A member that holds a pointer leads to an array the caller provides: rows on it describe
      * that array's elements. */
@@ -59,61 +63,38 @@ void check_hand_reader(const isp::block_map &map, const isp::field_row *hand, ui
         memcpy(expected.data() + layout.members[i].offset, &array, sizeof array);
     }
     int value = 0;
-    for (const isp::field_row *row = hand + 1; row->kind != isp::read_kind::hand_end; ++row) {
-        const uint32_t first = row->element == isp::part_element ? partition : row->element;
-        const bool table     = row->kind == isp::read_kind::table;
-        const bool each      = table || row->kind == isp::read_kind::group_each ||
-                          row->kind == isp::read_kind::element_each;
-        for (uint32_t k = 0; k < (each ? row->index : 1); ++k) {
-            const uint32_t index = each ? k : row->index;
-            picojson::value *slot;
-            switch (row->kind) {
-                case isp::read_kind::field:
-                    slot = &object_in(top[row->reg])[row->field];
-                    break;
-                case isp::read_kind::group_field:
-                case isp::read_kind::group_each:
-                    slot = &object_in(
-                        object_in(item_in(top[row->array], index))[row->reg])[row->field];
-                    break;
-                case isp::read_kind::element:
-                case isp::read_kind::element_each:
-                    slot = &object_in(item_in(top[row->array], index))[row->field];
-                    break;
-                case isp::read_kind::table:
-                    slot = &item_in(
-                        row->reg ? object_in(top[row->reg])[row->field] : top[row->field], index);
-                    break;
-                default:
-                    FAIL() << "a row kind a hand-written reader is not described with";
-            }
+    for (size_t r = 0; r < map.row_count; ++r) {
+        const isp::field_row &row = map.rows[r];
+        if (strcmp(row.group, layout.group) != 0) continue;
+        if (row.kind != isp::row_kind::read && row.kind != isp::row_kind::table) continue;
+        const bool table = row.kind == isp::row_kind::table;
+        for (uint32_t i = row.keys.first; i < row.keys.first + row.keys.count; ++i) {
             /* a table holds raw numbers, which saturate below zero */
             ++value;
-            *slot                 = picojson::value(static_cast<double>(table ? value : -value));
+            slot_of(top, row, i)  = picojson::value(static_cast<double>(table ? value : -value));
             uint8_t *target       = expected.data();
-            isp::member_ref where = row->member;
+            isp::member_ref where = row.member;
             for (size_t p = 0; p < pointer_offsets.size(); ++p)
                 if (pointer_offsets[p] == where.offset) target = expected_arrays[p].data();
             if (target != expected.data()) where.offset = 0;
-            isp::store_code(target, where, first + k * row->step,
-                            table ? value : sign_to_regval(-value, row->format));
+            isp::store_code(target, where, isp::element_of(row, i, partition),
+                            table ? value : sign_to_regval(-value, row.format));
         }
     }
-    ASSERT_GT(value, 0) << "no rows describe the reader";
-    const isp::field_reader f(root, map.top_key);
-    EXPECT_EQ(isp_test::stderr_of([&] { hand->by(f, filled.data(), partition); }), "");
+    if (value == 0) return;
+    EXPECT_EQ(isp_test::stderr_of(
+                  [&] { isp::read_rows(map, layout.group, root, filled.data(), partition); }),
+              "");
     EXPECT_EQ(filled, expected);
     EXPECT_EQ(filled_arrays, expected_arrays);
 }
 
-TEST(RegisterMaps, HandWrittenReadersReadExactlyTheirDescribedRows) {
+TEST(RegisterMaps, EveryRowReadsItsPathIntoItsElement) {
     size_t count;
     const isp::block_map *const *maps = isp::block_maps(&count);
     for (size_t m = 0; m < count; ++m)
-        for (size_t r = 0; r < maps[m]->row_count; ++r)
-            if (maps[m]->rows[r].kind == isp::read_kind::hand_begin)
-                for (uint8_t partition : {0, 3})
-                    check_hand_reader(*maps[m], &maps[m]->rows[r], partition);
+        for (size_t s = 0; s < maps[m]->struct_count; ++s)
+            for (uint8_t partition : {0, 3}) check_group(*maps[m], maps[m]->structs[s], partition);
 }
 
 /* A file without the top key: every converter that reads fields reports each and stores the

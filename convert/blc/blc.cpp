@@ -1,5 +1,5 @@
 /* Converters and exporters of the black level and linearisation block: every field and plain key
- * is a row of blc.def; the knot pairs and the crossed and two-level exports are written here. */
+ * is a row of blc.def; the crossed and two-level exports are written here. */
 #include "blocks/blc.h"
 
 #include <stddef.h>
@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "convert/common/cmodel_writer.h"
-#include "convert/common/field_reader.h"
 #include "convert/common/register_map.h"
 
 namespace isp {
@@ -15,32 +14,6 @@ extern const block_map blc_map;
 }
 
 namespace {
-
-const char *const y_group[BLC_CHANNELS]    = {"grp1", "grp2", "grp3", "grp4"};
-const char *const y_register[BLC_CHANNELS] = {"lin_lut_y0", "lin_lut_y1", "lin_lut_y2",
-                                              "lin_lut_y3"};
-
-/* The knots of one table held in its group, knot i stored at knot[i * stride]. Each element of
- * the group carries two knots seven apart, knot k in "low" and knot k + 7 in "high", and the
- * high half is read first. */
-void read_knot_pairs(const isp::field_reader &f, const char *group, const char *reg, uint16_t *knot,
-                     size_t stride) {
-    for (size_t k = 0; k < BLC_LIN_KNOT_PAIRS; ++k) {
-        knot[(k + BLC_LIN_KNOT_PAIRS) * stride] = f.read(group, k, reg, "high", "u8.6");
-        knot[k * stride]                        = f.read(group, k, reg, "low", "u8.6");
-    }
-}
-
-void read_x_knot_pairs(const isp::field_reader &f, void *out, uint8_t) {
-    read_knot_pairs(f, "grp0", "lin_lut_x", static_cast<_isp_blc_user_lin_t *>(out)->lin_lut_x, 1);
-}
-
-/* Channel c of lin_lut_y, which is knot-major. */
-template <size_t C>
-void read_y_knot_pairs(const isp::field_reader &f, void *out, uint8_t) {
-    read_knot_pairs(f, y_group[C], y_register[C],
-                    &static_cast<_isp_blc_user_lin_t *>(out)->lin_lut_y[C], BLC_CHANNELS);
-}
 
 /* The dither words are stored 16-bit word first but exported 15-bit word first. */
 void write_dither_words(picojson::object &out, const char *key,

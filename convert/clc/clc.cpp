@@ -1,5 +1,5 @@
 /* Converters and exporters of the colour correction block: the fields and keys are rows of
- * clc.def; the partition sizes and the matrix passes are read here. */
+ * clc.def; the partition sizes are read here. */
 #include "blocks/clc.h"
 
 #include <stddef.h>
@@ -12,26 +12,12 @@ extern const block_map clc_map;
 
 namespace {
 
-const char *const matrix_register[CLC_MATRIX_COUNT] = {
-    "matrix_list0", "matrix_list1", "matrix_list2", "matrix_list3",
-    "matrix_list4", "matrix_list5", "matrix_list6", "matrix_list7"};
-
+/* No row can store these: the structure holds pointers to arrays the module provides beside it,
+ * and the partition's sizes go into those arrays. */
 void read_part_sizes(const isp::field_reader &f, void *out, uint8_t partition) {
     _isp_clc_user_init_t *init   = static_cast<_isp_clc_user_init_t *>(out);
     init->part_size_h[partition] = f.read("part_size", "h", "u14");
     init->part_size_v[partition] = f.read("part_size", "v", "u14");
-}
-
-/* Each element of "matrix_list" carries coefficient k of every matrix in "val0" and
- * coefficient k + 6 in "val1"; the second half is read first. */
-void read_matrix_list(const isp::field_reader &f, void *out, uint8_t) {
-    uint16_t(*matrix)[CLC_MATRIX_COEFFS] = static_cast<_isp_clc_user_clc_t *>(out)->matrix_list;
-    for (size_t k = 0; k < CLC_MATRIX_PASSES; ++k) {
-        for (size_t n = 0; n < CLC_MATRIX_COUNT; ++n) {
-            matrix[n][k + 6] = f.read("matrix_list", k, matrix_register[n], "val1", "s3.8");
-            matrix[n][k]     = f.read("matrix_list", k, matrix_register[n], "val0", "s3.8");
-        }
-    }
 }
 
 }  // namespace

@@ -3,27 +3,22 @@
 
 #include <string.h>
 
-#include "convert/common/block_list.h"
 #include "convert/common/cmodel_writer.h"
 
 namespace isp {
 
-#define ISP_DECLARE_MAP(blk) extern const block_map blk##_map;
-ISP_BLOCK_LIST(ISP_DECLARE_MAP)
-#undef ISP_DECLARE_MAP
+#define ISP_BLOCK(blk) extern const block_map blk##_map;
+#include "modules/modules.def"
 
 namespace {
 
-#define ISP_MAP_ADDRESS(blk) &blk##_map,
-const block_map *const all_maps[] = {ISP_BLOCK_LIST(ISP_MAP_ADDRESS)};
-#undef ISP_MAP_ADDRESS
+const block_map *const all_maps[] = {
+#define ISP_BLOCK(blk) &blk##_map,
+#include "modules/modules.def"
+};
 
 unsigned char *element_at(void *base, const member_ref &m, uint32_t element) {
     return static_cast<unsigned char *>(base) + m.offset + static_cast<size_t>(element) * m.stride;
-}
-
-uint32_t element_of(uint32_t element, uint8_t partition) {
-    return element == part_element ? partition : element;
 }
 
 /* The rows of one group are contiguous; returns the first, or the end. */
@@ -99,47 +94,45 @@ void store_code(void *base, const member_ref &m, uint32_t element, uint32_t code
     }
 }
 
+namespace {
+
+void read_at(const field_reader &f, const field_row &row, uint32_t index, void *out,
+             uint8_t partition) {
+    const uint32_t code = row.kind == row_kind::table ? f.raw_number(row.keys, index)
+                                                      : f.read(row.keys, index, row.fixed);
+    store_code(out, row.member, element_of(row, index, partition), code);
+}
+
+}  // namespace
+
 void read_rows(const block_map &map, const char *group, picojson::object &root, void *out,
                uint8_t partition) {
     const field_reader f(root, map.top_key);
     const field_row *end = map.rows + map.row_count;
     for (const field_row *row = first_row(map, group); row != end && strcmp(row->group, group) == 0;
          ++row) {
-        const member_ref &m    = row->member;
-        const uint32_t element = element_of(row->element, partition);
+        const field_row *close = row;
         switch (row->kind) {
-            case read_kind::field:
-                store_code(out, m, element, f.read(row->reg, row->field, row->format));
+            case row_kind::read:
+            case row_kind::table:
+                for (uint32_t i = row->keys.first; i < row->keys.first + row->keys.count; ++i)
+                    read_at(f, *row, i, out, partition);
                 break;
-            case read_kind::group_field:
-                store_code(out, m, element,
-                           f.read(row->array, row->index, row->reg, row->field, row->format));
+            case row_kind::interleave: {
+                while (close->kind != row_kind::end) ++close;
+                const register_keys &range = row[1].keys;
+                for (uint32_t i = range.first; i < range.first + range.count; ++i)
+                    for (const field_row *r = row + 1; r != close; ++r)
+                        read_at(f, *r, i, out, partition);
+                row = close;
                 break;
-            case read_kind::group_each:
-                for (uint32_t k = 0; k < row->index; ++k)
-                    store_code(out, m, element + k * row->step,
-                               f.read(row->array, k, row->reg, row->field, row->format));
-                break;
-            case read_kind::element:
-                store_code(out, m, element,
-                           f.read_element(row->array, row->index, row->field, row->format));
-                break;
-            case read_kind::element_each:
-                for (uint32_t k = 0; k < row->index; ++k)
-                    store_code(out, m, element + k * row->step,
-                               f.read_element(row->array, k, row->field, row->format));
-                break;
-            case read_kind::table:
-                for (uint32_t k = 0; k < row->index; ++k)
-                    store_code(out, m, element + k * row->step,
-                               row->reg ? f.raw_number(row->reg, row->field, k)
-                                        : f.raw_number(row->field, k));
-                break;
-            case read_kind::hand_begin:
+            }
+            case row_kind::hand:
                 row->by(f, out, partition);
-                while (row + 1 != end && row[1].kind != read_kind::hand_end) ++row;
+                while (close->kind != row_kind::end) ++close;
+                row = close;
                 break;
-            case read_kind::hand_end:
+            case row_kind::end:
                 break;
         }
     }
@@ -153,14 +146,14 @@ void export_rows(const block_map &map, const char *group, const void *in, picojs
         if (strcmp(row.group, group) != 0) continue;
         if (row.count == 0) {
             w.value(row.key, load_code(in, row.member, row.per_partition ? partition : 0),
-                    row.format);
+                    row.fixed);
             continue;
         }
         /* a per-partition array of rows exports the partition's row */
         const uint32_t first = row.per_partition ? partition * row.count : 0;
         std::vector<uint32_t> codes(row.count);
         for (uint32_t k = 0; k < row.count; ++k) codes[k] = load_code(in, row.member, first + k);
-        w.array(row.key, codes.data(), codes.size(), row.format);
+        w.array(row.key, codes.data(), codes.size(), row.fixed);
     }
 }
 
@@ -169,7 +162,7 @@ const field_row *member_row(const block_map &map, const struct_desc &type, const
     const uint32_t end = m.offset + (m.count - 1) * m.stride + m.elem_size;
     for (size_t i = 0; i < map.row_count; ++i) {
         const field_row &row = map.rows[i];
-        if (row.kind == read_kind::hand_begin || row.kind == read_kind::hand_end) continue;
+        if (row.kind != row_kind::read && row.kind != row_kind::table) continue;
         if (strcmp(row.group, type.group) != 0) continue;
         const uint32_t at = row.member.offset;
         /* a record's other sub-members lie between the elements of this one */
@@ -184,24 +177,7 @@ const char *member_format(const block_map &map, const struct_desc &type, const m
 }
 
 std::string register_path(const block_map &map, const field_row &row) {
-    const std::string all = row.index ? "[0.." + std::to_string(row.index - 1) + "]" : "[]";
-    std::string path      = map.top_key;
-    switch (row.kind) {
-        case read_kind::group_field:
-        case read_kind::element:
-            path += std::string(".") + row.array + "[" + std::to_string(row.index) + "]";
-            break;
-        case read_kind::group_each:
-        case read_kind::element_each:
-            path += std::string(".") + row.array + all;
-            break;
-        default:
-            break;
-    }
-    if (row.reg) path += std::string(".") + row.reg;
-    if (row.field) path += std::string(".") + row.field;
-    if (row.kind == read_kind::table) path += all;
-    return path;
+    return std::string(map.top_key) + "." + row.path;
 }
 
 }  // namespace isp

@@ -2,25 +2,29 @@
  * convert/<blk>/<blk>.def:
  *   - the layout of each driver structure: every member in memory order;
  *   - its register map: one row per field the converters read, in read order, naming the member
- *     and element the field lands in, the register (with its array group and index where there
- *     is one), the field and the fixed-point format;
- *   - the plain keys of its C-model exporters.
- * The converters run their rows through read_rows(); reads the rows cannot express (packing,
- * loops of another shape) are hand-written functions that the rows name in their `by` column, so
- * the table still lists every field such a function reads. The tool, the simulated platform, the
- * fuzzers and the benchmarks read the same rows through find_block_map() and find_struct(). */
+ *     and element the field lands in, the register path as the register files spell it and the
+ *     fixed-point format;
+ *   - the C-model keys that differ from the member names.
+ * The converters run their rows through read_rows(), interleaved brackets included; the two
+ * reads rows cannot express are hand-written functions named by a bracket row, followed by rows
+ * listing every field such a function reads. The tool, the simulated platform, the fuzzers and
+ * the benchmarks read the same rows through find_block_map() and find_struct(). */
 #ifndef ISP_CONVERT_REGISTER_MAP_H
 #define ISP_CONVERT_REGISTER_MAP_H
 
 #include <stddef.h>
 #include <stdint.h>
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include <picojson.h>
 
 #include "convert/common/field_reader.h"
+#include "convert/common/fixed_format.h"
+#include "isp_framework.h"
 
 namespace isp {
 
@@ -46,19 +50,17 @@ struct struct_desc {
     uint32_t member_count;
 };
 
-/* Where in a register file a row reads, relative to the block's top key. */
-enum class read_kind : uint8_t {
-    field,        /* top / reg / field */
-    group_field,  /* top / array [index] / reg / field */
-    group_each,   /* the same for every index below count, into element first + k * step */
-    element,      /* top / array [index] / field */
-    element_each, /* the same for every index below count, into element first + k * step */
-    table,        /* top / [reg /] field [k] for k below count: raw numbers, saturated */
-    hand_begin,   /* a hand-written reader reads the rows up to hand_end */
-    hand_end,
+/* What a row of a register table is. */
+enum class row_kind : uint8_t {
+    read,       /* fixed-point fields at the row's register path, into the member */
+    table,      /* raw numbers of a curve or mesh, saturated; a failure is not caught */
+    interleave, /* the read rows up to the next end run index by index: every row's first index,
+                 * then every row's second, ... */
+    hand,       /* a hand-written reader reads what the rows up to the next end describe */
+    end,
 };
 
-/* Reads a quirk the rows cannot express; called once, at the first row that names it. */
+/* Reads a quirk the rows cannot express; called once, where its bracket opens. */
 using hand_reader = void (*)(const field_reader &f, void *out, uint8_t partition);
 
 /* The element a row writes. For a member that holds a pointer, its size and sign are those of
@@ -71,23 +73,26 @@ struct member_ref {
     bool is_signed;
 };
 
-/* Element index of a per-partition member: the partition being converted. */
-constexpr uint32_t part_element = UINT32_MAX;
-
 struct field_row {
-    read_kind kind;
+    row_kind kind;
     const char *group; /* converter group */
     member_ref member;
-    uint32_t element;  /* (first) element written; part_element for the partition's */
-    uint32_t step;     /* each and table rows: from one element written to the next */
-    const char *array; /* register group array or element array; nullptr when none */
-    uint32_t index;    /* in that array; for each and table rows the number of entries */
-    const char *reg;   /* nullptr for elements and top-level tables */
-    const char *field; /* field, or the key of a table */
+    uint32_t element;   /* written by index 0 of the path's array (or by the path without one), in
+                         * partition 0 */
+    uint32_t step;      /* from the element of one index to that of the next */
+    uint32_t part_step; /* from one partition's element to the next's; 0: not per partition */
+    const char *path;   /* as the table writes it */
+    register_keys keys;
     const char *format;
-    hand_reader by;   /* hand_begin: the reader */
-    const char *note; /* hand_begin: what the reader does that rows cannot */
+    fixed_format fixed; /* format, parsed */
+    hand_reader by;     /* hand: the reader */
+    const char *note;   /* hand: what the reader does that rows cannot */
 };
+
+/* The element a row writes when it reads `index` of its path's array for a partition. */
+constexpr uint32_t element_of(const field_row &row, uint32_t index, uint8_t partition) {
+    return row.element + index * row.step + partition * row.part_step;
+}
 
 /* A key an exporter writes from one member: a value for a scalar, an array of every element in
  * index order otherwise, the partition's element for a per-partition member (the partition's row,
@@ -99,6 +104,7 @@ struct export_row {
     uint32_t count; /* elements exported as an array (of a row, if per partition); 0: a value */
     bool per_partition;
     const char *format;
+    fixed_format fixed;
 };
 
 struct block_map {
@@ -136,8 +142,8 @@ void store_code(void *base, const member_ref &m, uint32_t element, uint32_t code
 const field_row *member_row(const block_map &map, const struct_desc &type, const member_desc &m);
 /* The fixed-point format of a member, nullptr when no row reads it. */
 const char *member_format(const block_map &map, const struct_desc &type, const member_desc &m);
-/* Where a row reads, as text: "isp_wbc.wb_gain0.val1", "isp_dem.win[3].size.h",
- * "isp_gamma.lut[0..128]" (an each or table row reads every index of the range). */
+/* Where a row reads, as text: the top key and the row's path, "isp_wbc.wb_gain0.val1",
+ * "isp_blc.grp0[0..6].lin_lut_x.high" (a range reads every index). */
 std::string register_path(const block_map &map, const field_row &row);
 
 /* ---- building blocks of the .def files ------------------------------------------------------ */
@@ -199,6 +205,246 @@ constexpr bool covers(const member_span (&spans)[N], const char *group, uint32_t
     }
     return any && at <= size && size - at < align;
 }
+/* ---- the rows, built and checked at compile time ---- */
+
+/* Where a read row writes: base + k * index + part * partition, in rows of the member. */
+struct element_expr {
+    uint32_t base, k, part;
+};
+constexpr element_expr k{0, 1, 0};
+constexpr element_expr per_part{0, 0, 1};
+constexpr element_expr operator+(element_expr e, uint32_t n) {
+    return {e.base + n, e.k, e.part};
+}
+constexpr element_expr operator+(uint32_t n, element_expr e) {
+    return e + n;
+}
+constexpr element_expr operator*(uint32_t n, element_expr e) {
+    return {n * e.base, n * e.k, n * e.part};
+}
+constexpr element_expr element_expr_of(element_expr e) {
+    return e;
+}
+constexpr element_expr element_expr_of(uint32_t n) {
+    return {n, 0, 0};
+}
+
+/* What a row on a member writes, and whether the member is an array. */
+struct member_target {
+    member_ref ref;
+    bool is_array;
+};
+
+/* A failed check stops the compilation at the row that fails it. */
+inline void row_error(const char *) {}
+#define ISP_DEF_CHECK(ok, what) (ok ? void() : row_error(what))
+
+constexpr uint32_t digits_at(const char *&at) {
+    uint32_t value = 0;
+    ISP_DEF_CHECK(*at >= '0' && *at <= '9', "a path index must be a number");
+    while (*at >= '0' && *at <= '9') value = value * 10 + uint32_t(*at++ - '0');
+    return value;
+}
+
+/* A key of a path, with the index or range that follows it; returns past its full stop. */
+struct path_piece {
+    std::string_view key;
+    bool indexed;
+    uint32_t first, count;
+};
+
+constexpr const char *piece_at(const char *at, path_piece *piece) {
+    const char *start = at;
+    while (*at && *at != '.' && *at != '[') ++at;
+    ISP_DEF_CHECK(at != start, "a path has an empty key");
+    *piece = {std::string_view(start, size_t(at - start)), false, 0, 1};
+    if (*at == '[') {
+        ++at;
+        piece->indexed = true;
+        piece->first   = digits_at(at);
+        uint32_t last  = piece->first;
+        if (at[0] == '.' && at[1] == '.') {
+            at += 2;
+            last = digits_at(at);
+        }
+        ISP_DEF_CHECK(*at == ']' && last >= piece->first, "a path index must be [n] or [a..b]");
+        piece->count = last - piece->first + 1;
+        ++at;
+    }
+    ISP_DEF_CHECK(*at == '\0' || *at == '.', "a path's keys are separated by full stops");
+    return *at ? at + 1 : at;
+}
+
+/* "reg.field", "array[i].reg.field", "array[i].field"; for tables "key[a..b]", "reg.key[a..b]". */
+constexpr register_keys parse_path(const char *path, bool table) {
+    path_piece piece[4] = {};
+    size_t n            = 0;
+    for (const char *at = path; *at;) {
+        ISP_DEF_CHECK(n < 3, "a path has at most three keys");
+        at = piece_at(at, &piece[n++]);
+    }
+    if (table) {
+        const path_piece &last = piece[n - 1];
+        ISP_DEF_CHECK(n <= 2 && last.indexed && !(n == 2 && piece[0].indexed),
+                      "a table path is key[a..b] or reg.key[a..b]");
+        return {{}, last.first, last.count, n == 2 ? piece[0].key : std::string_view(), last.key};
+    }
+    ISP_DEF_CHECK(n >= 2 && !piece[1].indexed && !(n == 3 && piece[2].indexed) &&
+                      (n == 2 || piece[0].indexed),
+                  "a field path is reg.field, array[i].reg.field or array[i].field");
+    if (!piece[0].indexed) return {{}, 0, 1, piece[0].key, piece[1].key};
+    return {piece[0].key, piece[0].first, piece[0].count,
+            n == 3 ? piece[1].key : std::string_view(), piece[n - 1].key};
+}
+
+constexpr fixed_format plain_format(const char *format) {
+    fixed_format parsed{};
+    ISP_DEF_CHECK(parse_plain_format(format, &parsed), "a row's format must be plain (u10.8, s3)");
+    return parsed;
+}
+
+/* The member of a group, by name ("locat.y" for a record's sub-member). */
+template <size_t N>
+constexpr uint32_t member_index(const member_desc (&members)[N], const member_span (&spans)[N],
+                                const char *group, const char *name) {
+    for (uint32_t i = 0; i + 1 < N; ++i)
+        if (same_name(spans[i].group, group) && same_name(members[i].name, name)) return i;
+    row_error("a row names a member its structure does not have");
+    return 0;
+}
+
+template <size_t N>
+constexpr field_row make_row(const member_desc (&members)[N], const member_span (&spans)[N],
+                             const member_target (&targets)[N], row_kind kind, const char *group,
+                             const char *name, element_expr where, const char *path,
+                             const char *format) {
+    const uint32_t i        = member_index(members, spans, group, name);
+    const member_desc &m    = members[i];
+    const register_keys key = parse_path(path, kind == row_kind::table);
+    member_ref ref          = targets[i].ref;
+    const fixed_format fmt  = plain_format(format);
+    if (kind == row_kind::table) {
+        /* entries narrower than the member's elements are packed into them */
+        const uint32_t bits = uint32_t(fmt.integer_bits + fmt.fraction_bits);
+        if (bits <= 8u * ref.elem_size / 2) ref.elem_size = ref.stride = uint8_t(bits / 8);
+    }
+    ISP_DEF_CHECK(where.part == 0 || m.per_partition || m.pointer,
+                  "per_part on a member not per partition");
+    const uint32_t row   = m.per_partition && !m.pointer ? m.count / ISP_MAX_PARTITIONS : 1;
+    const uint32_t count = m.pointer ? ISP_MAX_PARTITIONS : m.count * (m.elem_size / ref.elem_size);
+    const uint32_t last  = where.base + where.k * (key.first + key.count - 1) +
+                          where.part * row * (ISP_MAX_PARTITIONS - 1);
+    ISP_DEF_CHECK(last < count, "a row writes past the end of its member");
+    return {kind, group, ref,    where.base, where.k, where.part * row,
+            path, key,   format, fmt,        nullptr, nullptr};
+}
+
+template <typename E, size_t N>
+constexpr field_row make_row(const member_desc (&members)[N], const member_span (&spans)[N],
+                             const member_target (&targets)[N], row_kind kind, const char *group,
+                             const char *name, E where, const char *path, const char *format) {
+    return make_row(members, spans, targets, kind, group, name, element_expr_of(where), path,
+                    format);
+}
+
+constexpr field_row bracket_row(row_kind kind, const char *group, hand_reader by,
+                                const char *note) {
+    return {kind, group, {nullptr, 0, 0, 0, false}, 0, 0, 0, nullptr, {}, nullptr, {}, by, note};
+}
+
+/* Every bracket is closed and holds read rows only; an interleave's rows read ranges of one
+ * size. */
+template <size_t N>
+constexpr bool brackets_hold(const field_row (&rows)[N]) {
+    const field_row *open = nullptr;
+    for (size_t i = 0; i + 1 < N; ++i) {
+        const field_row &row = rows[i];
+        if (row.kind == row_kind::interleave || row.kind == row_kind::hand) {
+            if (open) return false;
+            open = &row;
+        } else if (row.kind == row_kind::end) {
+            if (!open) return false;
+            open = nullptr;
+        } else if (open && open->kind == row_kind::interleave) {
+            if (row.kind != row_kind::read || row.keys.count != rows[open - rows + 1].keys.count)
+                return false;
+        }
+    }
+    return !open;
+}
+
+struct export_key {
+    const char *group, *member, *key;
+};
+
+/* The first row that reads into member i, nullptr when none does. */
+template <size_t N, size_t R>
+constexpr const field_row *first_read(const member_desc (&members)[N],
+                                      const member_span (&spans)[N], const field_row (&rows)[R],
+                                      uint32_t i) {
+    for (size_t r = 0; r + 1 < R; ++r)
+        if ((rows[r].kind == row_kind::read || rows[r].kind == row_kind::table) &&
+            same_name(rows[r].group, spans[i].group) &&
+            same_name(rows[r].member.name, members[i].name))
+            return &rows[r];
+    return nullptr;
+}
+
+template <size_t N, size_t K>
+constexpr const export_key *key_of(const member_desc (&members)[N], const member_span (&spans)[N],
+                                   const export_key (&keys)[K], uint32_t i) {
+    for (size_t e = 0; e + 1 < K; ++e)
+        if (same_name(keys[e].group, spans[i].group) && same_name(keys[e].member, members[i].name))
+            return &keys[e];
+    return nullptr;
+}
+
+template <size_t K, size_t N, size_t R>
+constexpr bool keys_name_read_members(const export_key (&keys)[K], const member_desc (&members)[N],
+                                      const member_span (&spans)[N], const field_row (&rows)[R]) {
+    for (size_t e = 0; e + 1 < K; ++e) {
+        const uint32_t i = member_index(members, spans, keys[e].group, keys[e].member);
+        if (!first_read(members, spans, rows, i)) return false;
+    }
+    return true;
+}
+
+template <size_t N, size_t R, size_t K>
+constexpr size_t export_count(const member_desc (&members)[N], const member_span (&spans)[N],
+                              const field_row (&rows)[R], const export_key (&keys)[K]) {
+    size_t count = 0;
+    for (uint32_t i = 0; i + 1 < N; ++i) {
+        const export_key *key = key_of(members, spans, keys, i);
+        if (first_read(members, spans, rows, i) && !(key && !key->key)) ++count;
+    }
+    return count;
+}
+
+template <size_t C, size_t N, size_t R, size_t K>
+constexpr std::array<export_row, C> make_exports(const member_desc (&members)[N],
+                                                 const member_span (&spans)[N],
+                                                 const member_target (&targets)[N],
+                                                 const field_row (&rows)[R],
+                                                 const export_key (&keys)[K]) {
+    std::array<export_row, C> out{};
+    size_t at = 0;
+    for (uint32_t i = 0; i + 1 < N; ++i) {
+        const field_row *row  = first_read(members, spans, rows, i);
+        const export_key *key = key_of(members, spans, keys, i);
+        if (!row || (key && !key->key)) continue;
+        const member_desc &m = members[i];
+        /* a per-partition member exports the partition's element, or the partition's row */
+        const uint32_t count =
+            m.per_partition ? (m.count / ISP_MAX_PARTITIONS > 1 ? m.count / ISP_MAX_PARTITIONS : 0)
+                            : (targets[i].is_array ? m.count : 0);
+        out[at++] = {spans[i].group, key ? key->key : m.name, targets[i].ref,
+                     count,          m.per_partition,         row->format,
+                     row->fixed};
+    }
+    return out;
+}
+
+#undef ISP_DEF_CHECK
 }  // namespace detail
 
 }  // namespace isp

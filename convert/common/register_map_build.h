@@ -2,31 +2,35 @@
  *   ISP_DEF_FILE   the .def file, as an include path string
  *   ISP_DEF_BLOCK  the block name, a bare identifier (wbc): the map is isp::wbc_map and its
  *                  top key in the register files "isp_wbc"
- * declares the hand-written readers its rows name, and includes this file once. The .def rows:
- *   ISP_STRUCT(group, type)                  a driver structure; its members follow in memory order
- *   ISP_MEMBER(group, member)                a scalar or array member
- *   ISP_PART_MEMBER(group, member)           an array with one element per partition
- *   ISP_PART_SUB(group, member, sub)         a sub-member of a per-partition array of structures
- *   ISP_POINTER(group, member)               a member that holds a host address
- *   ISP_FIELD(group, member, element, reg, field, format)
- *   ISP_FIELD_SUB(group, member, sub, reg, field, format)          into the partition's element
- *   ISP_FIELD_PART_ELEM(group, member, index, reg, field, format)  into element index of the
- *                                         partition's row of a [partition][n] array
- *   ISP_GROUP_FIELD(group, member, element, array, index, reg, field, format)
- *   ISP_GROUP_EACH(group, member, first, step, array, count, reg, field, format)
- *   ISP_ELEMENT(group, member, element, array, index, field, format)
- *   ISP_ELEMENT_EACH(group, member, first, step, array, count, field, format)
- *   ISP_TABLE(group, member, reg, key, count, format)                reg may be nullptr
- *   ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)  entries packed into the
- *                                            member's words: entry k is its k-th piece of type
- *                                            `entry` in memory (a word's low half first)
- *   ISP_HAND(group, reader, note) ... ISP_HAND_END(group)            rows the reader reads
- *   ISP_EXPORT(group, key, member, format)      a value, or an array of every element
- *   ISP_EXPORT_PART(group, key, member, format) the partition's element, as a value; of a
- *                                         [partition][n] array, the partition's row, as an array
- * `element` is a number or per_part (the partition being converted). */
+ * declares the hand-written readers its rows name, and includes this file once. A .def file has
+ * nine kinds of row:
+ *   ISP_STRUCT(group, type)                 a driver structure; its members follow in memory order
+ *   ISP_MEMBER(group, member)               a scalar, array or pointer member
+ *   ISP_PART_MEMBER(group, member)          an array with one element (or row) per partition
+ *   ISP_PART_MEMBER(group, member, sub)     a sub-member of a per-partition array of records
+ *   ISP_READ(group, member, element, path, format)
+ *       fixed-point fields at `path`, written as the register table writes it below the top key:
+ *       "wb_gain0.val1", "grp0[3].gbl_val.value", "grp0[0..6].lin_lut_x.high" (every index of a
+ *       range, in turn), "lower_lut[5].sat_mit_lower_lut" (an array whose elements hold the
+ *       field). `member` is a member or record.sub; `element` an expression in k (the index the
+ *       path reads) and per_part (the partition): 14, per_part, per_part + 1, 4 * k + 28.
+ *   ISP_TABLE(group, member, path, format)  raw numbers, "rr_mesh[0..284]"; entries narrower than
+ *       the member's elements (format "u16" into uint32_t words) are packed into them, a word's
+ *       low half first
+ *   ISP_INTERLEAVE(group) ... ISP_END(group)
+ *       the read rows between run index by index: every row's index 0, then every row's index
+ *       1, ...; their paths' ranges are the same
+ *   ISP_HAND(group, reader, note) ... ISP_END(group)
+ *       a hand-written reader reads what the rows between describe
+ *   ISP_EXPORT(group, member, key)
+ *       the C-model exporter writes every member its group's rows read, under the member's name,
+ *       in the format of its first row: as a value, an array of every element, the partition's
+ *       element or the partition's row. This row gives a member another key, or no_key when the
+ *       exporter writes it by hand or not at all.
+ * Paths, elements and formats are checked when the table is compiled. */
 #include <stddef.h>
 
+#include <array>
 #include <iterator>
 
 #include "convert/common/register_map.h"
@@ -34,11 +38,17 @@
 #define ISP_DEF_CAT2(a, b) a##b
 #define ISP_DEF_CAT(a, b) ISP_DEF_CAT2(a, b)
 #define ISP_DEF_NS ISP_DEF_CAT(ISP_DEF_BLOCK, _def)
+/* ISP_PART_MEMBER with two arguments is ISP_DEF_PART_WHOLE, with three ISP_DEF_PART_SUB. */
+#define ISP_DEF_PICK(a, b, c, name, ...) name
+#define ISP_DEF_PART_MEMBER(...) \
+    ISP_DEF_PICK(__VA_ARGS__, ISP_DEF_PART_SUB, ISP_DEF_PART_WHOLE, none)(__VA_ARGS__)
 
 namespace isp {
 namespace ISP_DEF_NS {
 
-constexpr uint32_t per_part = part_element;
+using detail::k;
+using detail::per_part;
+constexpr const char *no_key = nullptr;
 
 /* ---- the structure types, by group ---- */
 #define ISP_STRUCT(group, type) using group##_t = type;
@@ -48,7 +58,7 @@ constexpr uint32_t per_part = part_element;
 
 /* ---- member layouts ---- */
 #define ISP_DEF_ELEM(group, member) ::isp::detail::element_of<decltype(group##_t::member)>
-#define ISP_DEF_DESC(group, member, part, pointer)                    \
+#define ISP_DEF_DESC(group, member, part)                             \
     {#member,                                                         \
      offsetof(group##_t, member),                                     \
      sizeof(group##_t::member) / sizeof(ISP_DEF_ELEM(group, member)), \
@@ -56,11 +66,10 @@ constexpr uint32_t per_part = part_element;
      sizeof(ISP_DEF_ELEM(group, member)),                             \
      ::isp::detail::is_signed_element<decltype(group##_t::member)>(), \
      part,                                                            \
-     pointer},
-#define ISP_MEMBER(group, member) ISP_DEF_DESC(group, member, false, false)
-#define ISP_PART_MEMBER(group, member) ISP_DEF_DESC(group, member, true, false)
-#define ISP_POINTER(group, member) ISP_DEF_DESC(group, member, false, true)
-#define ISP_PART_SUB(group, member, sub)                                       \
+     std::is_pointer<ISP_DEF_ELEM(group, member)>::value},
+#define ISP_MEMBER(group, member) ISP_DEF_DESC(group, member, false)
+#define ISP_DEF_PART_WHOLE(group, member) ISP_DEF_DESC(group, member, true)
+#define ISP_DEF_PART_SUB(group, member, sub)                                   \
     {#member "." #sub,                                                         \
      offsetof(group##_t, member) + offsetof(ISP_DEF_ELEM(group, member), sub), \
      sizeof(group##_t::member) / sizeof(ISP_DEF_ELEM(group, member)),          \
@@ -69,6 +78,7 @@ constexpr uint32_t per_part = part_element;
      std::is_signed<decltype(ISP_DEF_ELEM(group, member)::sub)>::value,        \
      true,                                                                     \
      false},
+#define ISP_PART_MEMBER ISP_DEF_PART_MEMBER
 constexpr member_desc members[] = {
 #include "convert/common/register_map_rows.h"
 #include ISP_DEF_FILE
@@ -81,14 +91,34 @@ constexpr member_desc members[] = {
     {#group, offsetof(group##_t, member), offsetof(group##_t, member) + sizeof(group##_t::member), \
      alignof(decltype(group##_t::member))},
 #define ISP_MEMBER(group, member) ISP_DEF_SPAN(group, member)
-#define ISP_PART_MEMBER(group, member) ISP_DEF_SPAN(group, member)
-#define ISP_POINTER(group, member) ISP_DEF_SPAN(group, member)
-#define ISP_PART_SUB(group, member, sub) ISP_DEF_SPAN(group, member)
+#define ISP_DEF_PART_WHOLE(group, member) ISP_DEF_SPAN(group, member)
+#define ISP_DEF_PART_SUB(group, member, sub) ISP_DEF_SPAN(group, member)
+#define ISP_PART_MEMBER ISP_DEF_PART_MEMBER
 constexpr detail::member_span spans[] = {
 #include "convert/common/register_map_rows.h"
 #include ISP_DEF_FILE
 #include "convert/common/register_map_rows.h"
     {nullptr, 0, 0, 1}};
+
+/* What a row on each member writes: through a pointer, the element pointed to. */
+#define ISP_DEF_STORED(group, member) ::isp::detail::stored_of<decltype(group##_t::member)>
+#define ISP_MEMBER(group, member)                                                  \
+    {{#member, offsetof(group##_t, member), sizeof(ISP_DEF_STORED(group, member)), \
+      sizeof(ISP_DEF_STORED(group, member)),                                       \
+      std::is_signed<ISP_DEF_STORED(group, member)>::value},                       \
+     std::is_array<decltype(group##_t::member)>::value},
+#define ISP_DEF_PART_WHOLE(group, member) ISP_MEMBER(group, member)
+#define ISP_DEF_PART_SUB(group, member, sub)                                                      \
+    {{#member "." #sub, offsetof(group##_t, member) + offsetof(ISP_DEF_ELEM(group, member), sub), \
+      sizeof(ISP_DEF_ELEM(group, member)), sizeof(ISP_DEF_ELEM(group, member)::sub),              \
+      std::is_signed<decltype(ISP_DEF_ELEM(group, member)::sub)>::value},                         \
+     false},
+#define ISP_PART_MEMBER ISP_DEF_PART_MEMBER
+constexpr detail::member_target targets[] = {
+#include "convert/common/register_map_rows.h"
+#include ISP_DEF_FILE
+#include "convert/common/register_map_rows.h"
+    {{nullptr, 0, 0, 0, false}, false}};
 
 #define ISP_STRUCT(group, type)                                               \
     static_assert(detail::covers(spans, #group, sizeof(type), alignof(type)), \
@@ -107,89 +137,35 @@ constexpr struct_desc structs[] = {
     {nullptr, nullptr, 0, nullptr, 0}};
 
 /* ---- register rows ---- */
-#define ISP_DEF_STORED(group, member) ::isp::detail::stored_of<decltype(group##_t::member)>
-#define ISP_DEF_REF(group, member)                                                   \
-    ::isp::member_ref {                                                              \
-#member, offsetof(group##_t, member), sizeof(ISP_DEF_STORED(group, member)), \
-            sizeof(ISP_DEF_STORED(group, member)),                                   \
-            std::is_signed < ISP_DEF_STORED(group, member)> ::value                  \
-    }
-#define ISP_DEF_ROW(kind, group, ref, elem, step, array, index, reg, fld, format, by, note) \
-    {::isp::read_kind::kind, #group, ref, elem, step, array, index, reg, fld, format, by, note},
-#define ISP_FIELD(group, member, elem, reg, fld, format)                                         \
-    ISP_DEF_ROW(field, group, ISP_DEF_REF(group, member), elem, 1, nullptr, 0, reg, fld, format, \
-                nullptr, nullptr)
-#define ISP_FIELD_SUB(group, member, sub, reg, fld, format)                                        \
-    ISP_DEF_ROW(field, group,                                                                      \
-                (::isp::member_ref{                                                                \
-                    #member "." #sub,                                                              \
-                    offsetof(group##_t, member) + offsetof(ISP_DEF_ELEM(group, member), sub),      \
-                    sizeof(ISP_DEF_ELEM(group, member)), sizeof(ISP_DEF_ELEM(group, member)::sub), \
-                    std::is_signed<decltype(ISP_DEF_ELEM(group, member)::sub)>::value}),           \
-                per_part, 1, nullptr, 0, reg, fld, format, nullptr, nullptr)
-/* A per-partition row of n elements: element `index` of every row, one row (stride) apart. */
-#define ISP_FIELD_PART_ELEM(group, member, index, reg, fld, format)                               \
-    ISP_DEF_ROW(                                                                                  \
-        field, group,                                                                             \
-        (::isp::member_ref{                                                                       \
-            #member, offsetof(group##_t, member) + (index) * sizeof(ISP_DEF_ELEM(group, member)), \
-            sizeof(group##_t::member[0]), sizeof(ISP_DEF_ELEM(group, member)),                    \
-            ::isp::detail::is_signed_element<decltype(group##_t::member)>()}),                    \
-        per_part, 1, nullptr, 0, reg, fld, format, nullptr, nullptr)
-#define ISP_GROUP_FIELD(group, member, elem, array, index, reg, fld, format)                     \
-    ISP_DEF_ROW(group_field, group, ISP_DEF_REF(group, member), elem, 1, array, index, reg, fld, \
-                format, nullptr, nullptr)
-#define ISP_GROUP_EACH(group, member, first, step, array, count, reg, fld, format)             \
-    ISP_DEF_ROW(group_each, group, ISP_DEF_REF(group, member), first, step, array, count, reg, \
-                fld, format, nullptr, nullptr)
-#define ISP_ELEMENT(group, member, elem, array, index, fld, format)                              \
-    ISP_DEF_ROW(element, group, ISP_DEF_REF(group, member), elem, 1, array, index, nullptr, fld, \
-                format, nullptr, nullptr)
-#define ISP_ELEMENT_EACH(group, member, first, step, array, count, fld, format)             \
-    ISP_DEF_ROW(element_each, group, ISP_DEF_REF(group, member), first, step, array, count, \
-                nullptr, fld, format, nullptr, nullptr)
-#define ISP_TABLE(group, member, reg, key, count, format)                                         \
-    ISP_DEF_ROW(table, group, ISP_DEF_REF(group, member), 0, 1, nullptr, count, reg, key, format, \
-                nullptr, nullptr)
-#define ISP_TABLE_PACKED(group, member, entry, reg, key, count, format)                 \
-    ISP_DEF_ROW(table, group,                                                           \
-                (::isp::member_ref{#member, offsetof(group##_t, member), sizeof(entry), \
-                                   sizeof(entry), std::is_signed<entry>::value}),       \
-                0, 1, nullptr, count, reg, key, format, nullptr, nullptr)
-#define ISP_HAND(group, reader, note)                                                              \
-    ISP_DEF_ROW(hand_begin, group, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0, \
-                nullptr, nullptr, nullptr, reader, note)
-#define ISP_HAND_END(group)                                                                      \
-    ISP_DEF_ROW(hand_end, group, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0, \
-                nullptr, nullptr, nullptr, nullptr, nullptr)
+#define ISP_READ(group, member, element, path, format)                                        \
+    detail::make_row(members, spans, targets, row_kind::read, #group, #member, element, path, \
+                     format),
+#define ISP_TABLE(group, member, path, format) \
+    detail::make_row(members, spans, targets, row_kind::table, #group, #member, k, path, format),
+#define ISP_INTERLEAVE(group) detail::bracket_row(row_kind::interleave, #group, nullptr, nullptr),
+#define ISP_HAND(group, reader, note) detail::bracket_row(row_kind::hand, #group, reader, note),
+#define ISP_END(group) detail::bracket_row(row_kind::end, #group, nullptr, nullptr),
 constexpr field_row rows[] = {
 #include "convert/common/register_map_rows.h"
 #include ISP_DEF_FILE
 #include "convert/common/register_map_rows.h"
-    ISP_DEF_ROW(hand_end, none, (::isp::member_ref{nullptr, 0, 0, 0, false}), 0, 0, nullptr, 0,
-                nullptr, nullptr, nullptr, nullptr, nullptr)};
+    detail::bracket_row(row_kind::end, "", nullptr, nullptr)};
+static_assert(detail::brackets_hold(rows),
+              "an interleave or hand bracket is not closed, or the "
+              "rows of an interleave read ranges of different sizes");
 
-#define ISP_EXPORT(group, key, member, format)                                                    \
-    {#group,                                                                                      \
-     key,                                                                                         \
-     ISP_DEF_REF(group, member),                                                                  \
-     std::is_array<decltype(group##_t::member)>::value                                            \
-         ? static_cast<uint32_t>(sizeof(group##_t::member) / sizeof(ISP_DEF_ELEM(group, member))) \
-         : 0u,                                                                                    \
-     false,                                                                                       \
-     format},
-#define ISP_EXPORT_PART(group, key, member, format)                             \
-    {#group,                                                                    \
-     key,                                                                       \
-     ISP_DEF_REF(group, member),                                                \
-     static_cast<uint32_t>(std::extent<decltype(group##_t::member), 1>::value), \
-     true,                                                                      \
-     format},
-constexpr export_row exports[] = {
+/* ---- C-model keys ---- */
+#define ISP_EXPORT(group, member, key) {#group, #member, key},
+constexpr detail::export_key export_keys[] = {
 #include "convert/common/register_map_rows.h"
 #include ISP_DEF_FILE
 #include "convert/common/register_map_rows.h"
-    {nullptr, nullptr, {nullptr, 0, 0, 0, false}, 0, false, nullptr}};
+    {nullptr, nullptr, nullptr}};
+static_assert(detail::keys_name_read_members(export_keys, members, spans, rows),
+              "an export row names a member its group's rows do not read");
+constexpr std::array<export_row, detail::export_count(members, spans, rows, export_keys)> exports =
+    detail::make_exports<detail::export_count(members, spans, rows, export_keys)>(
+        members, spans, targets, rows, export_keys);
 
 }  // namespace ISP_DEF_NS
 
@@ -200,7 +176,7 @@ extern const block_map ISP_DEF_MAP;
 const block_map ISP_DEF_MAP = {ISP_DEF_STR(ISP_DEF_BLOCK), "isp_" ISP_DEF_STR(ISP_DEF_BLOCK),
                                ISP_DEF_NS::structs,        std::size(ISP_DEF_NS::structs) - 1,
                                ISP_DEF_NS::rows,           std::size(ISP_DEF_NS::rows) - 1,
-                               ISP_DEF_NS::exports,        std::size(ISP_DEF_NS::exports) - 1};
+                               ISP_DEF_NS::exports.data(), ISP_DEF_NS::exports.size()};
 #undef ISP_DEF_MAP
 #undef ISP_DEF_STR
 #undef ISP_DEF_STR2
@@ -211,8 +187,8 @@ const block_map ISP_DEF_MAP = {ISP_DEF_STR(ISP_DEF_BLOCK), "isp_" ISP_DEF_STR(IS
 #undef ISP_DEF_DESC
 #undef ISP_DEF_SPAN
 #undef ISP_DEF_STORED
-#undef ISP_DEF_REF
-#undef ISP_DEF_ROW
+#undef ISP_DEF_PICK
+#undef ISP_DEF_PART_MEMBER
 #undef ISP_DEF_NS
 #undef ISP_DEF_CAT
 #undef ISP_DEF_CAT2

@@ -1,28 +1,14 @@
 /* Converters and exporters of the defect pixel correction block: every field and key is a row of
- * dpc.def; the noise table's pairs are read here. */
+ * dpc.def. */
 #include "blocks/dpc.h"
 
 #include <stddef.h>
 
-#include "convert/common/field_reader.h"
 #include "convert/common/register_map.h"
 
 namespace isp {
 extern const block_map dpc_map;
 }
-
-namespace {
-
-/* Each element of the group carries an even and an odd entry, the odd one read first. */
-void read_noise_pairs(const isp::field_reader &f, void *out, uint8_t) {
-    uint16_t *lut = static_cast<_isp_dpc_user_calc_noise_t *>(out)->noise_lut;
-    for (size_t k = 0; k < DPC_NOISE_PAIRS; ++k) {
-        lut[2 * k + 1] = f.read("noise_lut_grp", k, "noise_lut_odd", "val", "u8.6");
-        lut[2 * k]     = f.read("noise_lut_grp", k, "noise_lut_even", "val", "u8.6");
-    }
-}
-
-}  // namespace
 
 int rtl_to_drv_dpc_user_calc_dp_strength(picojson::object &root,
                                          _isp_dpc_user_calc_dp_strength_t *out, uint8_t partition) {

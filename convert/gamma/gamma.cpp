@@ -1,5 +1,5 @@
 /* Converters and C-model exporters of the gamma block: the fields and keys are rows of
- * gamma.def; the curve pairs and the crossed dither words are written out here. */
+ * gamma.def; the crossed dither words are exported here. */
 #include "blocks/gamma.h"
 
 #include <stddef.h>
@@ -14,17 +14,6 @@ extern const block_map gamma_map;
 }
 
 namespace {
-
-constexpr size_t grp0_pairs = (GAMMA_LUT_POINTS - 1) / 2;
-
-/* Each pair is read high before low; "high" is the odd point. */
-void read_curve_pairs(const isp::field_reader &f, void *out, uint8_t) {
-    uint16_t *gam_lut = static_cast<_isp_gamma_user_lut_t *>(out)->gam_lut;
-    for (size_t k = 0; k < grp0_pairs; ++k) {
-        gam_lut[2 * k + 1] = f.read("grp0", k, "gam_lut", "high", "u8.4");
-        gam_lut[2 * k]     = f.read("grp0", k, "gam_lut", "low", "u8.4");
-    }
-}
 
 /* The C model takes the 15-bit word first, the reverse of the memory order, each word decoded
  * with its own width. */

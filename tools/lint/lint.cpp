@@ -21,7 +21,7 @@ namespace isp_case {
 namespace {
 
 using isp::field_row;
-using isp::read_kind;
+using isp::row_kind;
 
 /* ---- formats and what the hardware keeps -------------------------------------------------- */
 
@@ -152,8 +152,8 @@ verdict judge_entry(double value, const field_row &row) {
 /* ---- paths through a register file --------------------------------------------------------- */
 
 struct path_step {
-    const char *key = nullptr; /* nullptr: an array index */
-    size_t index    = 0;
+    std::string key; /* empty: an array index */
+    size_t index = 0;
 };
 
 struct found {
@@ -187,7 +187,7 @@ found look_up(const picojson::value &root, const located_value &root_where,
     std::string container        = "the root";
     found f;
     for (const path_step &step : steps) {
-        if (step.key) {
+        if (!step.key.empty()) {
             if (!value->is<picojson::object>()) {
                 f.failure = finding_kind::type;
                 f.why     = fmt::format("{} is {}, not an object", container,
@@ -245,50 +245,37 @@ struct field_read {
     uint32_t element = 0;
 };
 
+/* The element of a per-partition read: whichever partition is converted. */
+constexpr uint32_t per_partition_element = UINT32_MAX;
+
 std::vector<field_read> reads_of(const isp::block_map &map, const field_row &row) {
     std::vector<field_read> reads;
+    if (row.kind != row_kind::read && row.kind != row_kind::table) return reads;
+    const std::string array(row.keys.array), reg(row.keys.reg), field(row.keys.field);
     const path_step top{map.top_key, 0};
-    switch (row.kind) {
-        case read_kind::field:
-            reads.push_back({{top, {row.reg}, {row.field}},
-                             fmt::format("{}.{}", row.reg, row.field),
-                             fmt::format("{}.{}", row.reg, row.field),
-                             row.element});
-            break;
-        case read_kind::group_field:
-        case read_kind::group_each: {
-            const bool each     = row.kind == read_kind::group_each;
-            const uint32_t last = each ? row.index : row.index + 1;
-            for (uint32_t k = each ? 0 : row.index; k < last; ++k)
-                reads.push_back({{top, {row.array}, {nullptr, k}, {row.reg}, {row.field}},
-                                 fmt::format("{}[{}].{}.{}", row.array, k, row.reg, row.field),
-                                 fmt::format("{}.{}", row.reg, row.field),
-                                 row.element + (each ? k * row.step : 0)});
-            break;
+    if (row.kind == row_kind::table) {
+        std::vector<path_step> steps = {top};
+        if (!reg.empty()) steps.push_back({reg});
+        steps.push_back({field});
+        const std::string name = reg.empty() ? field : reg + "." + field;
+        reads.push_back({steps, name, name, row.element});
+        return reads;
+    }
+    for (uint32_t i = row.keys.first; i < row.keys.first + row.keys.count; ++i) {
+        std::vector<path_step> steps = {top};
+        std::string label;
+        if (!array.empty()) {
+            steps.push_back({array});
+            steps.push_back({"", i});
+            label = fmt::format("{}[{}].", array, i);
         }
-        case read_kind::element:
-        case read_kind::element_each: {
-            const bool each     = row.kind == read_kind::element_each;
-            const uint32_t last = each ? row.index : row.index + 1;
-            for (uint32_t k = each ? 0 : row.index; k < last; ++k)
-                reads.push_back({{top, {row.array}, {nullptr, k}, {row.field}},
-                                 fmt::format("{}[{}].{}", row.array, k, row.field),
-                                 fmt::format("{}.{}", row.array, row.field),
-                                 row.element + (each ? k * row.step : 0)});
-            break;
+        if (!reg.empty()) {
+            steps.push_back({reg});
+            label += reg + ".";
         }
-        case read_kind::table: {
-            std::vector<path_step> steps = {top};
-            if (row.reg) steps.push_back({row.reg});
-            steps.push_back({row.field});
-            const std::string name =
-                row.reg ? fmt::format("{}.{}", row.reg, row.field) : std::string(row.field);
-            reads.push_back({steps, name, name, row.element});
-            break;
-        }
-        case read_kind::hand_begin:
-        case read_kind::hand_end:
-            break;
+        steps.push_back({field});
+        reads.push_back({steps, label + field, (reg.empty() ? array : reg) + "." + field,
+                         row.part_step ? per_partition_element : isp::element_of(row, i, 0)});
     }
     return reads;
 }
@@ -304,7 +291,7 @@ struct key_node {
 void add_path(key_node &root, const std::vector<path_step> &steps, uint32_t elements) {
     key_node *node = &root;
     for (const path_step &step : steps) {
-        if (step.key) {
+        if (!step.key.empty()) {
             node = &node->children[step.key];
             continue;
         }
@@ -319,7 +306,8 @@ key_node known_keys(const isp::block_map &map) {
     for (size_t i = 0; i < map.row_count; ++i) {
         const field_row &row = map.rows[i];
         for (const field_read &read : reads_of(map, row))
-            add_path(root, read.steps, row.kind == read_kind::table ? row.index : 0);
+            add_path(root, read.steps,
+                     row.kind == row_kind::table ? row.keys.first + row.keys.count : 0);
     }
     return root;
 }
@@ -703,7 +691,7 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
         const field_row &row      = map.rows[i];
         const std::string modules = readers(row.group);
         if (modules.empty()) continue;
-        const bool table = row.kind == read_kind::table;
+        const bool table = row.kind == row_kind::table;
         for (const field_read &read : reads_of(map, row)) {
             finding f;
             f.file   = file;
@@ -723,7 +711,7 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
                 if (!table && unreadable) unreadable->push_back(read.message);
                 continue;
             }
-            const bool per_partition = read.element == isp::part_element;
+            const bool per_partition = read.element == per_partition_element;
             single_value single{read.label, at.where->text, f.format, modules, at.at, {}};
             if (!table) {
                 const verdict v = judge_field(at.value->get<double>(), row);
@@ -746,17 +734,18 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
             const picojson::array &entries = at.value->get<picojson::array>();
             size_t faults                  = 0;
             finding first;
-            for (uint32_t k = 0; k < row.index; ++k) {
+            for (uint32_t k = 0; k < row.keys.first + row.keys.count; ++k) {
                 if (k >= entries.size() || !entries[k].is<double>()) {
                     f.kind = k >= entries.size() ? finding_kind::missing_field : finding_kind::type;
                     place(f, k >= entries.size() ? at.at : at.where->items[k].at);
                     f.message = fmt::format(
                         "{}[{}] ({}): {}; the converter raises picojson's type error", read.label,
                         k, f.format,
-                        k >= entries.size() ? fmt::format("the table has {} entries, {} are read",
-                                                          entries.size(), row.index)
-                                            : "expected a number, got " +
-                                                  describe_value(entries[k], at.where->items[k]));
+                        k >= entries.size()
+                            ? fmt::format("the table has {} entries, {} are read", entries.size(),
+                                          row.keys.first + row.keys.count)
+                            : "expected a number, got " +
+                                  describe_value(entries[k], at.where->items[k]));
                     out.push_back(f);
                     if (raising) raising->push_back(row.group);
                     faults = 0;
