@@ -36,6 +36,9 @@ struct case_flags {
 };
 void add_case_flags(CLI::App &command, case_flags &flags);
 
+/* Accepts a finite tolerance, zero or more (diff, report --against). */
+CLI::Validator tolerance_check();
+
 /* Accepts module names only; the names are listed by the error message, not by the help. */
 CLI::Validator module_name_check();
 

@@ -1,10 +1,25 @@
 /* isp-case diff: two dumps compared member by member. */
+#include <cstdlib>
 #include <memory>
 
 #include "tools/compare/diff.h"
+#include "tools/compare/engine.h"
 #include "tools/isp-case/commands.h"
 
 namespace isp_case {
+
+/* A tolerance is a finite number, zero or more: NaN would make every difference vanish. */
+CLI::Validator tolerance_check() {
+    return CLI::Validator(
+        [](std::string &text) -> std::string {
+            char *end              = nullptr;
+            const double tolerance = std::strtod(text.c_str(), &end);
+            if (text.empty() || *end != '\0') return text + " is not a number";
+            const std::string problem = tolerance_problem(tolerance);
+            return problem.empty() ? "" : text + " is " + problem;
+        },
+        "X");
+}
 
 command_runner add_diff_command(CLI::App &app) {
     CLI::App &cmd = *app.add_subcommand(
@@ -18,10 +33,13 @@ command_runner add_diff_command(CLI::App &app) {
         ->required()
         ->type_name("DIR");
     cmd.add_option("--tolerance", settings->tolerance,
-                   "Largest difference of real values (codes where a member has no format) that "
-                   "counts as equal (default: 0)")
+                   "Largest difference of real values that counts as equal; codes always "
+                   "compare exactly (default: 0)")
         ->type_name("X")
-        ->check(CLI::NonNegativeNumber);
+        ->check(tolerance_check());
+    cmd.add_option("--frame", settings->frame, "Compare only the step that read cfgs/fN")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1000000));
     cmd.add_option_function<std::string>(
            "--format", [settings](const std::string &f) { settings->json = f == "json"; },
            "Output: text (default) or json")
