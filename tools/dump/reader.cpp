@@ -372,7 +372,9 @@ decoded_push read_push(const dump &d, const dump_push &push) {
     input.partitions               = std::min(d.partitions(), 256);
     const isp::struct_desc *layout = input.type ? isp::find_struct(input.type) : nullptr;
     const isp::block_map *map      = isp::find_block_map(push.block.c_str());
-    if (!layout) return out; /* a structure the library does not lay out: its bytes are all */
+    /* a structure this build does not lay out, or lays out otherwise (a dump of a target whose
+     * pointers have another width): its decoded file is taken as written */
+    if (!layout || layout->size != bytes.size()) return out;
     for (const std::string &target : push.targets) {
         /* "<push>.<member>.bin": the element size is the one its register rows store */
         const std::string stem   = target.substr(0, target.size() - 4);

@@ -9,6 +9,7 @@
 
 #include <fmt/core.h>
 
+#include "convert/common/register_map.h"
 #include "isp_json_utils.h"
 #include "tools/report/svg.h"
 
@@ -63,7 +64,7 @@ constexpr size_t k_change_rows = 200; /* beyond this many changed members, a cou
 /* A shown push as the page draws it: its facts from the manifest and its members. */
 struct push_view {
     step_id step;
-    std::string module, group, type, file, problem;
+    std::string module, block, group, type, file, problem;
     int channel = -1; /* -1 for the modules without channels */
     int command = 0;
     size_t size = 0, index = 0;
@@ -80,6 +81,7 @@ push_view view_of(const shown_push &s) {
     const dump_push &p = *s.push;
     v.step             = p.step;
     v.module           = p.module;
+    v.block            = p.block;
     v.group            = p.group;
     v.type             = p.type;
     v.file             = p.bin;
@@ -351,19 +353,72 @@ void pushes(std::string &out, const dump &a, const pairing &pairs) {
 
 /* ---- pictures ----------------------------------------------------------------------------- */
 
-/* The 257 16-bit entries of the compression curve, two to a pushed word (the even entry in the
- * low half) and the last one alone, as real values of the member's format. */
-std::vector<double> unpacked_hdrc(const dump_member &m) {
+/* The structures the page draws, by their type in the library's layouts; which members it draws
+ * and how their entries sit come from the layouts and register rows. */
+enum class picture { curve, linearisation, mesh, colour_matrices, csc_matrix };
+
+struct picture_row {
+    const char *type;
+    picture kind;
+    const char *title;
+};
+
+const picture_row k_pictures[] = {
+    {"_isp_gamma_user_lut_t", picture::curve, "gamma curve"},
+    {"_isp_hdrc_user_hdrc_lut_t", picture::curve, "hdrc compression curve"},
+    {"_isp_hidrc_user_hidrc_lut_t", picture::curve, "hidrc inverse-compression curve"},
+    {"_isp_blc_user_lin_t", picture::linearisation, ""},
+    {"_isp_lsc_user_mesh_t", picture::mesh, ""},
+    {"_isp_clc_user_clc_t", picture::colour_matrices, ""},
+    {"_isp_csc_user_core_t", picture::csc_matrix, ""},
+};
+
+const picture_row *picture_of(const std::string &type) {
+    for (const picture_row &row : k_pictures)
+        if (type == row.type) return &row;
+    return nullptr;
+}
+
+/* How a curve's entries sit in its member: the register rows read `count` entries of `bits`
+ * each, `per_word` of them to an element (the lowest first); per_word 1: an entry per element. */
+struct curve_packing {
+    unsigned per_word = 1, bits = 0;
+    size_t count = 0;
+};
+
+curve_packing packing_of(const std::string &block, const isp::struct_desc &type,
+                         const isp::member_desc &m) {
+    curve_packing packing;
+    const isp::block_map *map = isp::find_block_map(block.c_str());
+    const isp::field_row *row = map ? isp::member_row(*map, type, m) : nullptr;
+    if (!row || row->kind != isp::read_kind::table || row->member.elem_size >= m.elem_size)
+        return packing;
+    packing.per_word = m.elem_size / row->member.elem_size;
+    packing.bits     = 8u * row->member.elem_size;
+    packing.count    = row->index;
+    return packing;
+}
+
+/* The entries of a packed curve as real values of the member's format. */
+std::vector<double> unpacked(const dump_member &m, const curve_packing &packing) {
+    if (packing.per_word == 1) return drawn(m);
     std::vector<double> entries;
-    for (size_t i = 0; i < m.codes.size(); ++i) {
-        const uint32_t word = uint32_t(m.codes[i]);
-        for (const uint32_t entry : {word & 0xFFFFu, word >> 16}) {
-            if (entries.size() == 2 * m.codes.size() - 1) break;
-            entries.push_back(m.format.empty() ? entry
-                                               : regval_to_float(int32_t(entry), m.format.c_str()));
-        }
+    const uint64_t mask = (uint64_t{1} << packing.bits) - 1;
+    for (size_t k = 0; k < packing.count && k / packing.per_word < m.codes.size(); ++k) {
+        const uint64_t word  = uint64_t(m.codes[k / packing.per_word]);
+        const uint32_t entry = uint32_t((word >> (packing.bits * (k % packing.per_word))) & mask);
+        entries.push_back(m.format.empty() ? entry
+                                           : regval_to_float(int32_t(entry), m.format.c_str()));
     }
     return entries;
+}
+
+/* The squarest grid of a mesh's nodes, wider than tall: 285 nodes are 19 across, 15 down. */
+std::pair<size_t, size_t> mesh_shape(size_t nodes) {
+    size_t rows = 1;
+    for (size_t r = 1; r * r <= nodes; ++r)
+        if (nodes % r == 0) rows = r;
+    return {nodes / std::max(rows, size_t(1)), rows};
 }
 
 std::vector<double> indices(size_t n) {
@@ -386,21 +441,26 @@ class picture_maker {
         step_pictures pics;
         for (const push_view &p : shown_) {
             if (step_dir(p.step) != step_dir(step)) continue;
-            const push_view *o = pairs_.other(p);
-            if (p.module == "gamma" && p.group == "lut")
-                curve(pics, p, o, "gam_lut", "gamma curve", false);
-            else if (p.module == "hdrc" && p.group == "hdrc_lut")
-                curve(pics, p, o, "hdrc_lut", "hdrc compression curve", true);
-            else if (p.module == "hidrc" && p.group == "hidrc_lut")
-                curve(pics, p, o, "hidrc_lut", "hidrc inverse-compression curve", false);
-            else if (p.group == "lin" && (p.module == "lin" || p.module == "blc"))
-                linearisation(pics, p, o);
-            else if (p.module == "lsc" && p.group == "mesh")
-                meshes(pics, p, o);
-            else if (p.module == "cc" && p.group == "clc")
-                colour_matrices(pics, p, o);
-            else if (p.module == "csc" && p.group == "core")
-                csc_matrix(pics, p, o);
+            const push_view *o           = pairs_.other(p);
+            const picture_row *row       = picture_of(p.type);
+            const isp::struct_desc *type = row ? isp::find_struct(p.type.c_str()) : nullptr;
+            if (type && type->member_count > 0) switch (row->kind) {
+                    case picture::curve:
+                        curve(pics, p, o, *type, row->title);
+                        break;
+                    case picture::linearisation:
+                        linearisation(pics, p, o);
+                        break;
+                    case picture::mesh:
+                        meshes(pics, p, o, *type);
+                        break;
+                    case picture::colour_matrices:
+                        colour_matrices(pics, p, o);
+                        break;
+                    case picture::csc_matrix:
+                        csc_matrix(pics, p, o);
+                        break;
+                }
             partition_members(pics, p, o);
         }
         return pics;
@@ -411,14 +471,14 @@ class picture_maker {
         return std::string(1, which) + ": " + (which == 'A' ? a_.dir : b_->dir);
     }
 
-    /* A curve table drawn from its real values; `packed`: two entries to a word. */
-    void curve(step_pictures &pics, const push_view &p, const push_view *o, const char *member,
-               const std::string &title, bool packed) const {
+    /* A curve table, the structure's one member, drawn from its real values. */
+    void curve(step_pictures &pics, const push_view &p, const push_view *o,
+               const isp::struct_desc &type, const std::string &title) const {
+        const char *member   = type.members[0].name;
         const dump_member *m = p.member(member);
         if (!m) return;
-        const auto values = [packed](const dump_member &v) {
-            return packed ? unpacked_hdrc(v) : drawn(v);
-        };
+        const curve_packing packing = packing_of(p.block, type, type.members[0]);
+        const auto values = [&packing](const dump_member &v) { return unpacked(v, packing); };
         line_chart chart;
         chart.title        = title + " (" + push_title(p) + ")";
         const size_t count = values(*m).size();
@@ -428,8 +488,10 @@ class picture_maker {
         chart.lines.push_back(
             {b_ ? legend_name('A') : m->name, indices(count), values(*m), palette::run_a});
         const dump_member *n = o ? o->member(member) : nullptr;
-        std::string caption  = fmt::format("{} points of <code>{}</code>{}", count, m->name,
-                                          packed ? ", two 16-bit entries to a pushed word" : "");
+        std::string caption  = fmt::format("{} points of <code>{}</code>", count, m->name);
+        if (packing.per_word > 1)
+            caption +=
+                fmt::format(", {} {}-bit entries to a pushed word", packing.per_word, packing.bits);
         if (n) {
             const std::vector<double> other = values(*n);
             chart.lines.push_back(
@@ -471,23 +533,27 @@ class picture_maker {
         pics.curves.push_back(figure(render(chart), caption));
     }
 
-    void meshes(step_pictures &pics, const push_view &p, const push_view *o) const {
-        static const char *const tables[4]   = {"rr_mesh", "gr_mesh", "gb_mesh", "bb_mesh"};
+    /* One heat map per member of the mesh structure: a table per Bayer channel, in the order
+     * R, Gr, Gb, B. */
+    void meshes(step_pictures &pics, const push_view &p, const push_view *o,
+                const isp::struct_desc &type) const {
         static const char *const channels[4] = {"R", "Gr", "Gb", "B"};
         /* one colour scale for the four channels, so that their gains compare */
         double lo = INFINITY, hi = -INFINITY;
         for (const push_view *push : {&p, o})
-            for (const char *t : tables) {
-                const dump_member *m = push ? push->member(t) : nullptr;
+            for (uint32_t c = 0; c < type.member_count; ++c) {
+                const dump_member *m = push ? push->member(type.members[c].name) : nullptr;
                 if (!m) continue;
                 for (double v : m->codes) lo = std::min(lo, v), hi = std::max(hi, v);
             }
-        for (int c = 0; c < 4; ++c) {
-            const dump_member *m = p.member(tables[c]);
+        for (uint32_t c = 0; c < type.member_count && c < 4; ++c) {
+            const char *table    = type.members[c].name;
+            const dump_member *m = p.member(table);
             if (!m) continue;
-            /* the mesh is 19 nodes across and 15 down, row by row */
+            /* row by row, on the squarest grid of the table's nodes */
             heat_map map;
-            map.cols = 19, map.rows = 15;
+            const auto [cols, rows] = mesh_shape(type.members[c].count);
+            map.cols = int(cols), map.rows = int(rows);
             map.unit = "code";
             map.lo = lo, map.hi = hi;
             map.title  = fmt::format("lsc gain mesh {}{}", channels[c], b_ ? " (A)" : "");
@@ -496,7 +562,7 @@ class picture_maker {
                 figure(render(map), fmt::format("<code>{}</code> of {}, {} nodes: codes, the "
                                                 "mesh has no fixed-point format",
                                                 m->name, escape(push_title(p)), map.values.size()));
-            const dump_member *n = o ? o->member(tables[c]) : nullptr;
+            const dump_member *n = o ? o->member(table) : nullptr;
             if (n) {
                 heat_map other = map;
                 other.title    = fmt::format("lsc gain mesh {} (B)", channels[c]);
