@@ -355,10 +355,7 @@ decoded_push read_push(const dump &d, const dump_push &push) {
     out.problem = text_of(field(written, "problem"));
     for (const value &m : field(written, "members").get<picojson::array>())
         out.members.push_back(member_of(m));
-    out.bytes = read_bytes(bin_path);
-    if (out.bytes.size() != push.size)
-        throw dump_error(fmt::format("{}: {} bytes, but the manifest says the push has {}",
-                                     bin_path, out.bytes.size(), push.size));
+    out.bytes = read_bytes(bin_path); /* its size checked when the dump was opened */
     if (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size)
         throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
                                      json_path, field(written, "size").serialize(), push.size));
