@@ -178,8 +178,7 @@ comparison_summary compare_dumps(const dump &a, const dump &b, const compare_opt
     };
     if (options.frame) {
         const auto elsewhere = [&](const std::pair<size_t, size_t> &e) {
-            const step_id &s = push_of(e).step;
-            return s.kind != phase::frame || s.number != *options.frame;
+            return !is_frame_step(push_of(e).step, *options.frame);
         };
         order.erase(std::remove_if(order.begin(), order.end(), elsewhere), order.end());
     }

@@ -59,7 +59,7 @@ struct difference {
 
 struct compare_options {
     double tolerance = 0.0;
-    std::optional<int> frame; /* the step "frame N" only */
+    std::optional<int> frame; /* the step that read cfgs/fN only (is_frame_step) */
 };
 
 struct comparison_summary {

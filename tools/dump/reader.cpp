@@ -401,9 +401,14 @@ std::string step_label(const step_id &step) {
     return fmt::format("{} (f{})", step_name(step), step.dir);
 }
 
+bool is_frame_step(const step_id &step, int frame) {
+    if (frame == 0) return step.kind == phase::setup;
+    return step.kind == phase::frame && step.number == frame;
+}
+
 const step_id *find_frame(const dump &d, int frame) {
     for (const step_id &s : d.steps)
-        if (s.kind == phase::frame && s.number == frame) return &s;
+        if (is_frame_step(s, frame)) return &s;
     return nullptr;
 }
 

@@ -102,7 +102,10 @@ decoded_push read_push(const dump &d, const dump_push &push);
  * directory it read. */
 std::string step_label(const step_id &step);
 
-/* The step "frame N" of a dump, or null. */
+/* Whether a step is the one `--frame N` means: frame N, the cycle that read cfgs/fN, or setup
+ * for N = 0 (setup reads cfgs/f0). */
+bool is_frame_step(const step_id &step, int frame);
+/* That step of a dump, or null. */
 const step_id *find_frame(const dump &d, int frame);
 
 }  // namespace isp_case

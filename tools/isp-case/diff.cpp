@@ -37,9 +37,11 @@ command_runner add_diff_command(CLI::App &app) {
                    "compare exactly (default: 0)")
         ->type_name("X")
         ->check(tolerance_check());
-    cmd.add_option("--frame", settings->frame, "Compare only the step that read cfgs/fN")
+    cmd.add_option(
+           "--frame", settings->frame,
+           "Compare only frame N, the cycle that read cfgs/fN (0: setup, which reads cfgs/f0)")
         ->type_name("N")
-        ->check(CLI::Range(1, 1000000));
+        ->check(CLI::Range(0, 1000000));
     cmd.add_option_function<std::string>(
            "--format", [settings](const std::string &f) { settings->json = f == "json"; },
            "Output: text (default) or json")

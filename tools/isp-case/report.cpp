@@ -23,10 +23,10 @@ command_runner add_report_command(CLI::App &app) {
     cmd.add_option("-o,--out", r.out_file, "Page to write (default: report.html)")
         ->type_name("FILE");
     cmd.add_option("--frame", r.frame,
-                   "The step shown beside setup: the one that read cfgs/fN (default: the last "
-                   "frame)")
+                   "The step shown beside setup: frame N, the cycle that read cfgs/fN (0: setup "
+                   "alone; default: the last frame)")
         ->type_name("N")
-        ->check(CLI::Range(1, 1000000));
+        ->check(CLI::Range(0, 1000000));
     cmd.add_option("--tolerance", r.tolerance,
                    "With --against: largest difference of real values that counts as equal; "
                    "codes always compare exactly (default: 0)")

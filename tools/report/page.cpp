@@ -781,7 +781,7 @@ std::vector<step_id> shown_steps(const dump &d, int frame, std::string &error) {
         error = fmt::format("no step frame {} in the dump (its frames: 1 to {})", frame, d.frames);
         return {};
     }
-    if (wanted) steps.push_back(*wanted);
+    if (wanted && wanted->kind != phase::setup) steps.push_back(*wanted);
     return steps;
 }
 
