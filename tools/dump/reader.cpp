@@ -167,10 +167,9 @@ void read_manifest(const value &root, dump &d) {
     d.pointer_bytes              = unsigned(number_at(o, "pointer_bytes", 0, 16));
     d.modules                    = strings_at(o, "modules");
     d.bypass                     = strings_at(o, "bypass");
-    if (d.version >= 2) {
-        d.verdict  = verdict_of(object_of(at(o, "verdict"), "verdict"));
-        d.findings = array_at(o, "findings");
-    }
+    /* the run's verdict and findings, where the writer recorded them */
+    if (o.count("verdict")) d.verdict = verdict_of(object_of(at(o, "verdict"), "verdict"));
+    if (o.count("findings")) d.findings = array_at(o, "findings");
     const picojson::array &pushes = array_at(o, "pushes");
     d.pushes.reserve(pushes.size());
     for (const value &p : pushes) d.pushes.push_back(push_of(object_of(p, "pushes"), d.version));
