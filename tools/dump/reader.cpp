@@ -352,8 +352,11 @@ decoded_push read_push(const dump &d, const dump_push &push) {
         throw dump_error(json_path + ": not a decoded structure");
     decoded_push out;
     out.problem = text_of(field(written, "problem"));
-    for (const value &m : field(written, "members").get<picojson::array>())
+    for (const value &m : field(written, "members").get<picojson::array>()) {
+        if (!m.is<picojson::object>() || !field(m, "name").is<std::string>())
+            throw dump_error(json_path + ": a member without a name");
         out.members.push_back(member_of(m));
+    }
     out.bytes = read_bytes(bin_path); /* its size checked when the dump was opened */
     if (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size)
         throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
