@@ -18,7 +18,7 @@ CLI::Validator tolerance_check() {
             const std::string problem = tolerance_problem(tolerance);
             return problem.empty() ? "" : text + " is " + problem;
         },
-        "X");
+        "FLOAT >= 0, finite");
 }
 
 command_runner add_diff_command(CLI::App &app) {
