@@ -153,7 +153,10 @@ dump_verdict verdict_of(const picojson::object &o) {
 
 void read_manifest(const value &root, dump &d) {
     const picojson::object &o = object_of(root, "the manifest");
-    d.version                 = int(number_at(o, "manifest_version", 0, k_most));
+    /* "manifest_version" since the first layout; a writer may also spell it "version" */
+    const char *version_key =
+        o.count("version") && !o.count("manifest_version") ? "version" : "manifest_version";
+    d.version = int(number_at(o, version_key, 0, k_most));
     if (d.version != 1 && d.version != 2)
         throw bad_field(fmt::format("manifest_version {} is not 1 or 2", d.version));
     d.tool                       = string_at(o, "tool");
