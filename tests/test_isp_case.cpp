@@ -809,9 +809,9 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
         R"("type":"_isp_lsc_user_coord_t"})");
 }
 
-/* One register value changed, one module left out, a directory that is not a dump; two dumps of
- * one case are the same bytes. */
-TEST(IspCaseDiff, NamesEveryDifferenceAndExitsByOutcome) {
+/* One register value changed in f1, one module left out, a damaged dump; two dumps of one case
+ * are the same bytes. Differences are named by the step and the frame directory it read. */
+TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
     temp_dir dir;
     const std::string changed = copy_sample(dir);
     for (int p = 0; p < 4; ++p)
@@ -828,46 +828,63 @@ TEST(IspCaseDiff, NamesEveryDifferenceAndExitsByOutcome) {
     const std::string b = dump_of(dir, "b", changed);
     const std::string c = dump_of(dir, "c", ISP_SAMPLE_CASE_DIR, "--modules " + all_but_gamma);
     EXPECT_TRUE(tree(a) == tree(dump_of(dir, "a2", ISP_SAMPLE_CASE_DIR)));  // byte for byte
+    const std::string cut = dump_of(dir, "cut", ISP_SAMPLE_CASE_DIR);
+    fs::resize_file(cut + "/frame1/wbc/cmd01_ctrl.bin", 7);
 
+    const std::string d_gain =
+        "    cmd01_ctrl d_gain: code 256 -> 512, value 1 -> 2 (isp_wbc.d_gain.val)";
     const struct {
         std::string args;
         int status;
-        lines_t lines;
+        lines_t out;
+        std::string err;
     } cases[] = {
         {a + " " + a,
          0,
-         {"summary: 465 pushes in A, 465 in B; 0 differ (0 members or elements), 0 only in A, 0 "
-          "only in B",
-          "result: identical"}},
+         {"summary: 465 pushes in A, 465 in B; 0 differ (0 differences), 0 only in A, 0 only in B",
+          "result: identical"},
+         ""},
         {a + " " + b,
          1,
-         {"frame0", "  wbc", "    cmd01_ctrl d_gain: code 256 -> 512, value 1 -> 2", "frame1",
-          "summary: 465 pushes in A, 465 in B; 2 differ (2 members or elements), 0 only in A, 0 "
-          "only in B",
-          "result: different"}},
-        {a + " " + b + " --tolerance 1", 0, {"result: identical"}},
+         {"frame 1 (f1)", "  wbc", d_gain, "frame 2 (f1 again)",
+          "summary: 465 pushes in A, 465 in B; 2 differ (2 differences), 0 only in A, 0 only in B",
+          "result: different"},
+         ""},
+        // codes reach the hardware: no tolerance hides them
+        {a + " " + b + " --tolerance 1000", 1, {"result: different"}, ""},
+        {a + " " + b + " --frame 2",
+         1,
+         {"frame 2 (f1 again)", d_gain,
+          "summary: 155 pushes in A, 155 in B; 1 differ (1 differences), 0 only in A, 0 only in B"},
+         ""},
         {a + " " + c,
          1,
          {"  gamma", "    only in A: cmd01_setup, cmd02_dither, cmd03_lut",
-          "summary: 465 pushes in A, 456 in B; 0 differ (0 members or elements), 9 only in A, 0 "
-          "only in B"}},
+          "summary: 465 pushes in A, 456 in B; 0 differ (0 differences), 9 only in A, 0 only in B"},
+         ""},
+        {a + " " + b + " --tolerance nan", 2, {}, "--tolerance: nan is not a finite number\n"},
+        {a + " " + cut,
+         3,
+         {},
+         "isp-case diff: " + cut +
+             "/frame1/wbc/cmd01_ctrl.bin: 7 bytes, but the manifest says the push has 16\n"},
     };
     for (const auto &row : cases) {
         const tool_run run = run_tool(dir, "diff " + row.args);
         EXPECT_EQ(run.status, row.status) << row.args << "\n" << run.out << run.err;
-        expect_lines(run.out, row.lines);
+        expect_lines(run.out, row.out);
+        EXPECT_EQ(run.err.substr(0, run.err.find('\n') + 1), row.err) << row.args;
     }
     const tool_run json          = run_tool(dir, "diff " + a + " " + b + " --format json");
     const picojson::value report = isp_test::parse_object(json.out)["differences"];
     ASSERT_EQ(report.get<picojson::array>().size(), 2u) << json.out;
     EXPECT_EQ(report.get<picojson::array>()[1].serialize(),
-              R"({"a":{"code":256,"value":1},"b":{"code":512,"value":2},"channel":0,"cmd":1,)"
-              R"("group":"ctrl","index":null,"kind":"member","member":"d_gain",)"
-              R"("module":"wbc","step":"frame1"})");
-
-    const tool_run not_a_dump = run_tool(dir, "diff " + a + " " + changed);
-    EXPECT_EQ(not_a_dump.status, 3);
-    EXPECT_EQ(not_a_dump.err, "isp-case diff: " + changed + "/manifest.json: cannot be read\n");
+              R"({"a":{"code":256,"format":"u10.8","register":"isp_wbc.d_gain.val","value":1},)"
+              R"("b":{"code":512,"format":"u10.8","register":"isp_wbc.d_gain.val","value":2},)"
+              R"("channel":0,"cmd":1,"file_a":"frame1\/wbc\/cmd01_ctrl.bin",)"
+              R"("file_b":"frame1\/wbc\/cmd01_ctrl.bin","group":"ctrl","index":null,)"
+              R"("kind":"code","member":"d_gain","module":"wbc",)"
+              R"j("step":{"dir":1,"frame":2,"phase":"frame"},"step_name":"frame 2 (f1 again)"})j");
 }
 
 /* Places the dump and the export cannot use: one line on standard error naming the place and
@@ -930,8 +947,15 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
 
 TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {
     temp_dir dir;
-    const tool_run run = run_tool(
-        dir, "report " + dump_of(dir, "d", ISP_SAMPLE_CASE_DIR) + " -o " + dir.path() + "/r.html");
+    const std::string dump     = dump_of(dir, "d", ISP_SAMPLE_CASE_DIR);
+    const std::string manifest = read_file(dump + "/manifest.json");
+    // a page never replaces a file of the dump it is made from
+    const tool_run refused = run_tool(dir, "report " + dump + " -o " + dump + "/manifest.json");
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.err, "isp-case report: " + dump + "/manifest.json: a file of the dump " +
+                               dump + " the page is made from; write the page elsewhere\n");
+    EXPECT_EQ(read_file(dump + "/manifest.json"), manifest);
+    const tool_run run = run_tool(dir, "report " + dump + " -o " + dir.path() + "/r.html");
     ASSERT_EQ(run.status, 0) << run.out << run.err;
     const std::string page = read_file(dir.path() + "/r.html");
     EXPECT_LT(page.size(), 2u << 20);
@@ -940,7 +964,7 @@ TEST(IspCaseReport, SamplePageIsOneOfflineFileWithEveryPicture) {
 
     const std::vector<xml_element> elements = parse_xml(page);
     EXPECT_EQ(of_all(elements, "section", "id"),
-              (lines_t{"summary", "pushes", "step-init", "step-frame1"}));
+              (lines_t{"summary", "pushes", "step-setup", "step-frame2"}));
     // the summary from the manifest
     lines_t facts;
     for (const std::string &row : of_all(elements, "tr", "", "grid"))
@@ -1002,17 +1026,17 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
                       });
     const std::string a = dump_of(dir, "a", ISP_SAMPLE_CASE_DIR), b = dump_of(dir, "b", changed);
     const tool_run run = run_tool(
-        dir, "report " + a + " --against " + b + " --frame 0 -o " + dir.path() + "/r.html");
+        dir, "report " + a + " --against " + b + " --frame 1 -o " + dir.path() + "/r.html");
     ASSERT_EQ(run.status, 0) << run.out << run.err;
     const std::vector<xml_element> elements = parse_xml(read_file(dir.path() + "/r.html"));
 
     EXPECT_EQ(of_all(elements, "section", "id"),
-              (lines_t{"summary", "changes", "pushes", "step-init", "step-frame0"}));
+              (lines_t{"summary", "changes", "pushes", "step-setup", "step-frame1"}));
     // what changed: the curve alone, in each of the three steps; sRGB at 0.5 is 187.5 in u8.4
     EXPECT_EQ(of_all(elements, "tr", "", "gamma lut#3"),
-              (lines_t{"initgamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
-                       "frame 0gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
-                       "frame 1gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
+              (lines_t{"setup (f0)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
+                       "frame 1 (f1)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
+                       "frame 2 (f1 again)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
     // B's two points, code and real value, highlighted in the member tables of init and frame 0
     EXPECT_EQ(of_all(elements, "mark"), lines_t(8, "0"));
     // the curve drawn twice, once per run, with a legend naming each

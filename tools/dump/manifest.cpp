@@ -3,7 +3,6 @@
 
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 namespace isp_case {
 namespace {
@@ -22,47 +21,6 @@ value strings(const std::vector<std::string> &items) {
 
 value text_or_null(const std::string &text) {
     return text.empty() ? value() : value(text);
-}
-
-/* Reading: every accessor throws with the key it missed, caught once by manifest_from_json. */
-const value &at(const picojson::object &o, const char *key) {
-    auto it = o.find(key);
-    if (it == o.end()) throw std::runtime_error(std::string("no \"") + key + "\"");
-    return it->second;
-}
-
-const picojson::object &object_at(const picojson::object &o, const char *key) {
-    const value &v = at(o, key);
-    if (!v.is<picojson::object>()) throw std::runtime_error(std::string(key) + ": not an object");
-    return v.get<picojson::object>();
-}
-
-const picojson::array &array_at(const picojson::object &o, const char *key) {
-    const value &v = at(o, key);
-    if (!v.is<picojson::array>()) throw std::runtime_error(std::string(key) + ": not an array");
-    return v.get<picojson::array>();
-}
-
-std::string string_at(const picojson::object &o, const char *key) {
-    const value &v = at(o, key);
-    if (v.is<picojson::null>()) return "";
-    if (!v.is<std::string>()) throw std::runtime_error(std::string(key) + ": not a string");
-    return v.get<std::string>();
-}
-
-double number_at(const picojson::object &o, const char *key) {
-    const value &v = at(o, key);
-    if (!v.is<double>()) throw std::runtime_error(std::string(key) + ": not a number");
-    return v.get<double>();
-}
-
-std::vector<std::string> strings_at(const picojson::object &o, const char *key) {
-    std::vector<std::string> out;
-    for (const value &v : array_at(o, key)) {
-        if (!v.is<std::string>()) throw std::runtime_error(std::string(key) + ": not a string");
-        out.push_back(v.get<std::string>());
-    }
-    return out;
 }
 
 value push_json(const manifest_push &p) {
@@ -93,30 +51,6 @@ value push_json(const manifest_push &p) {
     return value(o);
 }
 
-manifest_push push_from(const picojson::object &o) {
-    manifest_push p;
-    p.step    = string_at(o, "step");
-    p.module  = string_at(o, "module");
-    p.block   = string_at(o, "block");
-    p.channel = static_cast<int>(number_at(o, "channel"));
-    p.cmd     = static_cast<uint32_t>(number_at(o, "cmd"));
-    p.group   = string_at(o, "group");
-    p.type    = string_at(o, "type");
-    p.size    = static_cast<size_t>(number_at(o, "size"));
-    for (const value &s : array_at(o, "sources")) {
-        if (!s.is<picojson::object>()) throw std::runtime_error("sources: not an object");
-        const picojson::object &so = s.get<picojson::object>();
-        p.sources.push_back({static_cast<int>(number_at(so, "partition")),
-                             static_cast<int>(number_at(so, "channel")), string_at(so, "file")});
-    }
-    const picojson::object &files = object_at(o, "files");
-    p.bin                         = string_at(files, "bin");
-    p.json                        = string_at(files, "json");
-    p.cmodel                      = strings_at(files, "cmodel");
-    p.targets                     = strings_at(files, "targets");
-    return p;
-}
-
 }  // namespace
 
 picojson::value manifest_json(const manifest &m) {
@@ -139,36 +73,6 @@ picojson::value manifest_json(const manifest &m) {
     for (const manifest_push &p : m.pushes) pushes.push_back(push_json(p));
     o["pushes"] = value(pushes);
     return value(o);
-}
-
-bool manifest_from_json(const picojson::value &v, manifest &out, std::string &error) {
-    try {
-        if (!v.is<picojson::object>()) throw std::runtime_error("not a JSON object");
-        const picojson::object &o = v.get<picojson::object>();
-        if (number_at(o, "manifest_version") != manifest_version)
-            throw std::runtime_error("manifest_version is not " + std::to_string(manifest_version));
-        manifest m;
-        m.tool                       = string_at(o, "tool");
-        m.library                    = string_at(o, "library");
-        m.case_path                  = string_at(o, "case");
-        const picojson::object &grid = object_at(o, "grid");
-        m.part_h                     = static_cast<int>(number_at(grid, "h"));
-        m.part_v                     = static_cast<int>(number_at(grid, "v"));
-        m.channels                   = static_cast<int>(number_at(o, "channels"));
-        m.frames                     = static_cast<int>(number_at(o, "frames"));
-        m.pointer_bytes              = static_cast<unsigned>(number_at(o, "pointer_bytes"));
-        m.modules                    = strings_at(o, "modules");
-        m.bypass                     = strings_at(o, "bypass");
-        for (const value &p : array_at(o, "pushes")) {
-            if (!p.is<picojson::object>()) throw std::runtime_error("pushes: not an object");
-            m.pushes.push_back(push_from(p.get<picojson::object>()));
-        }
-        out = std::move(m);
-        return true;
-    } catch (const std::exception &e) {
-        error = e.what();
-        return false;
-    }
 }
 
 bool read_file_bytes(const std::string &path, std::string &out, std::string &error) {

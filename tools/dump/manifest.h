@@ -49,8 +49,6 @@ struct manifest {
 };
 
 picojson::value manifest_json(const manifest &m);
-/* False with the reason in error when the value is not a manifest this tool writes. */
-bool manifest_from_json(const picojson::value &value, manifest &out, std::string &error);
 
 /* A file's bytes, and a file's JSON value: false with "<path>: cannot be read" or "<path>: not
  * JSON: <reason>" in error. */

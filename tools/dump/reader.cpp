@@ -1,109 +1,420 @@
-/* Reading a dump: the manifest and the decoded member files it names. */
+/* Reading a dump: the manifest, checked against its files, and the decoded members of a push,
+ * checked against its raw bytes. */
 #include "tools/dump/reader.h"
 
 #include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <map>
+#include <set>
+
+#include <fmt/core.h>
+
+#include "convert/common/register_map.h"
+#include "modules/tables.h"
+#include "tools/dump/decode.h"
+#include "tools/dump/manifest.h"
 
 namespace isp_case {
-namespace report {
 namespace {
 
-const picojson::value &at(const picojson::value &o, const char *key) {
-    static const picojson::value null;
-    return o.is<picojson::object>() && o.contains(key) ? o.get(key) : null;
+namespace fs = std::filesystem;
+using picojson::value;
+
+/* ---- manifest fields: every accessor throws with the key it missed ------------------------ */
+
+struct bad_field : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+const value &at(const picojson::object &o, const char *key) {
+    auto it = o.find(key);
+    if (it == o.end()) throw bad_field(std::string("no \"") + key + "\"");
+    return it->second;
 }
 
-std::vector<double> numbers(const picojson::value &v) {
-    std::vector<double> out;
-    if (v.is<double>()) out.push_back(v.get<double>());
-    if (v.is<picojson::array>())
-        for (const picojson::value &e : v.get<picojson::array>())
-            out.push_back(e.is<double>() ? e.get<double>() : 0.0);
-    return out;
+const picojson::object &object_of(const value &v, const char *key) {
+    if (!v.is<picojson::object>()) throw bad_field(std::string(key) + ": not an object");
+    return v.get<picojson::object>();
 }
 
-std::vector<std::string> texts(const picojson::value &v) {
+const picojson::array &array_at(const picojson::object &o, const char *key) {
+    const value &v = at(o, key);
+    if (!v.is<picojson::array>()) throw bad_field(std::string(key) + ": not an array");
+    return v.get<picojson::array>();
+}
+
+std::string string_at(const picojson::object &o, const char *key) {
+    const value &v = at(o, key);
+    if (v.is<picojson::null>()) return "";
+    if (!v.is<std::string>()) throw bad_field(std::string(key) + ": not a string");
+    return v.get<std::string>();
+}
+
+/* A whole number from min to max. */
+long number_at(const picojson::object &o, const char *key, long min, long max) {
+    const value &v = at(o, key);
+    if (!v.is<double>()) throw bad_field(std::string(key) + ": not a number");
+    const double d = v.get<double>();
+    if (!(d >= double(min) && d <= double(max)) || d != std::floor(d))
+        throw bad_field(fmt::format("{}: {} is not a whole number from {} to {}", key,
+                                    v.serialize(), min, max));
+    return long(d);
+}
+
+std::vector<std::string> strings_at(const picojson::object &o, const char *key) {
     std::vector<std::string> out;
-    if (v.is<picojson::array>())
-        for (const picojson::value &e : v.get<picojson::array>())
-            out.push_back(e.is<std::string>() ? e.get<std::string>() : e.serialize());
+    for (const value &v : array_at(o, key)) {
+        if (!v.is<std::string>()) throw bad_field(std::string(key) + ": not a string");
+        out.push_back(v.get<std::string>());
+    }
     return out;
 }
 
-std::string text(const picojson::value &v) {
-    return v.is<std::string>() ? v.get<std::string>() : std::string();
+constexpr long k_most = 1L << 30;
+
+/* Version 2: {"phase": "frame", "frame": 3, "dir": 3}. Version 1 named the step "init" or
+ * "frameK", K counted from 0 for the cycle that read f(K+1); its directory comes from the
+ * sources afterwards (dir -1 until then). */
+step_id step_of(const value &v, int version) {
+    step_id step;
+    if (version == 1) {
+        const std::string name = v.is<std::string>() ? v.get<std::string>() : "";
+        if (name == "init") return step;
+        const std::string digits = name.rfind("frame", 0) == 0 ? name.substr(5) : "";
+        if (digits.empty() || digits.size() > 9 ||
+            digits.find_first_not_of("0123456789") != std::string::npos)
+            throw bad_field("step: \"" + name + "\" is not init or frameN");
+        step.kind   = phase::frame;
+        step.number = std::stoi(digits) + 1;
+        step.dir    = -1;
+        return step;
+    }
+    const picojson::object &o = object_of(v, "step");
+    const std::string kind    = string_at(o, "phase");
+    if (kind == "setup" || kind == "teardown") {
+        step.kind = kind == "setup" ? phase::setup : phase::teardown;
+        return step;
+    }
+    if (kind != "frame")
+        throw bad_field("step: phase \"" + kind + "\" is not setup, frame or teardown");
+    step.kind   = phase::frame;
+    step.number = int(number_at(o, "frame", 1, k_most));
+    step.dir    = int(number_at(o, "dir", 0, step.number));
+    return step;
 }
 
-member_view member_of(const picojson::value &m) {
-    member_view v;
-    v.name     = text(at(m, "name"));
-    v.format   = text(at(m, "format"));
-    v.location = text(at(m, "register"));
-    v.count    = unsigned(at(m, "count").is<double>() ? at(m, "count").get<double>() : 1);
-    v.pointer  = at(m, "pointer").is<bool>() && at(m, "pointer").get<bool>();
-    /* a pointer is shown by the array it leads to, where that was recorded */
-    const picojson::value &holder = at(m, "target").is<picojson::object>() ? at(m, "target") : m;
-    v.per_partition =
-        at(holder, "per_partition").is<bool>() && at(holder, "per_partition").get<bool>();
-    v.scalar = holder.contains("code");
-    v.codes  = numbers(at(holder, v.scalar ? "code" : "codes"));
-    v.values = numbers(at(holder, v.scalar ? "value" : "values"));
+/* "cfgs/f3/rtl_wbc_p0.json": 3; -1 for a file outside the frame directories */
+int frame_dir_of(const std::string &file) {
+    if (file.rfind("cfgs/f", 0) != 0) return -1;
+    const size_t end         = file.find('/', 6);
+    const std::string digits = file.substr(6, end == std::string::npos ? end : end - 6);
+    if (digits.empty() || digits.size() > 9 ||
+        digits.find_first_not_of("0123456789") != std::string::npos)
+        return -1;
+    return std::stoi(digits);
+}
+
+dump_push push_of(const picojson::object &o, int version) {
+    dump_push p;
+    p.step    = step_of(at(o, "step"), version);
+    p.module  = string_at(o, "module");
+    p.block   = string_at(o, "block");
+    p.channel = int(number_at(o, "channel", 0, k_most));
+    p.command = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFFL));
+    p.group   = string_at(o, "group");
+    p.type    = string_at(o, "type");
+    p.size    = size_t(number_at(o, "size", 0, k_most));
+    for (const value &s : array_at(o, "sources")) {
+        const picojson::object &so = object_of(s, "sources");
+        p.sources.push_back({int(number_at(so, "partition", 0, k_most)),
+                             int(number_at(so, "channel", 0, k_most)), string_at(so, "file")});
+    }
+    const picojson::object &files = object_of(at(o, "files"), "files");
+    p.bin                         = string_at(files, "bin");
+    p.json                        = string_at(files, "json");
+    p.cmodel                      = strings_at(files, "cmodel");
+    p.targets                     = strings_at(files, "targets");
+    return p;
+}
+
+dump_verdict verdict_of(const picojson::object &o) {
+    dump_verdict v;
+    v.recorded          = true;
+    v.result            = string_at(o, "result");
+    v.text              = string_at(o, "text");
+    v.errors            = int(number_at(o, "errors", 0, k_most));
+    v.warnings          = int(number_at(o, "warnings", 0, k_most));
+    const value &strict = at(o, "strict");
+    if (!strict.is<bool>()) throw bad_field("strict: not true or false");
+    v.strict = strict.get<bool>();
     return v;
 }
 
-bool read_push(const std::string &dir, const manifest_push &p, push_view &out, std::string &error) {
-    picojson::value decoded;
-    if (!read_json_file(dir + "/" + p.json, decoded, error)) return false;
-    if (!at(decoded, "members").is<picojson::array>()) {
-        error = dir + "/" + p.json + ": not a decoded structure";
-        return false;
+void read_manifest(const value &root, dump &d) {
+    const picojson::object &o = object_of(root, "the manifest");
+    /* "manifest_version" since the first layout; a writer may also spell it "version" */
+    const char *version_key =
+        o.count("version") && !o.count("manifest_version") ? "version" : "manifest_version";
+    d.version = int(number_at(o, version_key, 0, k_most));
+    if (d.version != 1 && d.version != 2)
+        throw bad_field(fmt::format("manifest_version {} is not 1 or 2", d.version));
+    d.tool                       = string_at(o, "tool");
+    d.library                    = string_at(o, "library");
+    d.case_path                  = string_at(o, "case");
+    const picojson::object &grid = object_of(at(o, "grid"), "grid");
+    d.part_h                     = int(number_at(grid, "h", 0, 255));
+    d.part_v                     = int(number_at(grid, "v", 0, 255));
+    d.channels                   = int(number_at(o, "channels", 0, 6));
+    d.frames                     = int(number_at(o, "frames", 0, k_most));
+    d.pointer_bytes              = unsigned(number_at(o, "pointer_bytes", 0, 16));
+    d.modules                    = strings_at(o, "modules");
+    d.bypass                     = strings_at(o, "bypass");
+    /* the run's verdict and findings, where the writer recorded them */
+    if (o.count("verdict")) d.verdict = verdict_of(object_of(at(o, "verdict"), "verdict"));
+    if (o.count("findings")) d.findings = array_at(o, "findings");
+    const picojson::array &pushes = array_at(o, "pushes");
+    d.pushes.reserve(pushes.size());
+    for (const value &p : pushes) d.pushes.push_back(push_of(object_of(p, "pushes"), d.version));
+}
+
+/* Version 1 gave no directory: a frame step read the one its sources name, f(N) where none
+ * does. */
+void dirs_from_sources(dump &d) {
+    std::map<int, int> dir_of;
+    for (const dump_push &p : d.pushes)
+        if (p.step.kind == phase::frame)
+            for (const dump_source &s : p.sources)
+                if (const int dir = frame_dir_of(s.file); dir >= 0)
+                    dir_of.emplace(p.step.number, dir);
+    for (dump_push &p : d.pushes)
+        if (p.step.dir < 0) {
+            const auto it = dir_of.find(p.step.number);
+            p.step.dir    = it == dir_of.end() ? p.step.number : it->second;
+        }
+}
+
+/* ---- wholeness ----------------------------------------------------------------------------- */
+
+bool same_step(const step_id &x, const step_id &y) {
+    return x.kind == y.kind && x.number == y.number;
+}
+
+/* A push against the grid, channels, frames and modules of its manifest. */
+void check_push(const dump &d, const dump_push &p, const std::string &manifest) {
+    const std::string where        = manifest + ": push " + (p.bin.empty() ? p.module : p.bin);
+    const isp::module_desc *module = isp::find_module(p.module);
+    if (!module) throw dump_error(where + ": no module is called \"" + p.module + "\"");
+    if (std::find(d.modules.begin(), d.modules.end(), p.module) == d.modules.end())
+        throw dump_error(where + ": module " + p.module + " is not among the manifest's modules");
+    if (p.step.kind == phase::frame && p.step.number > d.frames)
+        throw dump_error(fmt::format("{}: {} but the manifest says {} frame(s)", where,
+                                     step_name(p.step), d.frames));
+    const int channels = std::max(d.channels, 1);
+    if (p.channel >= channels)
+        throw dump_error(fmt::format("{}: channel {} but the manifest says {} channel(s)", where,
+                                     p.channel, d.channels));
+    if (p.sources.empty()) return;
+    if (int(p.sources.size()) != std::min(d.partitions(), 256))
+        throw dump_error(fmt::format(
+            "{}: converted from {} partition file(s) but the manifest's grid {}x{} has {} "
+            "partition(s)",
+            where, p.sources.size(), d.part_h, d.part_v, d.partitions()));
+    for (const dump_source &s : p.sources)
+        if (s.partition >= d.partitions() || s.channel >= channels)
+            throw dump_error(fmt::format(
+                "{}: source {} (partition {}, channel {}) outside the manifest's grid {}x{} and "
+                "{} channel(s)",
+                where, s.file, s.partition, s.channel, d.part_h, d.part_v, d.channels));
+}
+
+/* Every file the manifest lists is a regular file, and every .bin holds its push's bytes. */
+void check_files(const dump &d) {
+    size_t lacking = 0;
+    std::string first;
+    for (const dump_push &p : d.pushes) {
+        std::vector<const std::string *> files = {&p.bin, &p.json};
+        for (const std::string &f : p.cmodel) files.push_back(&f);
+        for (const std::string &f : p.targets) files.push_back(&f);
+        bool whole = true;
+        for (const std::string *f : files) {
+            std::error_code error;
+            if (!f->empty() && fs::is_regular_file(d.dir + "/" + *f, error)) continue;
+            if (first.empty()) first = d.dir + "/" + *f;
+            whole = false;
+        }
+        if (!whole) {
+            ++lacking;
+            continue;
+        }
+        std::error_code error;
+        const uintmax_t size = fs::file_size(d.dir + "/" + p.bin, error);
+        if (!error && size != p.size)
+            throw dump_error(fmt::format("{}/{}: {} bytes, but the manifest says the push has {}",
+                                         d.dir, p.bin, size, p.size));
     }
-    out.step   = p.step;
-    out.module = p.module;
-    out.block  = p.block;
-    /* the channelled modules keep one directory per channel */
-    out.channel = p.bin.find("/chn") == std::string::npos ? -1 : p.channel;
-    out.command = int(p.cmd);
-    out.group   = p.group;
-    out.type    = p.type;
-    out.size    = p.size;
-    out.file    = p.bin;
-    out.problem = text(at(decoded, "problem"));
-    for (const manifest_source &s : p.sources) out.sources.push_back(s.file);
-    for (const picojson::value &m : decoded.get("members").get<picojson::array>())
-        out.members.push_back(member_of(m));
-    return true;
+    if (lacking)
+        throw dump_error(fmt::format(
+            "{}: not a whole dump: {} of the manifest's {} pushes lack files, the first {}", d.dir,
+            lacking, d.pushes.size(), first));
+}
+
+/* ---- decoded members ------------------------------------------------------------------------ */
+
+const value &field(const value &o, const char *key) {
+    static const value null;
+    return o.is<picojson::object>() && o.contains(key) ? o.get(key) : null;
+}
+
+std::string text_of(const value &v) {
+    return v.is<std::string>() ? v.get<std::string>() : std::string();
+}
+
+std::vector<double> numbers(const value &v) {
+    std::vector<double> out;
+    if (v.is<double>()) out.push_back(v.get<double>());
+    if (v.is<picojson::array>())
+        for (const value &e : v.get<picojson::array>())
+            out.push_back(e.is<double>() ? e.get<double>() : NAN);
+    return out;
+}
+
+dump_member member_of(const value &m) {
+    dump_member v;
+    v.name     = text_of(field(m, "name"));
+    v.format   = text_of(field(m, "format"));
+    v.location = text_of(field(m, "register"));
+    v.count    = unsigned(field(m, "count").is<double>() ? field(m, "count").get<double>() : 1);
+    v.pointer  = field(m, "pointer").is<bool>() && field(m, "pointer").get<bool>();
+    /* a pointer is read as the array it leads to, where that was recorded */
+    const value &holder = field(m, "target").is<picojson::object>() ? field(m, "target") : m;
+    v.per_partition =
+        field(holder, "per_partition").is<bool>() && field(holder, "per_partition").get<bool>();
+    v.scalar = holder.contains("code");
+    v.codes  = numbers(field(holder, v.scalar ? "code" : "codes"));
+    v.values = numbers(field(holder, v.scalar ? "value" : "values"));
+    return v;
+}
+
+std::string read_bytes(const std::string &path) {
+    std::string bytes, error;
+    if (!read_file_bytes(path, bytes, error)) throw dump_error(error);
+    return bytes;
+}
+
+/* The first member whose codes the raw bytes do not give; empty when they all agree. */
+std::string disagreeing_member(const std::vector<dump_member> &from_bytes,
+                               const std::vector<dump_member> &written) {
+    for (size_t i = 0; i < std::max(from_bytes.size(), written.size()); ++i) {
+        if (i >= from_bytes.size() || i >= written.size())
+            return i < written.size() ? written[i].name : from_bytes[i].name;
+        const dump_member &x = from_bytes[i], &y = written[i];
+        if (x.name != y.name || x.codes != y.codes) return y.name;
+    }
+    return "";
 }
 
 }  // namespace
 
-const member_view *push_view::member(const std::string &name) const {
-    for (const member_view &m : members)
+const dump_member *decoded_push::member(const std::string &name) const {
+    for (const dump_member &m : members)
         if (m.name == name) return &m;
     return nullptr;
 }
 
-bool load_dump(const std::string &dir, dump_view &out, std::string &error) {
+dump open_dump(const std::string &dir) {
     const std::string path = dir + "/manifest.json";
-    picojson::value root;
-    if (!read_json_file(path, root, error)) return false;
-    if (!manifest_from_json(root, out.facts, error)) {
-        error = path + ": " + error;
-        return false;
+    value root;
+    std::string error;
+    if (!read_json_file(path, root, error)) throw dump_error(error);
+    dump d;
+    d.dir = dir;
+    try {
+        read_manifest(root, d);
+    } catch (const bad_field &e) {
+        throw dump_error(path + ": " + e.what());
     }
-    out.dir               = dir;
-    out.problems_recorded = root.contains("failures") || root.contains("warnings");
-    out.failures          = texts(at(root, "failures"));
-    out.warnings          = texts(at(root, "warnings"));
-    for (const manifest_push &p : out.facts.pushes) {
-        if (std::find(out.steps.begin(), out.steps.end(), p.step) == out.steps.end())
-            out.steps.push_back(p.step);
-        push_view view;
-        if (!read_push(dir, p, view, error)) return false;
-        out.pushes.push_back(std::move(view));
+    if (d.version == 1) dirs_from_sources(d);
+    for (dump_push &p : d.pushes) {
+        p.channelled =
+            isp::find_module(p.module) &&
+            isp::file_kind_of(*isp::find_module(p.module)) == isp::file_kind::per_channel;
+        check_push(d, p, path);
+        if (d.steps.empty() || !same_step(d.steps.back(), p.step)) d.steps.push_back(p.step);
     }
-    out.facts.pushes.clear();
-    return true;
+    check_files(d);
+    return d;
 }
 
-}  // namespace report
+decoded_push read_push(const dump &d, const dump_push &push) {
+    const std::string json_path = d.dir + "/" + push.json, bin_path = d.dir + "/" + push.bin;
+    value written;
+    std::string error;
+    if (!read_json_file(json_path, written, error)) throw dump_error(error);
+    if (!field(written, "members").is<picojson::array>())
+        throw dump_error(json_path + ": not a decoded structure");
+    decoded_push out;
+    out.problem = text_of(field(written, "problem"));
+    for (const value &m : field(written, "members").get<picojson::array>()) {
+        if (!m.is<picojson::object>() || !field(m, "name").is<std::string>())
+            throw dump_error(json_path + ": a member without a name");
+        out.members.push_back(member_of(m));
+    }
+    out.bytes = read_bytes(bin_path); /* its size checked when the dump was opened */
+    if (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size)
+        throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
+                                     json_path, field(written, "size").serialize(), push.size));
+
+    /* the members again, from the raw bytes and the arrays behind the pointers */
+    const std::vector<uint8_t> bytes(out.bytes.begin(), out.bytes.end());
+    decode_input input;
+    input.block                    = push.block.c_str();
+    input.type                     = push.type.empty() ? nullptr : push.type.c_str();
+    input.bytes                    = &bytes;
+    input.partitions               = std::min(d.partitions(), 256);
+    const isp::struct_desc *layout = input.type ? isp::find_struct(input.type) : nullptr;
+    const isp::block_map *map      = isp::find_block_map(push.block.c_str());
+    /* a structure this build does not lay out, or lays out otherwise (a dump of a target whose
+     * pointers have another width): its decoded file is taken as written */
+    if (!layout || layout->size != bytes.size()) return out;
+    for (const std::string &target : push.targets) {
+        /* "<push>.<member>.bin": the element size is the one its register rows store */
+        const std::string stem   = target.substr(0, target.size() - 4);
+        const std::string member = stem.substr(stem.rfind('.') + 1);
+        pointee p;
+        const std::string raw = read_bytes(d.dir + "/" + target);
+        p.bytes.assign(raw.begin(), raw.end());
+        for (uint32_t i = 0; layout && map && i < layout->member_count; ++i)
+            if (member == layout->members[i].name)
+                if (const isp::field_row *row = isp::member_row(*map, *layout, layout->members[i]))
+                    p.elem_size = row->member.elem_size;
+        input.pointees[member] = std::move(p);
+    }
+    std::vector<dump_member> from_bytes;
+    const value decoded = decode_structure(input);
+    for (const value &m : field(decoded, "members").get<picojson::array>())
+        from_bytes.push_back(member_of(m));
+    if (const std::string member = disagreeing_member(from_bytes, out.members); !member.empty())
+        throw dump_error(bin_path + ": its bytes disagree with " + json_path + " (member " +
+                         member + ")");
+    return out;
+}
+
+std::string step_label(const step_id &step) {
+    if (step.kind == phase::setup) return "setup (f0)";
+    if (step.kind == phase::teardown || step.dir != step.number) return step_name(step);
+    return fmt::format("{} (f{})", step_name(step), step.dir);
+}
+
+bool is_frame_step(const step_id &step, int frame) {
+    if (frame == 0) return step.kind == phase::setup;
+    return step.kind == phase::frame && step.number == frame;
+}
+
+const step_id *find_frame(const dump &d, int frame) {
+    for (const step_id &s : d.steps)
+        if (is_frame_step(s, frame)) return &s;
+    return nullptr;
+}
+
 }  // namespace isp_case

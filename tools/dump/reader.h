@@ -1,59 +1,113 @@
-/* A dump directory as the report reads it: the run's facts from its manifest and, for every
- * push, the decoded members of the pushed structure. */
-#ifndef ISP_CASE_REPORT_DUMP_VIEW_H
-#define ISP_CASE_REPORT_DUMP_VIEW_H
+/* The one reader of dump directories, for diff, report and whatever compares runs: the manifest
+ * (the current layout and the one before it) checked against the files it lists, and each push's
+ * decoded members checked against its raw bytes when the push is read. */
+#ifndef ISP_CASE_DUMP_READER_H
+#define ISP_CASE_DUMP_READER_H
 
+#include <stddef.h>
+#include <stdint.h>
+
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "tools/dump/manifest.h"
+#include <picojson.h>
+
+#include "tools/core/step.h"
 
 namespace isp_case {
-namespace report {
+
+/* A dump that cannot be used as it is: the message names the file and what is wrong. Commands
+ * end with exit status 3 on it. */
+struct dump_error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/* A register file a push was converted from. */
+struct dump_source {
+    int partition = 0, channel = 0;
+    std::string file; /* relative to the case directory: "cfgs/f1/rtl_wbc_p3.json" */
+};
+
+/* One push as the manifest lists it. */
+struct dump_push {
+    step_id step;
+    std::string module, block; /* "cc", "clc" */
+    int channel      = 0;
+    bool channelled  = false; /* the module keeps one directory per channel */
+    uint32_t command = 0;
+    std::string group, type; /* empty for a command or type the tool does not know */
+    size_t size = 0;         /* bytes pushed */
+    std::vector<dump_source> sources;
+    std::string bin, json;            /* relative to the dump */
+    std::vector<std::string> cmodel;  /* C-model files */
+    std::vector<std::string> targets; /* raw arrays behind pointer members */
+};
 
 /* One member of a pushed structure as its decoded file gives it. Per-partition members hold the
  * grid's partitions only; a pointer holds the array it leads to. */
-struct member_view {
+struct dump_member {
     std::string name;
     std::string format;     /* "u8.4"; empty where no register row reads the member */
-    std::string location;   /* the register path; empty likewise */
+    std::string location;   /* its register path; empty likewise */
     unsigned count     = 1; /* elements in the structure */
     bool scalar        = true;
     bool per_partition = false;
     bool pointer       = false;
     std::vector<double> codes;
-    std::vector<double> values; /* real values; empty without a format */
+    std::vector<double> values; /* real values (NaN where none is finite); empty without format */
 };
 
-struct push_view {
-    std::string step;   /* "init", "frame0", ... */
-    std::string module; /* "gamma" */
-    std::string block;  /* "gamma"; "clc" for cc */
-    int channel = -1;   /* -1 for the modules without channels */
-    int command = 0;
-    std::string group, type;
-    size_t size = 0;
-    std::vector<std::string> sources; /* register files, relative to the case */
-    std::string file;                 /* the raw bytes, relative to the dump */
-    std::string problem;              /* why the structure has no members, if it has none */
-    std::vector<member_view> members;
-    const member_view *member(const std::string &name) const;
+/* A push's structure: its members, or why it has none, and its raw bytes. */
+struct decoded_push {
+    std::string problem;
+    std::vector<dump_member> members;
+    std::string bytes; /* the .bin file, pointer members cleared */
+    const dump_member *member(const std::string &name) const;
 };
 
-struct dump_view {
+/* The verdict a run recorded (manifest version 2). */
+struct dump_verdict {
+    bool recorded = false;
+    std::string result, text; /* "not clean", "not clean: 2 warnings" */
+    int errors = 0, warnings = 0;
+    bool strict = false;
+};
+
+struct dump {
     std::string dir;
-    manifest facts;                 /* pushes moved to `pushes` */
-    std::vector<std::string> steps; /* in replay order */
-    std::vector<push_view> pushes;  /* in replay order */
-    bool problems_recorded = false; /* the manifest holds failures and warnings */
-    std::vector<std::string> failures, warnings;
+    int version = 0; /* of the manifest */
+    std::string tool, library, case_path;
+    int part_h = 0, part_v = 0, channels = 0, frames = 0;
+    unsigned pointer_bytes = 0;
+    std::vector<std::string> modules, bypass;
+    dump_verdict verdict;
+    picojson::array findings; /* as `check --format json` writes them */
+    std::vector<dump_push> pushes;
+    std::vector<step_id> steps; /* in replay order */
+
+    int partitions() const { return part_h * part_v; }
 };
 
-/* Reads dir/manifest.json and the decoded file of every push it lists. Returns false with a
- * message naming the file when either cannot be read. */
-bool load_dump(const std::string &dir, dump_view &out, std::string &error);
+/* Reads dir/manifest.json and checks the dump is whole: every file it lists is there, every .bin
+ * has the size its push has, and the pushes agree with the grid, channels and frames the
+ * manifest states. */
+dump open_dump(const std::string &dir);
 
-}  // namespace report
+/* The decoded members of one push, checked against its raw bytes (and the arrays behind its
+ * pointers): a .json that does not decode from its .bin is an error naming both. */
+decoded_push read_push(const dump &d, const dump_push &push);
+
+/* "frame 1 (f1)", "setup (f0)", "frame 5 (f3 again)", "teardown": a step with the frame
+ * directory it read. */
+std::string step_label(const step_id &step);
+
+/* Whether a step is the one `--frame N` means: frame N, the cycle that read cfgs/fN, or setup
+ * for N = 0 (setup reads cfgs/f0). */
+bool is_frame_step(const step_id &step, int frame);
+/* That step of a dump, or null. */
+const step_id *find_frame(const dump &d, int frame);
+
 }  // namespace isp_case
 
 #endif

@@ -40,6 +40,10 @@ void add_case_flags(CLI::App &command, case_flags &flags);
 /* Accepts the given names only, one entry of a comma-separated list at a time: an unknown entry
  * is answered with the closest name ("did you mean") or with the names to choose from. */
 CLI::Validator name_check(const std::vector<std::string> &names, const std::string &what);
+
+/* Accepts a finite tolerance, zero or more (diff, report --against). */
+CLI::Validator tolerance_check();
+
 CLI::Validator module_name_check();
 
 /* The options every command spells the same way: --format text|json for how it writes to

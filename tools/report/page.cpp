@@ -9,6 +9,7 @@
 
 #include <fmt/core.h>
 
+#include "convert/common/register_map.h"
 #include "isp_json_utils.h"
 #include "tools/output/escape.h"
 #include "tools/report/svg.h"
@@ -61,91 +62,107 @@ details>div{padding:2px 8px 8px;overflow-x:auto}
 
 constexpr size_t k_change_rows = 200; /* beyond this many changed members, a count suffices */
 
+/* A shown push as the page draws it: its facts from the manifest and its members. */
+struct push_view {
+    step_id step;
+    std::string module, block, group, type, file, problem;
+    int channel = -1; /* -1 for the modules without channels */
+    int command = 0;
+    size_t size = 0, index = 0;
+    std::vector<dump_member> members;
+    const dump_member *member(const std::string &name) const {
+        for (const dump_member &m : members)
+            if (m.name == name) return &m;
+        return nullptr;
+    }
+};
+
+push_view view_of(const shown_push &s) {
+    push_view v;
+    const dump_push &p = *s.push;
+    v.step             = p.step;
+    v.module           = p.module;
+    v.block            = p.block;
+    v.group            = p.group;
+    v.type             = p.type;
+    v.file             = p.bin;
+    v.problem          = s.decoded.problem;
+    v.channel          = p.channelled ? p.channel : -1;
+    v.command          = int(p.command);
+    v.size             = p.size;
+    v.index            = s.index;
+    v.members          = s.decoded.members;
+    return v;
+}
+
 std::string channel_label(int channel) {
     return channel < 0 ? std::string() : fmt::format("c{}", channel);
 }
 
+std::string push_id(const dump_push &p) {
+    return fmt::format("g-{}-{}{}-{}-{}", step_dir(p.step), p.module,
+                       p.channelled ? "-c" + std::to_string(p.channel) : "", p.command, p.group);
+}
+
 std::string push_id(const push_view &p) {
-    return markup_escape(
-        fmt::format("g-{}-{}{}-{}-{}", p.step, p.module,
-                    p.channel < 0 ? "" : "-c" + std::to_string(p.channel), p.command, p.group),
-        markup_context::attribute);
+    return fmt::format("g-{}-{}{}-{}-{}", step_dir(p.step), p.module,
+                       p.channel < 0 ? "" : "-c" + std::to_string(p.channel), p.command, p.group);
+}
+
+std::string push_title(const std::string &module, int channel, const std::string &group,
+                       uint32_t command) {
+    std::string t = module;
+    if (channel >= 0) t += " " + channel_label(channel);
+    return t + " " + group + "#" + std::to_string(command);
 }
 
 std::string push_title(const push_view &p) {
-    std::string t = p.module;
-    if (p.channel >= 0) t += " " + channel_label(p.channel);
-    return t + " " + p.group + "#" + std::to_string(p.command);
+    return push_title(p.module, p.channel, p.group, uint32_t(p.command));
 }
 
-std::string step_title(const std::string &step) {
-    if (step.rfind("frame", 0) == 0) return "frame " + step.substr(5);
-    return step;
+std::string push_title(const dump_push &p) {
+    return push_title(p.module, p.channelled ? p.channel : -1, p.group, p.command);
 }
 
 /* The values a picture draws: real values where the member has a format, codes otherwise. */
-const std::vector<double> &drawn(const member_view &m) {
+const std::vector<double> &drawn(const dump_member &m) {
     return m.values.empty() ? m.codes : m.values;
 }
 
 /* The member's format; "code" for a member no register row reads, whose numbers are shown as
  * they are stored. */
-std::string format_label(const member_view &m) {
+std::string format_label(const dump_member &m) {
     return m.format.empty() ? "code" : m.format;
 }
 
-/* Elements whose codes (the bytes the hardware gets) differ. */
-std::vector<size_t> differing(const member_view &a, const member_view &b) {
-    const std::vector<double> &x = a.codes, &y = b.codes;
-    std::vector<size_t> out;
-    for (size_t i = 0; i < std::max(x.size(), y.size()); ++i)
-        if (i >= x.size() || i >= y.size() || x[i] != y[i]) out.push_back(i);
-    return out;
-}
-
-struct push_key {
-    std::string step, module, group;
-    int channel, command;
-    bool operator<(const push_key &o) const {
-        return std::tie(step, module, channel, command, group) <
-               std::tie(o.step, o.module, o.channel, o.command, o.group);
-    }
-};
-
-push_key key_of(const push_view &p) {
-    return {p.step, p.module, p.group, p.channel, p.command};
-}
-
-/* The pushes of two dumps paired by step, module, channel, command and group. */
+/* The pushes of the two runs as the comparison engine paired them, and what it found. */
 class pairing {
   public:
-    explicit pairing(const dump_view *b) : b_(b) {
-        if (!b) return;
-        for (const push_view &p : b->pushes) by_key_[key_of(p)] = &p;
+    explicit pairing(const page_input &in) : in_(in) {
+        if (!comparing()) return;
+        for (const shown_push &s : in.b.shown) views_b_.emplace(s.index, view_of(s));
     }
-    bool comparing() const { return b_ != nullptr; }
+    bool comparing() const { return in_.b.run != nullptr; }
     const push_view *other(const push_view &p) const {
-        const auto it = by_key_.find(key_of(p));
-        return it == by_key_.end() ? nullptr : it->second;
+        if (!comparing() || p.index >= in_.b_of_a.size()) return nullptr;
+        const auto it = views_b_.find(in_.b_of_a[p.index]);
+        return it == views_b_.end() ? nullptr : &it->second;
     }
-    const member_view *other(const push_view &p, const member_view &m) const {
-        const push_view *o = other(p);
-        return o ? o->member(m.name) : nullptr;
+    bool differs(size_t push) const {
+        return comparing() && push < in_.changes.differs.size() && in_.changes.differs[push];
     }
-    bool differs(const push_view &p) const {
-        if (!b_) return false;
-        const push_view *o = other(p);
-        if (!o || o->size != p.size || o->members.size() != p.members.size()) return true;
-        for (const member_view &m : p.members) {
-            const member_view *n = o->member(m.name);
-            if (!n || !differing(m, *n).empty()) return true;
-        }
-        return false;
+    bool differs(const push_view &p) const { return differs(p.index); }
+    /* elements of a member of a shown push that differ */
+    std::set<size_t> differing(const push_view &p, const std::string &member) const {
+        const auto it = in_.changes.marks.find(p.index);
+        if (it == in_.changes.marks.end()) return {};
+        const auto m = it->second.find(member);
+        return m == it->second.end() ? std::set<size_t>{} : m->second;
     }
 
   private:
-    const dump_view *b_;
-    std::map<push_key, const push_view *> by_key_;
+    const page_input &in_;
+    std::map<size_t, push_view> views_b_;
 };
 
 std::string figure(const std::string &svg, const std::string &caption) {
@@ -160,24 +177,28 @@ std::string joined(const std::vector<std::string> &items) {
     return out;
 }
 
-std::vector<std::pair<std::string, std::string>> facts(const dump_view &d) {
-    const manifest &m = d.facts;
-    size_t bytes      = 0;
-    for (const push_view &p : d.pushes) bytes += p.size;
-    return {{"dump", d.dir},
+std::vector<std::pair<std::string, std::string>> facts(const dump &m) {
+    size_t bytes = 0;
+    for (const dump_push &p : m.pushes) bytes += p.size;
+    return {{"dump", m.dir},
             {"case", m.case_path},
             {"grid", fmt::format("{}x{} ({} partitions)", m.part_h, m.part_v, m.part_h * m.part_v)},
             {"channels", std::to_string(m.channels)},
             {"frames", std::to_string(m.frames)},
             {"modules", fmt::format("{}: {}", m.modules.size(), joined(m.modules))},
             {"bypass", m.bypass.empty() ? "none" : joined(m.bypass)},
-            {"pushes", fmt::format("{} groups, {} bytes", d.pushes.size(), bytes)},
+            {"pushes", fmt::format("{} groups, {} bytes", m.pushes.size(), bytes)},
             {"tool", m.tool},
             {"library", m.library}};
 }
 
-void summary(std::string &out, const dump_view &a, const dump_view *b,
-             const std::vector<std::string> &steps) {
+std::string steps_text(const std::vector<step_id> &steps) {
+    std::string shown;
+    for (const step_id &s : steps) shown += (shown.empty() ? "" : ", ") + step_label(s);
+    return shown;
+}
+
+void summary(std::string &out, const dump &a, const dump *b, const std::vector<step_id> &steps) {
     out += "<section id=\"summary\"><h2>Summary</h2><table class=\"facts\">";
     const auto fa = facts(a);
     const auto fb = b ? facts(*b) : decltype(fa){};
@@ -189,29 +210,16 @@ void summary(std::string &out, const dump_view &a, const dump_view *b,
         if (b) out += "<td>" + markup_escape(fb[i].second) + "</td>";
         out += "</tr>";
     }
-    std::string shown;
-    for (const std::string &s : steps) shown += (shown.empty() ? "" : ", ") + step_title(s);
     out += fmt::format("<tr><th>shown</th><td{}>{}</td></tr></table>", b ? " colspan=\"2\"" : "",
-                       markup_escape(shown));
+                       markup_escape(steps_text(steps)));
 
-    const auto problems = [&](const dump_view &d, const std::string &run) {
-        if (!d.problems_recorded) {
+    const auto problems = [&](const dump &d, const std::string &run) {
+        if (!d.verdict.recorded) {
             out += "<p>" + (run.empty() ? "Failures" : run + "failures") +
                    " and warnings: none recorded in the manifest.</p>";
             return;
         }
-        if (d.failures.empty() && d.warnings.empty()) {
-            out += "<p><span class=\"ok\">" + run + "no failures or warnings</span> recorded.</p>";
-            return;
-        }
-        out += "<ul>";
-        for (const std::string &f : d.failures)
-            out +=
-                "<li><span class=\"bad\">" + run + "failure</span> " + markup_escape(f) + "</li>";
-        for (const std::string &w : d.warnings)
-            out +=
-                "<li><span class=\"warn\">" + run + "warning</span> " + markup_escape(w) + "</li>";
-        out += "</ul>";
+        out += "<p>" + run + markup_escape(d.verdict.text) + "</p>";
     };
     problems(a, b ? "A: " : "");
     if (b) problems(*b, "B: ");
@@ -220,68 +228,73 @@ void summary(std::string &out, const dump_view &a, const dump_view *b,
 
 /* ---- what changed ----------------------------------------------------------------------- */
 
-std::string element_text(const member_view &m, size_t i) {
-    const std::vector<double> &v = drawn(m);
-    return i < v.size() ? number_label(v[i], 6) : "-";
+/* The element as the page shows it: its real value where it has a format, its code otherwise. */
+std::string element_text(const element_side &s) {
+    if (!s.present) return "missing";
+    return number_label(s.format.empty() ? s.code : s.value, 6);
 }
 
-void changes(std::string &out, const dump_view &a, const dump_view &b, const pairing &pairs) {
-    out += "<section id=\"changes\"><h2>What changed</h2>";
-    std::vector<std::string> rows;
-    size_t groups = 0, members = 0;
-    for (const push_view &p : a.pushes) {
-        const push_view *o = pairs.other(p);
-        if (!o) {
-            rows.push_back(fmt::format(
-                "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td colspan=\"3\">pushed by A "
-                "only</td></tr>",
-                markup_escape(step_title(p.step)), push_id(p), markup_escape(push_title(p))));
-            ++groups;
-            continue;
-        }
-        bool counted = false;
-        for (const member_view &m : p.members) {
-            const member_view *n           = o->member(m.name);
-            const std::vector<size_t> diff = n ? differing(m, *n) : std::vector<size_t>{0};
-            if (diff.empty()) continue;
-            ++members;
-            groups += counted ? 0 : 1;
-            counted            = true;
-            const size_t first = diff.front();
-            const size_t count = std::max(drawn(m).size(), size_t(1));
-            rows.push_back(fmt::format(
-                "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td>{}</td><td class=\"n\">{} of "
-                "{}</td><td>[{}] {} &#8594; {} ({})</td></tr>",
-                markup_escape(step_title(p.step)), push_id(p), markup_escape(push_title(p)),
-                markup_escape(m.name), diff.size(), count, first, element_text(m, first),
-                n ? element_text(*n, first) : "missing", format_label(m)));
-        }
+std::string change_text(const change_row &r) {
+    const difference &d = r.first;
+    switch (d.kind) {
+        case difference_kind::member_only_in_a:
+            return "not in B";
+        case difference_kind::member_only_in_b:
+            return "not in A";
+        case difference_kind::format:
+            return fmt::format("format {} &#8594; {}", markup_escape(d.in_a.format),
+                               markup_escape(d.in_b.format));
+        case difference_kind::location:
+            return fmt::format("register {} &#8594; {}", markup_escape(d.in_a.location),
+                               markup_escape(d.in_b.location));
+        case difference_kind::bytes:
+            return "raw bytes";
+        default:
+            break;
     }
-    std::set<push_key> in_a;
-    for (const push_view &p : a.pushes) in_a.insert(key_of(p));
-    for (const push_view &p : b.pushes)
-        if (!in_a.count(key_of(p))) {
-            ++groups;
-            rows.push_back(fmt::format(
-                "<tr><td>{}</td><td>{}</td><td colspan=\"3\">pushed by B only</td></tr>",
-                markup_escape(step_title(p.step)), markup_escape(push_title(p))));
-        }
+    return fmt::format("[{}] {} &#8594; {} ({})", d.index < 0 ? 0 : d.index, element_text(d.in_a),
+                       element_text(d.in_b), markup_escape(r.format.empty() ? "code" : r.format));
+}
+
+void changes(std::string &out, const dump &a, const dump &b, const page_changes &c) {
+    out += "<section id=\"changes\"><h2>What changed</h2>";
+    const std::vector<change_row> &rows = c.rows;
     if (rows.empty()) {
         out +=
             "<p class=\"ok\">No difference: both runs pushed the same groups with the same "
             "codes.</p></section>";
         return;
     }
+    size_t members = 0;
+    for (const change_row &r : rows) members += !r.only_a && !r.only_b;
     out += fmt::format(
         "<p><span class=\"bad\">{} member(s) differ in {} pushed group(s)</span>; A is drawn in "
         "<span class=\"key\" style=\"background:{}\"></span>{}, B in <span class=\"key\" "
         "style=\"background:{}\"></span>{} (dashed).</p>",
-        members, groups, palette::run_a, markup_escape(a.dir), palette::run_b,
-        markup_escape(b.dir));
+        members, c.summary.differing + c.summary.only_a + c.summary.only_b, palette::run_a,
+        markup_escape(a.dir), palette::run_b, markup_escape(b.dir));
     out +=
         "<table><tr><th>step</th><th>group</th><th>member</th><th>elements differing</th>"
         "<th>first difference: A &#8594; B</th></tr>";
-    for (size_t i = 0; i < rows.size() && i < k_change_rows; ++i) out += rows[i];
+    for (size_t i = 0; i < rows.size() && i < k_change_rows; ++i) {
+        const change_row &r    = rows[i];
+        const std::string step = markup_escape(step_label(r.push->step));
+        if (r.only_a)
+            out += fmt::format(
+                "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td colspan=\"3\">pushed by A "
+                "only</td></tr>",
+                step, push_id(*r.push), markup_escape(push_title(*r.push)));
+        else if (r.only_b)
+            out += fmt::format(
+                "<tr><td>{}</td><td>{}</td><td colspan=\"3\">pushed by B only</td></tr>", step,
+                markup_escape(push_title(*r.push)));
+        else
+            out += fmt::format(
+                "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td>{}</td><td class=\"n\">{} of "
+                "{}</td><td>{}</td></tr>",
+                step, push_id(*r.push), markup_escape(push_title(*r.push)), markup_escape(r.member),
+                r.elements, std::max(r.total, size_t(1)), change_text(r));
+    }
     out += "</table>";
     if (rows.size() > k_change_rows)
         out += fmt::format("<p class=\"muted\">and {} more rows.</p>", rows.size() - k_change_rows);
@@ -290,37 +303,50 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
 
 /* ---- pushes of every step ----------------------------------------------------------------- */
 
-void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
+void pushes(std::string &out, const dump &a, const pairing &pairs) {
     out += fmt::format(
         "<section id=\"pushes\"><h2>Pushed groups</h2><details><summary>{} pushes in {} "
         "steps: per step and module, group#command and size, per channel for the channelled "
         "modules</summary><div><table><tr><th>module</th>",
         a.pushes.size(), a.steps.size());
-    for (const std::string &s : a.steps) out += "<th>" + markup_escape(step_title(s)) + "</th>";
+    for (const step_id &s : a.steps) out += "<th>" + markup_escape(step_label(s)) + "</th>";
     out += "</tr>";
-    std::vector<std::string> order = a.facts.modules;
-    for (const push_view &p : a.pushes)
-        if (std::find(order.begin(), order.end(), p.module) == order.end())
+    std::vector<std::string> order = a.modules;
+    std::map<std::string, size_t> row_of;
+    for (size_t i = 0; i < order.size(); ++i) row_of.emplace(order[i], i);
+    /* one pass over the pushes: a cell per module and step, in replay order */
+    struct cell {
+        std::string text;
+        int channel  = -2;
+        bool changed = false;
+    };
+    std::vector<std::vector<cell>> cells(order.size(), std::vector<cell>(a.steps.size()));
+    size_t step = 0;
+    for (size_t i = 0; i < a.pushes.size(); ++i) {
+        const dump_push &p = a.pushes[i];
+        while (step + 1 < a.steps.size() &&
+               (a.steps[step].kind != p.step.kind || a.steps[step].number != p.step.number))
+            ++step;
+        if (!row_of.count(p.module)) {
+            row_of.emplace(p.module, order.size());
             order.push_back(p.module);
-    for (const std::string &module : order) {
-        out += "<tr><th>" + markup_escape(module) + "</th>";
-        for (const std::string &step : a.steps) {
-            std::string cell;
-            int channel  = -2;
-            bool changed = false;
-            for (const push_view &p : a.pushes) {
-                if (p.step != step || p.module != module) continue;
-                if (p.channel != channel && p.channel >= 0)
-                    cell += (cell.empty() ? "" : "<br/>") + channel_label(p.channel) + ": ";
-                else if (!cell.empty())
-                    cell += ", ";
-                channel = p.channel;
-                cell += fmt::format("{}#{} {}B", markup_escape(p.group), p.command, p.size);
-                changed = changed || pairs.differs(p);
-            }
-            out += fmt::format("<td{}>{}</td>", changed ? " class=\"diff\"" : "",
-                               cell.empty() ? "-" : cell);
+            cells.emplace_back(a.steps.size());
         }
+        cell &c           = cells[row_of[p.module]][step];
+        const int channel = p.channelled ? p.channel : -1;
+        if (channel != c.channel && channel >= 0)
+            c.text += (c.text.empty() ? "" : "<br/>") + channel_label(channel) + ": ";
+        else if (!c.text.empty())
+            c.text += ", ";
+        c.channel = channel;
+        c.text += fmt::format("{}#{} {}B", markup_escape(p.group), p.command, p.size);
+        c.changed = c.changed || pairs.differs(i);
+    }
+    for (size_t r = 0; r < order.size(); ++r) {
+        out += "<tr><th>" + markup_escape(order[r]) + "</th>";
+        for (const cell &c : cells[r])
+            out += fmt::format("<td{}>{}</td>", c.changed ? " class=\"diff\"" : "",
+                               c.text.empty() ? "-" : c.text);
         out += "</tr>";
     }
     out += "</table></div></details></section>";
@@ -328,19 +354,72 @@ void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
 
 /* ---- pictures ----------------------------------------------------------------------------- */
 
-/* The 257 16-bit entries of the compression curve, two to a pushed word (the even entry in the
- * low half) and the last one alone, as real values of the member's format. */
-std::vector<double> unpacked_hdrc(const member_view &m) {
+/* The structures the page draws, by their type in the library's layouts; which members it draws
+ * and how their entries sit come from the layouts and register rows. */
+enum class picture { curve, linearisation, mesh, colour_matrices, csc_matrix };
+
+struct picture_row {
+    const char *type;
+    picture kind;
+    const char *title;
+};
+
+const picture_row k_pictures[] = {
+    {"_isp_gamma_user_lut_t", picture::curve, "gamma curve"},
+    {"_isp_hdrc_user_hdrc_lut_t", picture::curve, "hdrc compression curve"},
+    {"_isp_hidrc_user_hidrc_lut_t", picture::curve, "hidrc inverse-compression curve"},
+    {"_isp_blc_user_lin_t", picture::linearisation, ""},
+    {"_isp_lsc_user_mesh_t", picture::mesh, ""},
+    {"_isp_clc_user_clc_t", picture::colour_matrices, ""},
+    {"_isp_csc_user_core_t", picture::csc_matrix, ""},
+};
+
+const picture_row *picture_of(const std::string &type) {
+    for (const picture_row &row : k_pictures)
+        if (type == row.type) return &row;
+    return nullptr;
+}
+
+/* How a curve's entries sit in its member: the register rows read `count` entries of `bits`
+ * each, `per_word` of them to an element (the lowest first); per_word 1: an entry per element. */
+struct curve_packing {
+    unsigned per_word = 1, bits = 0;
+    size_t count = 0;
+};
+
+curve_packing packing_of(const std::string &block, const isp::struct_desc &type,
+                         const isp::member_desc &m) {
+    curve_packing packing;
+    const isp::block_map *map = isp::find_block_map(block.c_str());
+    const isp::field_row *row = map ? isp::member_row(*map, type, m) : nullptr;
+    if (!row || row->kind != isp::row_kind::table || row->member.elem_size >= m.elem_size)
+        return packing;
+    packing.per_word = m.elem_size / row->member.elem_size;
+    packing.bits     = 8u * row->member.elem_size;
+    packing.count    = row->keys.count;
+    return packing;
+}
+
+/* The entries of a packed curve as real values of the member's format. */
+std::vector<double> unpacked(const dump_member &m, const curve_packing &packing) {
+    if (packing.per_word == 1) return drawn(m);
     std::vector<double> entries;
-    for (size_t i = 0; i < m.codes.size(); ++i) {
-        const uint32_t word = uint32_t(m.codes[i]);
-        for (const uint32_t entry : {word & 0xFFFFu, word >> 16}) {
-            if (entries.size() == 2 * m.codes.size() - 1) break;
-            entries.push_back(m.format.empty() ? entry
-                                               : regval_to_float(int32_t(entry), m.format.c_str()));
-        }
+    const uint64_t mask = (uint64_t{1} << packing.bits) - 1;
+    for (size_t k = 0; k < packing.count && k / packing.per_word < m.codes.size(); ++k) {
+        const uint64_t word  = uint64_t(m.codes[k / packing.per_word]);
+        const uint32_t entry = uint32_t((word >> (packing.bits * (k % packing.per_word))) & mask);
+        entries.push_back(m.format.empty() ? entry
+                                           : regval_to_float(int32_t(entry), m.format.c_str()));
     }
     return entries;
+}
+
+/* The squarest grid of a mesh's nodes, wider than tall: 285 nodes are 19 across, 15 down. */
+std::pair<size_t, size_t> mesh_shape(size_t nodes) {
+    size_t rows = 1;
+    for (size_t r = 1; r * r <= nodes; ++r)
+        if (nodes % r == 0) rows = r;
+    return {nodes / std::max(rows, size_t(1)), rows};
 }
 
 std::vector<double> indices(size_t n) {
@@ -355,28 +434,34 @@ struct step_pictures {
 
 class picture_maker {
   public:
-    picture_maker(const dump_view &a, const dump_view *b, const pairing &pairs)
-        : a_(a), b_(b), pairs_(pairs) {}
+    picture_maker(const dump &a, const dump *b, const std::vector<push_view> &shown,
+                  const pairing &pairs)
+        : a_(a), b_(b), shown_(shown), pairs_(pairs) {}
 
-    step_pictures make(const std::string &step) const {
+    step_pictures make(const step_id &step) const {
         step_pictures pics;
-        for (const push_view &p : a_.pushes) {
-            if (p.step != step) continue;
-            const push_view *o = pairs_.other(p);
-            if (p.module == "gamma" && p.group == "lut")
-                curve(pics, p, o, "gam_lut", "gamma curve", false);
-            else if (p.module == "hdrc" && p.group == "hdrc_lut")
-                curve(pics, p, o, "hdrc_lut", "hdrc compression curve", true);
-            else if (p.module == "hidrc" && p.group == "hidrc_lut")
-                curve(pics, p, o, "hidrc_lut", "hidrc inverse-compression curve", false);
-            else if (p.group == "lin" && (p.module == "lin" || p.module == "blc"))
-                linearisation(pics, p, o);
-            else if (p.module == "lsc" && p.group == "mesh")
-                meshes(pics, p, o);
-            else if (p.module == "cc" && p.group == "clc")
-                colour_matrices(pics, p, o);
-            else if (p.module == "csc" && p.group == "core")
-                csc_matrix(pics, p, o);
+        for (const push_view &p : shown_) {
+            if (step_dir(p.step) != step_dir(step)) continue;
+            const push_view *o           = pairs_.other(p);
+            const picture_row *row       = picture_of(p.type);
+            const isp::struct_desc *type = row ? isp::find_struct(p.type.c_str()) : nullptr;
+            if (type && type->member_count > 0) switch (row->kind) {
+                    case picture::curve:
+                        curve(pics, p, o, *type, row->title);
+                        break;
+                    case picture::linearisation:
+                        linearisation(pics, p, o);
+                        break;
+                    case picture::mesh:
+                        meshes(pics, p, o, *type);
+                        break;
+                    case picture::colour_matrices:
+                        colour_matrices(pics, p, o);
+                        break;
+                    case picture::csc_matrix:
+                        csc_matrix(pics, p, o);
+                        break;
+                }
             partition_members(pics, p, o);
         }
         return pics;
@@ -387,14 +472,14 @@ class picture_maker {
         return std::string(1, which) + ": " + (which == 'A' ? a_.dir : b_->dir);
     }
 
-    /* A curve table drawn from its real values; `packed`: two entries to a word. */
-    void curve(step_pictures &pics, const push_view &p, const push_view *o, const char *member,
-               const std::string &title, bool packed) const {
-        const member_view *m = p.member(member);
+    /* A curve table, the structure's one member, drawn from its real values. */
+    void curve(step_pictures &pics, const push_view &p, const push_view *o,
+               const isp::struct_desc &type, const std::string &title) const {
+        const char *member   = type.members[0].name;
+        const dump_member *m = p.member(member);
         if (!m) return;
-        const auto values = [packed](const member_view &v) {
-            return packed ? unpacked_hdrc(v) : drawn(v);
-        };
+        const curve_packing packing = packing_of(p.block, type, type.members[0]);
+        const auto values = [&packing](const dump_member &v) { return unpacked(v, packing); };
         line_chart chart;
         chart.title        = title + " (" + push_title(p) + ")";
         const size_t count = values(*m).size();
@@ -403,15 +488,17 @@ class picture_maker {
         chart.y_label = "output, real value (" + format_label(*m) + ")";
         chart.lines.push_back(
             {b_ ? legend_name('A') : m->name, indices(count), values(*m), palette::run_a});
-        const member_view *n = o ? o->member(member) : nullptr;
+        const dump_member *n = o ? o->member(member) : nullptr;
         std::string caption =
-            fmt::format("{} points of <code>{}</code>{}", count, markup_escape(m->name),
-                        packed ? ", two 16-bit entries to a pushed word" : "");
+            fmt::format("{} points of <code>{}</code>", count, markup_escape(m->name));
+        if (packing.per_word > 1)
+            caption +=
+                fmt::format(", {} {}-bit entries to a pushed word", packing.per_word, packing.bits);
         if (n) {
             const std::vector<double> other = values(*n);
             chart.lines.push_back(
                 {legend_name('B'), indices(other.size()), other, palette::run_b, true});
-            const size_t diff = differing(*m, *n).size();
+            const size_t diff = pairs_.differing(p, m->name).size();
             caption += diff ? fmt::format(", <span class=\"bad\">{} differ</span>", diff)
                             : ", identical in A and B";
         }
@@ -419,7 +506,7 @@ class picture_maker {
     }
 
     void linearisation(step_pictures &pics, const push_view &p, const push_view *o) const {
-        const member_view *x = p.member("lin_lut_x"), *y = p.member("lin_lut_y");
+        const dump_member *x = p.member("lin_lut_x"), *y = p.member("lin_lut_y");
         if (!x || !y) return;
         static const char *const names[4] = {"r", "gr", "gb", "b"};
         line_chart chart;
@@ -427,7 +514,7 @@ class picture_maker {
         chart.x_label  = "input knot, real value (" + format_label(*x) + ")";
         chart.y_label  = "output, real value (" + format_label(*y) + ")";
         const auto add = [&](const push_view &push, bool dashed, const std::string &prefix) {
-            const member_view *px = push.member("lin_lut_x"), *py = push.member("lin_lut_y");
+            const dump_member *px = push.member("lin_lut_x"), *py = push.member("lin_lut_y");
             if (!px || !py) return;
             /* knot-major: knot e of channel c at 4e + c */
             for (size_t c = 0; c < 4; ++c) {
@@ -448,23 +535,27 @@ class picture_maker {
         pics.curves.push_back(figure(render(chart), caption));
     }
 
-    void meshes(step_pictures &pics, const push_view &p, const push_view *o) const {
-        static const char *const tables[4]   = {"rr_mesh", "gr_mesh", "gb_mesh", "bb_mesh"};
+    /* One heat map per member of the mesh structure: a table per Bayer channel, in the order
+     * R, Gr, Gb, B. */
+    void meshes(step_pictures &pics, const push_view &p, const push_view *o,
+                const isp::struct_desc &type) const {
         static const char *const channels[4] = {"R", "Gr", "Gb", "B"};
         /* one colour scale for the four channels, so that their gains compare */
         double lo = INFINITY, hi = -INFINITY;
         for (const push_view *push : {&p, o})
-            for (const char *t : tables) {
-                const member_view *m = push ? push->member(t) : nullptr;
+            for (uint32_t c = 0; c < type.member_count; ++c) {
+                const dump_member *m = push ? push->member(type.members[c].name) : nullptr;
                 if (!m) continue;
                 for (double v : m->codes) lo = std::min(lo, v), hi = std::max(hi, v);
             }
-        for (int c = 0; c < 4; ++c) {
-            const member_view *m = p.member(tables[c]);
+        for (uint32_t c = 0; c < type.member_count && c < 4; ++c) {
+            const char *table    = type.members[c].name;
+            const dump_member *m = p.member(table);
             if (!m) continue;
-            /* the mesh is 19 nodes across and 15 down, row by row */
+            /* row by row, on the squarest grid of the table's nodes */
             heat_map map;
-            map.cols = 19, map.rows = 15;
+            const auto [cols, rows] = mesh_shape(type.members[c].count);
+            map.cols = int(cols), map.rows = int(rows);
             map.unit = "code";
             map.lo = lo, map.hi = hi;
             map.title  = fmt::format("lsc gain mesh {}{}", channels[c], b_ ? " (A)" : "");
@@ -474,7 +565,7 @@ class picture_maker {
                                                 "mesh has no fixed-point format",
                                                 markup_escape(m->name),
                                                 markup_escape(push_title(p)), map.values.size()));
-            const member_view *n = o ? o->member(tables[c]) : nullptr;
+            const dump_member *n = o ? o->member(table) : nullptr;
             if (n) {
                 heat_map other = map;
                 other.title    = fmt::format("lsc gain mesh {} (B)", channels[c]);
@@ -487,7 +578,7 @@ class picture_maker {
                 diff.values.clear();
                 for (size_t i = 0; i < map.values.size() && i < other.values.size(); ++i)
                     diff.values.push_back(other.values[i] - map.values[i]);
-                const size_t changed = differing(*m, *n).size();
+                const size_t changed = pairs_.differing(p, m->name).size();
                 figs += figure(render(other), "<code>" + n->name + "</code> of B");
                 figs += figure(render(diff), changed ? fmt::format("<span class=\"bad\">{} "
                                                                    "nodes differ</span>",
@@ -500,7 +591,7 @@ class picture_maker {
 
     /* A matrix as a table, coefficients in rows, with the sum of each row's colour
      * coefficients (1 for a row that keeps the level). */
-    std::string matrix_table(const std::string &title, const member_view &m, const member_view *n,
+    std::string matrix_table(const std::string &title, const dump_member &m, const dump_member *n,
                              size_t first, size_t rows, size_t cols, size_t summed,
                              const std::vector<std::string> &row_names,
                              const std::vector<std::string> &col_names) const {
@@ -530,9 +621,9 @@ class picture_maker {
     }
 
     void colour_matrices(step_pictures &pics, const push_view &p, const push_view *o) const {
-        const member_view *m = p.member("matrix_list");
+        const dump_member *m = p.member("matrix_list");
         if (!m) return;
-        const member_view *n = o ? o->member("matrix_list") : nullptr;
+        const dump_member *n = o ? o->member("matrix_list") : nullptr;
         /* eight matrices of three rows: three colour coefficients and an offset each */
         for (size_t k = 0; k < 8 && 12 * k + 12 <= drawn(*m).size(); ++k)
             pics.matrices.push_back(
@@ -541,7 +632,7 @@ class picture_maker {
     }
 
     void csc_matrix(step_pictures &pics, const push_view &p, const push_view *o) const {
-        const member_view *m = p.member("matrix");
+        const dump_member *m = p.member("matrix");
         if (!m || drawn(*m).size() < 9) return;
         pics.matrices.push_back(matrix_table("csc RGB to YUV matrix (" + format_label(*m) + ")", *m,
                                              o ? o->member("matrix") : nullptr, 0, 3, 3, 3,
@@ -549,16 +640,16 @@ class picture_maker {
     }
 
     void partition_members(step_pictures &pics, const push_view &p, const push_view *o) const {
-        const int parts = a_.facts.part_h * a_.facts.part_v;
+        const int parts = a_.partitions();
         if (parts <= 0) return;
-        for (const member_view &m : p.members) {
+        for (const dump_member &m : p.members) {
             if (!m.per_partition) continue;
-            const member_view *n         = o ? o->member(m.name) : nullptr;
+            const dump_member *n         = o ? o->member(m.name) : nullptr;
             const std::vector<double> &v = drawn(m);
             const size_t per             = std::max(v.size() / size_t(parts), size_t(1));
             partition_grid grid;
             grid.title  = push_title(p) + " " + m.name + " (" + format_label(m) + ")";
-            grid.part_h = a_.facts.part_h, grid.part_v = a_.facts.part_v;
+            grid.part_h = a_.part_h, grid.part_v = a_.part_v;
             const auto cell = [per](const std::vector<double> &values, size_t part) {
                 std::string text;
                 for (size_t k = 0; k < per && k < 3; ++k) {
@@ -583,8 +674,9 @@ class picture_maker {
         }
     }
 
-    const dump_view &a_;
-    const dump_view *b_;
+    const dump &a_;
+    const dump *b_;
+    const std::vector<push_view> &shown_;
     const pairing &pairs_;
 };
 
@@ -610,7 +702,7 @@ std::string elements(const std::vector<double> &v, const std::set<size_t> &marke
     return out;
 }
 
-std::string value_cell(const std::vector<double> &v, const member_view &m,
+std::string value_cell(const std::vector<double> &v, const dump_member &m,
                        const std::set<size_t> &marked, int decimals) {
     if (v.empty()) return "<td class=\"muted\">-</td>";
     if (m.scalar) return "<td class=\"n\">" + elements(v, marked, decimals) + "</td>";
@@ -618,7 +710,7 @@ std::string value_cell(const std::vector<double> &v, const member_view &m,
 }
 
 /* "[129]", "[256] per partition, 4 shown", "pointer, leads to 4 per partition" */
-std::string shape_text(const member_view &m) {
+std::string shape_text(const dump_member &m) {
     if (m.pointer)
         return fmt::format("pointer (dumped as 0), leads to {}{}", m.codes.size(),
                            m.per_partition ? " per partition" : "");
@@ -627,16 +719,16 @@ std::string shape_text(const member_view &m) {
     return s;
 }
 
-void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
-                   const std::string &step) {
+void member_tables(std::string &out, const std::vector<push_view> &shown, const pairing &pairs,
+                   const step_id &step) {
     out +=
         "<h3>Every group</h3><p class=\"muted\">Each pushed structure, member by member: the "
         "raw code in the structure and its real value through the format of the register row "
         "that writes it; members no register row writes have codes only.";
     if (pairs.comparing()) out += " Groups that differ are open, differing members highlighted.";
     out += "</p>";
-    for (const push_view &p : a.pushes) {
-        if (p.step != step) continue;
+    for (const push_view &p : shown) {
+        if (step_dir(p.step) != step_dir(step)) continue;
         const push_view *o = pairs.other(p);
         const bool diff    = pairs.differs(p);
         out += fmt::format(
@@ -649,14 +741,12 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
         out += pairs.comparing() ? "<th>A raw code</th><th>A real value</th><th>B raw "
                                    "code</th><th>B real value</th></tr>"
                                  : "<th>raw code</th><th>real value</th></tr>";
-        for (const member_view &m : p.members) {
-            const member_view *n = o ? o->member(m.name) : nullptr;
+        for (const dump_member &m : p.members) {
+            const dump_member *n = o ? o->member(m.name) : nullptr;
             std::set<size_t> marked;
             if (pairs.comparing()) {
-                if (n)
-                    for (size_t i : differing(m, *n)) marked.insert(i);
-                else
-                    marked.insert(0);
+                marked = pairs.differing(p, m.name);
+                if (!n) marked.insert(0);
             }
             out += fmt::format(
                 "<tr{}><td>{}<br/><span class=\"t muted\">{}</span></td><td>{}<br/><span "
@@ -682,55 +772,54 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
 
 }  // namespace
 
-std::vector<std::string> shown_steps(const dump_view &dump, int frame, std::string &error) {
-    std::vector<std::string> frames;
-    for (const std::string &s : dump.steps)
-        if (s.rfind("frame", 0) == 0) frames.push_back(s);
-    std::vector<std::string> steps;
-    if (std::find(dump.steps.begin(), dump.steps.end(), "init") != dump.steps.end())
-        steps.push_back("init");
-    if (frame < 0) {
-        if (!frames.empty()) steps.push_back(frames.back());
-        return steps;
+std::vector<step_id> shown_steps(const dump &d, int frame, std::string &error) {
+    std::vector<step_id> steps;
+    const step_id *last = nullptr;
+    for (const step_id &s : d.steps) {
+        if (s.kind == phase::setup) steps.push_back(s);
+        if (s.kind == phase::frame) last = &s;
     }
-    const std::string wanted = "frame" + std::to_string(frame);
-    if (std::find(frames.begin(), frames.end(), wanted) == frames.end()) {
-        error = fmt::format("frame {} is not in the dump ({} frame step(s))", frame, frames.size());
+    const step_id *wanted = frame < 0 ? last : find_frame(d, frame);
+    if (frame >= 0 && !wanted) {
+        error = fmt::format("no step frame {} in the dump (its frames: 1 to {})", frame, d.frames);
         return {};
     }
-    steps.push_back(wanted);
+    if (wanted && wanted->kind != phase::setup) steps.push_back(*wanted);
     return steps;
 }
 
-std::string render_page(const dump_view &a, const dump_view *b,
-                        const std::vector<std::string> &steps) {
-    const pairing pairs(b);
-    std::string title = "isp-case report: " + a.facts.case_path;
-    if (b) title += " against " + b->facts.case_path;
+std::string render_page(const page_input &in) {
+    const dump &a = *in.a.run;
+    const dump *b = in.b.run;
+    const pairing pairs(in);
+    std::vector<push_view> shown;
+    shown.reserve(in.a.shown.size());
+    for (const shown_push &s : in.a.shown) shown.push_back(view_of(s));
+    std::string title = "isp-case report: " + a.case_path;
+    if (b) title += " against " + b->case_path;
     std::string out =
         "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"/>"
         "<meta name=\"viewport\" content=\"width=device-width\"/><title>" +
         markup_escape(title) + "</title><style>" + k_style + "</style></head><body>";
-    out += "<header><h1>" + markup_escape(title) + "</h1><p>" +
-           markup_escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
-           fmt::format("{}x{}, {} channel(s), {} frame(s)", a.facts.part_h, a.facts.part_v,
-                       a.facts.channels, a.facts.frames) +
-           "</p></header><nav><a href=\"#summary\">Summary</a>";
+    out +=
+        "<header><h1>" + markup_escape(title) + "</h1><p>" +
+        markup_escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
+        fmt::format("{}x{}, {} channel(s), {} frame(s)", a.part_h, a.part_v, a.channels, a.frames) +
+        "</p></header><nav><a href=\"#summary\">Summary</a>";
     if (b) out += "<a href=\"#changes\">What changed</a>";
     out += "<a href=\"#pushes\">Pushed groups</a>";
-    for (const std::string &s : steps)
-        out += "<a href=\"#step-" + markup_escape(s, markup_context::attribute) + "\">" +
-               markup_escape(step_title(s)) + "</a>";
+    for (const step_id &s : in.steps)
+        out += "<a href=\"#step-" + step_dir(s) + "\">" + markup_escape(step_label(s)) + "</a>";
     out += "</nav><main>";
 
-    summary(out, a, b, steps);
-    if (b) changes(out, a, *b, pairs);
+    summary(out, a, b, in.steps);
+    if (b) changes(out, a, *b, in.changes);
     pushes(out, a, pairs);
 
-    const picture_maker maker(a, b, pairs);
-    for (const std::string &step : steps) {
-        out += "<section id=\"step-" + markup_escape(step, markup_context::attribute) + "\"><h2>" +
-               markup_escape(step_title(step)) + "</h2>";
+    const picture_maker maker(a, b, shown, pairs);
+    for (const step_id &step : in.steps) {
+        out += "<section id=\"step-" + step_dir(step) + "\"><h2>" +
+               markup_escape(step_label(step)) + "</h2>";
         const step_pictures pics = maker.make(step);
         picture_section(out, "Curves", pics.curves, "");
         picture_section(out, "Lens shading gain meshes", pics.meshes,
@@ -740,7 +829,7 @@ std::string render_page(const dump_view &a, const dump_view *b,
                         "Real values; the row sum adds a row's colour coefficients.");
         picture_section(out, "Per-partition members", pics.grids,
                         "One cell per picture partition, laid out like the partitions.");
-        member_tables(out, a, pairs, step);
+        member_tables(out, shown, pairs, step);
         out += "</section>";
     }
     return out + "</main></body></html>\n";
