@@ -82,6 +82,8 @@ finding_counts count_findings(const std::vector<finding> &findings);
 /* A finding as a JSON object, every member present ("" and 0 when not known). */
 picojson::value finding_json(const finding &f);
 picojson::value findings_json(const std::vector<finding> &findings);
+/* The finding finding_json wrote; false when the value is not one. */
+bool finding_from_json(const picojson::value &value, finding &out);
 
 /* How a run is to be shown. */
 enum class output_format { text, json };
@@ -112,6 +114,10 @@ class finding_tally {
 
 /* 85674 as "85,674". */
 std::string grouped(size_t value);
+/* "1 warning", "1,000 errors" */
+std::string counted(size_t n, const char *word);
+/* A line as the library wrote it, without its line end. */
+std::string without_line_end(std::string line);
 
 /* The text with every byte that does not start a well-formed UTF-8 sequence replaced by U+FFFD,
  * so that every JSON and XML reader accepts it. */

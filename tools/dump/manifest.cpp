@@ -1,6 +1,7 @@
 /* The manifest to JSON and back. */
 #include "tools/dump/manifest.h"
 
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -65,16 +66,77 @@ std::vector<std::string> strings_at(const picojson::object &o, const char *key) 
     return out;
 }
 
+/* The value of an enumeration written by its name. */
+template <typename E, size_t N>
+E named(const std::string &text, const E (&values)[N], const char *(*name)(E), const char *key) {
+    for (E v : values)
+        if (text == name(v)) return v;
+    throw std::runtime_error(std::string(key) + ": unknown \"" + text + "\"");
+}
+
+value step_json(const step_id &step) {
+    picojson::object o;
+    o["phase"] = value(phase_name(step.kind));
+    o["frame"] = number(step.number);
+    o["dir"]   = number(step.dir);
+    return value(o);
+}
+
+/* Version 2: {"phase": "frame", "frame": 3, "dir": 3}. Version 1 named the step by its
+ * directory, "init" or "frame<K>" for the cycle that counted from 0, and the frame directory it
+ * read is the one its sources name. */
+step_id step_from(const picojson::object &push, int version,
+                  const std::vector<manifest_source> &sources) {
+    if (version >= 2) {
+        const picojson::object &o   = object_at(push, "step");
+        const std::string kind      = string_at(o, "phase");
+        static const phase phases[] = {phase::setup, phase::frame, phase::teardown};
+        return {named(kind, phases, phase_name, "step"), static_cast<int>(number_at(o, "frame")),
+                static_cast<int>(number_at(o, "dir"))};
+    }
+    const std::string name = string_at(push, "step");
+    if (name == "init") return setup_step();
+    int cycle = 0;
+    if (std::sscanf(name.c_str(), "frame%d", &cycle) != 1 || cycle < 0)
+        throw std::runtime_error("step: \"" + name + "\" is not a step");
+    int dir = cycle + 1;
+    if (!sources.empty()) std::sscanf(sources.front().file.c_str(), "cfgs/f%d/", &dir);
+    return {phase::frame, cycle + 1, dir};
+}
+
+value verdict_json(const verdict &v) {
+    picojson::object o;
+    o["result"]   = value(result_name(v.result));
+    o["errors"]   = number(static_cast<double>(v.errors));
+    o["warnings"] = number(static_cast<double>(v.warnings));
+    o["strict"]   = value(v.strict);
+    o["text"]     = value(v.text());
+    return value(o);
+}
+
+verdict verdict_from(const picojson::object &o) {
+    verdict v;
+    static const run_result results[] = {run_result::ok, run_result::not_clean, run_result::failed};
+    v.result            = named(string_at(o, "result"), results, result_name, "verdict");
+    v.errors            = static_cast<size_t>(number_at(o, "errors"));
+    v.warnings          = static_cast<size_t>(number_at(o, "warnings"));
+    const value &strict = at(o, "strict");
+    if (!strict.is<bool>()) throw std::runtime_error("strict: not true or false");
+    v.strict = strict.get<bool>();
+    return v;
+}
+
 value push_json(const manifest_push &p) {
     picojson::object o;
-    o["step"]    = value(p.step);
-    o["module"]  = value(p.module);
-    o["block"]   = value(p.block);
-    o["channel"] = number(p.channel);
-    o["cmd"]     = number(p.cmd);
-    o["group"]   = text_or_null(p.group);
-    o["type"]    = text_or_null(p.type);
-    o["size"]    = number(static_cast<double>(p.size));
+    o["step"]     = step_json(p.id);
+    o["step_dir"] = value(p.step);
+    o["module"]   = value(p.module);
+    o["block"]    = value(p.block);
+    o["channel"]  = number(p.channel);
+    o["cmd"]      = number(p.cmd);
+    o["group"]    = text_or_null(p.group);
+    o["type"]     = text_or_null(p.type);
+    o["size"]     = number(static_cast<double>(p.size));
     picojson::array sources;
     for (const manifest_source &s : p.sources) {
         picojson::object so;
@@ -93,9 +155,8 @@ value push_json(const manifest_push &p) {
     return value(o);
 }
 
-manifest_push push_from(const picojson::object &o) {
+manifest_push push_from(const picojson::object &o, int version) {
     manifest_push p;
-    p.step    = string_at(o, "step");
     p.module  = string_at(o, "module");
     p.block   = string_at(o, "block");
     p.channel = static_cast<int>(number_at(o, "channel"));
@@ -114,6 +175,8 @@ manifest_push push_from(const picojson::object &o) {
     p.json                        = string_at(files, "json");
     p.cmodel                      = strings_at(files, "cmodel");
     p.targets                     = strings_at(files, "targets");
+    p.id                          = step_from(o, version, p.sources);
+    p.step                        = step_dir(p.id);
     return p;
 }
 
@@ -138,6 +201,11 @@ picojson::value manifest_json(const manifest &m) {
     picojson::array pushes;
     for (const manifest_push &p : m.pushes) pushes.push_back(push_json(p));
     o["pushes"] = value(pushes);
+    if (m.judged) {
+        o["verdict"]             = verdict_json(m.run);
+        o["findings"]            = findings_json(m.findings);
+        o["findings_not_listed"] = number(static_cast<double>(m.findings_not_listed));
+    }
     return value(o);
 }
 
@@ -145,8 +213,10 @@ bool manifest_from_json(const picojson::value &v, manifest &out, std::string &er
     try {
         if (!v.is<picojson::object>()) throw std::runtime_error("not a JSON object");
         const picojson::object &o = v.get<picojson::object>();
-        if (number_at(o, "manifest_version") != manifest_version)
-            throw std::runtime_error("manifest_version is not " + std::to_string(manifest_version));
+        const double version      = number_at(o, "manifest_version");
+        if (version != 1 && version != manifest_version)
+            throw std::runtime_error("manifest_version is not 1 or " +
+                                     std::to_string(manifest_version));
         manifest m;
         m.tool                       = string_at(o, "tool");
         m.library                    = string_at(o, "library");
@@ -161,7 +231,18 @@ bool manifest_from_json(const picojson::value &v, manifest &out, std::string &er
         m.bypass                     = strings_at(o, "bypass");
         for (const value &p : array_at(o, "pushes")) {
             if (!p.is<picojson::object>()) throw std::runtime_error("pushes: not an object");
-            m.pushes.push_back(push_from(p.get<picojson::object>()));
+            m.pushes.push_back(push_from(p.get<picojson::object>(), int(version)));
+        }
+        if (version >= 2) {
+            m.judged = true;
+            m.run    = verdict_from(object_at(o, "verdict"));
+            for (const value &f : array_at(o, "findings")) {
+                finding read;
+                if (!finding_from_json(f, read))
+                    throw std::runtime_error("findings: not a finding");
+                m.findings.push_back(std::move(read));
+            }
+            m.findings_not_listed = static_cast<size_t>(number_at(o, "findings_not_listed"));
         }
         out = std::move(m);
         return true;

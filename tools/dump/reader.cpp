@@ -21,14 +21,6 @@ std::vector<double> numbers(const picojson::value &v) {
     return out;
 }
 
-std::vector<std::string> texts(const picojson::value &v) {
-    std::vector<std::string> out;
-    if (v.is<picojson::array>())
-        for (const picojson::value &e : v.get<picojson::array>())
-            out.push_back(e.is<std::string>() ? e.get<std::string>() : e.serialize());
-    return out;
-}
-
 std::string text(const picojson::value &v) {
     return v.is<std::string>() ? v.get<std::string>() : std::string();
 }
@@ -57,6 +49,7 @@ bool read_push(const std::string &dir, const manifest_push &p, push_view &out, s
         error = dir + "/" + p.json + ": not a decoded structure";
         return false;
     }
+    out.id     = p.id;
     out.step   = p.step;
     out.module = p.module;
     out.block  = p.block;
@@ -90,10 +83,7 @@ bool load_dump(const std::string &dir, dump_view &out, std::string &error) {
         error = path + ": " + error;
         return false;
     }
-    out.dir               = dir;
-    out.problems_recorded = root.contains("failures") || root.contains("warnings");
-    out.failures          = texts(at(root, "failures"));
-    out.warnings          = texts(at(root, "warnings"));
+    out.dir = dir;
     for (const manifest_push &p : out.facts.pushes) {
         if (std::find(out.steps.begin(), out.steps.end(), p.step) == out.steps.end())
             out.steps.push_back(p.step);

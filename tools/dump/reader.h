@@ -26,7 +26,8 @@ struct member_view {
 };
 
 struct push_view {
-    std::string step;   /* "init", "frame0", ... */
+    step_id id;
+    std::string step;   /* its directory in the dump: "setup", "frame1", ... */
     std::string module; /* "gamma" */
     std::string block;  /* "gamma"; "clc" for cc */
     int channel = -1;   /* -1 for the modules without channels */
@@ -42,11 +43,9 @@ struct push_view {
 
 struct dump_view {
     std::string dir;
-    manifest facts;                 /* pushes moved to `pushes` */
+    manifest facts;                 /* pushes moved to `pushes`; the verdict and findings */
     std::vector<std::string> steps; /* in replay order */
     std::vector<push_view> pushes;  /* in replay order */
-    bool problems_recorded = false; /* the manifest holds failures and warnings */
-    std::vector<std::string> failures, warnings;
 };
 
 /* Reads dir/manifest.json and the decoded file of every push it lists. Returns false with a

@@ -7,6 +7,7 @@
 
 #include <fmt/core.h>
 
+#include "tools/core/run_record.h"
 #include "tools/core/runner.h"
 #include "tools/dump/writer.h"
 #include "tools/isp-case/commands.h"
@@ -64,20 +65,28 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
         isatty(STDERR_FILENO) && !lines_on_terminal && settings.run.frames >= k_progress_frames;
     settings.keep_bytes = !flags.dump_dir.empty();
 
-    replay_printer printer(stdout, settings, output, lint.findings);
+    /* the lint's findings first, then the run's, in one record */
+    run_record record;
+    record.add(lint.findings);
+    replay_printer printer(stdout, settings, output);
     std::optional<dump_writer> dump;
     if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings);
     const replay_result result = replay(settings, [&](const replay_step &step) {
         if (dump) dump->write_step(step);
-        printer.step(step);
+        printer.step(step, record.add(step));
     });
+    record.add_platform_problems(result.platform_problems);
     if (!dump) {
-        printer.finish(result);
-    } else {
-        dump->finish();
-        printer.finish(result, &dump->summary(), flags.dump_dir);
+        const verdict judged = judge(record, output.strict);
+        printer.finish(record, judged);
+        return judged.passed() ? exit_ok : exit_failed;
     }
-    return printer.passed() ? exit_ok : exit_failed;
+    record.add_dump_problems(dump->summary().problems.size());
+    /* a manifest that could not be written fails the run too */
+    if (!dump->finish(record, judge(record, output.strict))) record.add_dump_problems(1);
+    const verdict judged = judge(record, output.strict);
+    printer.finish(record, judged, &dump->summary(), flags.dump_dir);
+    return judged.passed() ? exit_ok : exit_failed;
 }
 
 command_runner add_replay_command(CLI::App &app) {

@@ -56,6 +56,7 @@ details>div{padding:2px 8px 8px;overflow-x:auto}
 .ok{color:#2e7d32;font-weight:600}.bad{color:#c62828;font-weight:600}.warn{color:#ef6c00;font-weight:600}
 .key{display:inline-block;width:22px;height:4px;vertical-align:middle;margin:0 4px 0 10px}
 .muted{color:#666}
+.verdict{font-size:18px;margin:14px 0 8px}
 )";
 
 constexpr size_t k_change_rows = 200; /* beyond this many changed members, a count suffices */
@@ -191,25 +192,47 @@ void summary(std::string &out, const dump_view &a, const dump_view *b,
     out += fmt::format("<tr><th>shown</th><td{}>{}</td></tr></table>", b ? " colspan=\"2\"" : "",
                        escape(shown));
 
-    const auto problems = [&](const dump_view &d, const std::string &run) {
-        if (!d.problems_recorded) {
-            out += "<p>" + (run.empty() ? "Failures" : run + "failures") +
-                   " and warnings: none recorded in the manifest.</p>";
-            return;
-        }
-        if (d.failures.empty() && d.warnings.empty()) {
-            out += "<p><span class=\"ok\">" + run + "no failures or warnings</span> recorded.</p>";
-            return;
-        }
-        out += "<ul>";
-        for (const std::string &f : d.failures)
-            out += "<li><span class=\"bad\">" + run + "failure</span> " + escape(f) + "</li>";
-        for (const std::string &w : d.warnings)
-            out += "<li><span class=\"warn\">" + run + "warning</span> " + escape(w) + "</li>";
-        out += "</ul>";
-    };
-    problems(a, b ? "A: " : "");
-    if (b) problems(*b, "B: ");
+    out += "</section>";
+}
+
+/* ---- verdict and findings ------------------------------------------------------------------- */
+
+const char *verdict_class(const verdict &v) {
+    return v.result == run_result::ok ? "ok" : v.result == run_result::not_clean ? "warn" : "bad";
+}
+
+/* The run's verdict, then its findings in the form the replay's summary lists them. */
+void verdict_of(std::string &out, const dump_view &d, const std::string &run) {
+    const manifest &m = d.facts;
+    if (!m.judged) {
+        out += "<p class=\"verdict\">" + run +
+               "no verdict: the manifest is of an older isp-case, which recorded none.</p>";
+        return;
+    }
+    out +=
+        fmt::format("<p class=\"verdict\">{}<span class=\"{}\">{}</span>{}</p>", run,
+                    verdict_class(m.run), escape(m.run.text()), m.run.strict ? " (--strict)" : "");
+    if (m.findings.empty()) return;
+    out +=
+        "<table><tr><th>where</th><th>severity</th><th>module</th><th>finding</th>"
+        "<th>kind</th></tr>";
+    for (const finding &f : m.findings) {
+        std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
+        if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);
+        out += fmt::format(
+            "<tr><td>{}</td><td class=\"{}\">{}</td><td>{}</td><td>{}</td><td>{}</td></tr>",
+            escape(where), f.level == severity::error ? "bad" : "warn", severity_name(f.level),
+            escape(f.module), escape(f.message), kind_name(f.kind));
+    }
+    out += "</table>";
+    if (m.findings_not_listed)
+        out += fmt::format("<p class=\"muted\">and {} more findings.</p>", m.findings_not_listed);
+}
+
+void verdicts(std::string &out, const dump_view &a, const dump_view *b) {
+    out += "<section id=\"verdict\"><h2>Verdict</h2>";
+    verdict_of(out, a, b ? "A: " : "");
+    if (b) verdict_of(out, *b, "B: ");
     out += "</section>";
 }
 
@@ -679,8 +702,9 @@ std::vector<std::string> shown_steps(const dump_view &dump, int frame, std::stri
     for (const std::string &s : dump.steps)
         if (s.rfind("frame", 0) == 0) frames.push_back(s);
     std::vector<std::string> steps;
-    if (std::find(dump.steps.begin(), dump.steps.end(), "init") != dump.steps.end())
-        steps.push_back("init");
+    const std::string setup = step_dir(setup_step());
+    if (std::find(dump.steps.begin(), dump.steps.end(), setup) != dump.steps.end())
+        steps.push_back(setup);
     if (frame < 0) {
         if (!frames.empty()) steps.push_back(frames.back());
         return steps;
@@ -707,13 +731,14 @@ std::string render_page(const dump_view &a, const dump_view *b,
            escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
            fmt::format("{}x{}, {} channel(s), {} frame(s)", a.facts.part_h, a.facts.part_v,
                        a.facts.channels, a.facts.frames) +
-           "</p></header><nav><a href=\"#summary\">Summary</a>";
+           "</p></header><nav><a href=\"#verdict\">Verdict</a><a href=\"#summary\">Summary</a>";
     if (b) out += "<a href=\"#changes\">What changed</a>";
     out += "<a href=\"#pushes\">Pushed groups</a>";
     for (const std::string &s : steps)
         out += "<a href=\"#step-" + s + "\">" + escape(step_title(s)) + "</a>";
     out += "</nav><main>";
 
+    verdicts(out, a, b);
     summary(out, a, b, steps);
     if (b) changes(out, a, *b, pairs);
     pushes(out, a, pairs);
