@@ -618,9 +618,9 @@ size_t count_of(const lines_t &items, const std::string &item) {
     return size_t(std::count(items.begin(), items.end(), item));
 }
 
-/* Copies of the sample case: one clean, one with a register file that does not parse, one whose
- * register-file paths are longer than the 254 characters the library keeps of them, so that it
- * reads a cut path and ends the process. Two at a time, each fails alone. */
+/* Copies of the sample case: one that passes with warnings, one with a register file that does
+ * not parse, one whose register-file paths are longer than the 254 characters the library keeps
+ * of them, so that it reads a cut path and ends the process. Two at a time, each fails alone. */
 TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
     temp_dir dir;
     const std::string suite = dir.path() + "/suite";
@@ -630,12 +630,15 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
     for (const std::string name : {"good", "broken", aborts.c_str()})
         copy_sample(dir, "suite/" + name);
     std::ofstream(suite + "/broken/cfgs/f0/rtl_gamma_p1.json") << "{\"isp_gamma\": \n";
+    replace_in(suite + "/good/cfgs/f0/rtl_wbc_p0.json", "\"d_gain\": {\"val\": 256}",
+               "\"d_gain\": {\"val\": -5}");
 
-    const std::string junit = dir.path() + "/junit.xml";
-    const tool_run run      = run_tool(dir, "batch " + suite + " -j 2 --frames 1 --junit " + junit);
+    const std::string junit = dir.path() + "/junit.xml", json = dir.path() + "/batch.json";
+    const tool_run run =
+        run_tool(dir, "batch " + suite + " -j 2 --frames 1 --junit " + junit + " --json " + json);
     ASSERT_EQ(run.status, 1) << run.out << run.err;
     EXPECT_EQ(run.err, "");
-    EXPECT_EQ(count_lines_starting(run.out, "ok      good "), 1u);
+    EXPECT_EQ(count_lines_starting(run.out, "ok (2 warnings)  good "), 1u);
     EXPECT_EQ(count_lines_starting(run.out, "FAILED  "), 2u);
     const std::string gamma_finding =
         "cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line 2 "
@@ -644,10 +647,16 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
                                       "); replay: 1 file(s) of " + suite +
                                       "/broken would stop the library";
     const std::string aborts_reason = "replay ended by signal 6 (Aborted)";
-    EXPECT_EQ(last_lines(run.out, 6), (lines_t{"summary", "  cases       3 run, 1 passed, 2 failed",
-                                               "  failed      broken: " + broken_reason,
-                                               "  failed      " + aborts + ": " + aborts_reason,
-                                               "  junit       " + junit, "  result      FAILED"}));
+    EXPECT_EQ(last_lines(run.out, 7),
+              (lines_t{"summary",
+                       "  cases       3 run, 1 passed (1 with warnings), "
+                       "2 failed",
+                       "  failed      broken: " + broken_reason,
+                       "  failed      " + aborts + ": " + aborts_reason, "  junit       " + junit,
+                       "  json        " + json, "  result      FAILED"}));
+    const picojson::value good = isp_test::parse_object(read_file(json))["cases"].get(1);
+    EXPECT_EQ(good.get("verdict").to_str() + ", " + good.get("replay").get("verdict").to_str(),
+              "ok (2 warnings), not clean: 2 warnings");
 
     const std::string xml                   = read_file(junit);
     const std::vector<xml_element> elements = parse_xml(xml);
@@ -655,6 +664,7 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
     EXPECT_EQ(of_all(elements, "testsuite", "failures"), lines_t{"2"});
     EXPECT_EQ(of_all(elements, "testcase", "name"), (lines_t{"broken", "good", aborts}));
     EXPECT_EQ(of_all(elements, "failure", "message"), (lines_t{broken_reason, aborts_reason}));
+    EXPECT_EQ(of_all(elements, "property", "value"), (lines_t{"1", "0", "0", "2", "0", "0"}));
     // the tail of the output: what the library said before it ended the process
     EXPECT_NE(xml.find("\n[error] failed to read json file: " + suite + "/" + aborts + "/cfgs/f0/"),
               std::string::npos);

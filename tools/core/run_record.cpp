@@ -178,4 +178,32 @@ verdict judge(const run_record &record, bool strict) {
     return v;
 }
 
+picojson::value verdict_json(const verdict &v) {
+    picojson::object o;
+    o["result"]   = picojson::value(result_name(v.result));
+    o["errors"]   = picojson::value(static_cast<double>(v.errors));
+    o["warnings"] = picojson::value(static_cast<double>(v.warnings));
+    o["strict"]   = picojson::value(v.strict);
+    o["text"]     = picojson::value(v.text());
+    return picojson::value(o);
+}
+
+bool verdict_from_json(const picojson::value &value, verdict &out) {
+    if (!value.is<picojson::object>()) return false;
+    const picojson::value &result = value.get("result"), &errors = value.get("errors"),
+                          &warnings = value.get("warnings"), &strict = value.get("strict");
+    if (!result.is<std::string>() || !errors.is<double>() || !warnings.is<double>() ||
+        !strict.is<bool>())
+        return false;
+    for (run_result r : {run_result::ok, run_result::not_clean, run_result::failed})
+        if (result.get<std::string>() == result_name(r)) {
+            out.result   = r;
+            out.errors   = static_cast<size_t>(errors.get<double>());
+            out.warnings = static_cast<size_t>(warnings.get<double>());
+            out.strict   = strict.get<bool>();
+            return true;
+        }
+    return false;
+}
+
 }  // namespace isp_case

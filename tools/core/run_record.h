@@ -121,6 +121,12 @@ class run_record {
 
 verdict judge(const run_record &record, bool strict);
 
+/* {"result": "not clean", "errors": 0, "warnings": 2, "strict": false,
+ *  "text": "not clean: 2 warnings"}, as the manifest and batch's children write it */
+picojson::value verdict_json(const verdict &v);
+/* False when the value is not a verdict. */
+bool verdict_from_json(const picojson::value &value, verdict &out);
+
 }  // namespace isp_case
 
 #endif

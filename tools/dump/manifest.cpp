@@ -66,14 +66,6 @@ std::vector<std::string> strings_at(const picojson::object &o, const char *key) 
     return out;
 }
 
-/* The value of an enumeration written by its name. */
-template <typename E, size_t N>
-E named(const std::string &text, const E (&values)[N], const char *(*name)(E), const char *key) {
-    for (E v : values)
-        if (text == name(v)) return v;
-    throw std::runtime_error(std::string(key) + ": unknown \"" + text + "\"");
-}
-
 value step_json(const step_id &step) {
     picojson::object o;
     o["phase"] = value(phase_name(step.kind));
@@ -88,11 +80,13 @@ value step_json(const step_id &step) {
 step_id step_from(const picojson::object &push, int version,
                   const std::vector<manifest_source> &sources) {
     if (version >= 2) {
-        const picojson::object &o   = object_at(push, "step");
-        const std::string kind      = string_at(o, "phase");
-        static const phase phases[] = {phase::setup, phase::frame, phase::teardown};
-        return {named(kind, phases, phase_name, "step"), static_cast<int>(number_at(o, "frame")),
-                static_cast<int>(number_at(o, "dir"))};
+        const picojson::object &o = object_at(push, "step");
+        const std::string kind    = string_at(o, "phase");
+        for (phase p : {phase::setup, phase::frame, phase::teardown})
+            if (kind == phase_name(p))
+                return {p, static_cast<int>(number_at(o, "frame")),
+                        static_cast<int>(number_at(o, "dir"))};
+        throw std::runtime_error("step: unknown phase \"" + kind + "\"");
     }
     const std::string name = string_at(push, "step");
     if (name == "init") return setup_step();
@@ -102,28 +96,6 @@ step_id step_from(const picojson::object &push, int version,
     int dir = cycle + 1;
     if (!sources.empty()) std::sscanf(sources.front().file.c_str(), "cfgs/f%d/", &dir);
     return {phase::frame, cycle + 1, dir};
-}
-
-value verdict_json(const verdict &v) {
-    picojson::object o;
-    o["result"]   = value(result_name(v.result));
-    o["errors"]   = number(static_cast<double>(v.errors));
-    o["warnings"] = number(static_cast<double>(v.warnings));
-    o["strict"]   = value(v.strict);
-    o["text"]     = value(v.text());
-    return value(o);
-}
-
-verdict verdict_from(const picojson::object &o) {
-    verdict v;
-    static const run_result results[] = {run_result::ok, run_result::not_clean, run_result::failed};
-    v.result            = named(string_at(o, "result"), results, result_name, "verdict");
-    v.errors            = static_cast<size_t>(number_at(o, "errors"));
-    v.warnings          = static_cast<size_t>(number_at(o, "warnings"));
-    const value &strict = at(o, "strict");
-    if (!strict.is<bool>()) throw std::runtime_error("strict: not true or false");
-    v.strict = strict.get<bool>();
-    return v;
 }
 
 value push_json(const manifest_push &p) {
@@ -235,7 +207,8 @@ bool manifest_from_json(const picojson::value &v, manifest &out, std::string &er
         }
         if (version >= 2) {
             m.judged = true;
-            m.run    = verdict_from(object_at(o, "verdict"));
+            if (!verdict_from_json(at(o, "verdict"), m.run))
+                throw std::runtime_error("verdict: not a verdict");
             for (const value &f : array_at(o, "findings")) {
                 finding read;
                 if (!finding_from_json(f, read))

@@ -24,10 +24,11 @@ const int k_progress_frames = 10;
 
 }  // namespace
 
-int run_replay_command(const case_options &options, const replay_flags &flags) {
+int run_replay_command(const case_options &options, const replay_flags &flags,
+                       stage_report *report) {
     replay_settings settings;
     case_contents contents;
-    if (!settings_or_report(options, "replay", settings.run, contents)) return exit_no_case;
+    if (!settings_or_report(options, "replay", settings.run, contents, report)) return exit_no_case;
     for (const std::string &name : flags.bypass) settings.bypass.push_back(find_module(name));
 
     /* the pre-flight: the check's own lint, so that check and replay never disagree */
@@ -41,6 +42,9 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
         for (const finding &f : blockers) fmt::print(stderr, "  {}: {}\n", f.file, f.message);
         fmt::print(stderr, "run 'isp-case check {}' for every problem of the case\n",
                    settings.run.case_path);
+        if (report)
+            report->problem = fmt::format("{} file(s) of {} would stop the library",
+                                          blockers.size(), settings.run.case_path);
         return exit_no_case;
     }
     if (!flags.dump_dir.empty()) {
@@ -48,6 +52,7 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
             flags.dump_dir, flags.force ? existing_contents::replace : existing_contents::refuse);
         if (!problem.empty()) {
             fmt::print(stderr, "isp-case replay: {}: {}\n", flags.dump_dir, problem);
+            if (report) report->problem = flags.dump_dir + ": " + problem;
             return exit_failed;
         }
     }
@@ -76,16 +81,17 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
         printer.step(step, record.add(step));
     });
     record.add_platform_problems(result.platform_problems);
-    if (!dump) {
-        const verdict judged = judge(record, output.strict);
-        printer.finish(record, judged);
-        return judged.passed() ? exit_ok : exit_failed;
+    if (dump) {
+        record.add_dump_problems(dump->summary().problems.size());
+        /* a manifest that could not be written fails the run too */
+        if (!dump->finish(record, judge(record, output.strict))) record.add_dump_problems(1);
     }
-    record.add_dump_problems(dump->summary().problems.size());
-    /* a manifest that could not be written fails the run too */
-    if (!dump->finish(record, judge(record, output.strict))) record.add_dump_problems(1);
     const verdict judged = judge(record, output.strict);
-    printer.finish(record, judged, &dump->summary(), flags.dump_dir);
+    if (report) report->judge(record, output.strict);
+    if (dump)
+        printer.finish(record, judged, &dump->summary(), flags.dump_dir);
+    else
+        printer.finish(record, judged);
     return judged.passed() ? exit_ok : exit_failed;
 }
 
