@@ -111,8 +111,12 @@ void receive_report(stage_run &s) {
     for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, s.report_file)) > 0;)
         text.append(buffer, n);
     close_report_file(s);
+    /* parsed from the bytes (not the string's iterators): the library's reader keeps the one
+     * instantiation of picojson's parser over strings that the tool links */
     picojson::value value;
-    s.reported = picojson::parse(value, text).empty() && stage_report_from_json(value, s.report);
+    std::string error;
+    picojson::parse(value, text.data(), text.data() + text.size(), &error);
+    s.reported = error.empty() && stage_report_from_json(value, s.report);
 }
 
 /* Errors and warnings of a case: the replay's record holds the check's findings too, so the
