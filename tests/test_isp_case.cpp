@@ -1011,7 +1011,7 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
     EXPECT_EQ(of_all(elements, "tr", "", "gamma lut#3"),
               (lines_t{"setupgamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
                        "frame 1gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
-                       "frame 2gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
+                       "frame 2 (f1 again)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
     // B's two points, code and real value, highlighted in the member tables of setup and frame 1
     EXPECT_EQ(of_all(elements, "mark"), lines_t(8, "0"));
     // the curve drawn twice, once per run, with a legend naming each

@@ -3,6 +3,7 @@
 #include "tools/compare/diff.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <map>
 #include <stdexcept>
@@ -38,9 +39,9 @@ manifest read_manifest(const std::string &dir) {
     return m;
 }
 
-/* "init" before "frame0", "frame1", ... */
-int step_rank(const std::string &step) {
-    return step.rfind("frame", 0) == 0 ? std::atoi(step.c_str() + 5) : -1;
+/* setup, then frame 1, frame 2, ..., then teardown */
+int step_rank(const step_id &step) {
+    return step.kind == phase::setup ? -1 : step.kind == phase::frame ? step.number : INT_MAX;
 }
 
 std::string push_key(const manifest_push &p) {
@@ -243,7 +244,7 @@ comparison compare(const diff_settings &s) {
     }
     for (size_t i = 0; i < all.size(); ++i) all[i].order = i;
     std::stable_sort(all.begin(), all.end(), [&](const push_diff &x, const push_diff &y) {
-        const int sx = step_rank(x.push->step), sy = step_rank(y.push->step);
+        const int sx = step_rank(x.push->id), sy = step_rank(y.push->id);
         if (sx != sy) return sx < sy;
         return module_rank[x.push->module] < module_rank[y.push->module];
     });

@@ -76,9 +76,17 @@ std::string push_title(const push_view &p) {
     return t + " " + p.group + "#" + std::to_string(p.command);
 }
 
-std::string step_title(const std::string &step) {
-    if (step.rfind("frame", 0) == 0) return "frame " + step.substr(5);
-    return step;
+/* The names of the steps a dump's directories hold ("frame 2 (f1 again)"), from its pushes. */
+std::map<std::string, std::string> step_titles(const dump_view &d) {
+    std::map<std::string, std::string> titles;
+    for (const push_view &p : d.pushes) titles.emplace(p.step, step_name(p.id));
+    return titles;
+}
+
+std::string step_title(const dump_view &d, const std::string &dir) {
+    for (const push_view &p : d.pushes)
+        if (p.step == dir) return step_name(p.id);
+    return dir;
 }
 
 /* The values a picture draws: real values where the member has a format, codes otherwise. */
@@ -188,7 +196,7 @@ void summary(std::string &out, const dump_view &a, const dump_view *b,
         out += "</tr>";
     }
     std::string shown;
-    for (const std::string &s : steps) shown += (shown.empty() ? "" : ", ") + step_title(s);
+    for (const std::string &s : steps) shown += (shown.empty() ? "" : ", ") + step_title(a, s);
     out += fmt::format("<tr><th>shown</th><td{}>{}</td></tr></table>", b ? " colspan=\"2\"" : "",
                        escape(shown));
 
@@ -253,7 +261,7 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
             rows.push_back(fmt::format(
                 "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td colspan=\"3\">pushed by A "
                 "only</td></tr>",
-                step_title(p.step), push_id(p), escape(push_title(p))));
+                step_name(p.id), push_id(p), escape(push_title(p))));
             ++groups;
             continue;
         }
@@ -270,7 +278,7 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
             rows.push_back(fmt::format(
                 "<tr><td>{}</td><td><a href=\"#{}\">{}</a></td><td>{}</td><td class=\"n\">{} of "
                 "{}</td><td>[{}] {} &#8594; {} ({})</td></tr>",
-                step_title(p.step), push_id(p), escape(push_title(p)), escape(m.name), diff.size(),
+                step_name(p.id), push_id(p), escape(push_title(p)), escape(m.name), diff.size(),
                 count, first, element_text(m, first), n ? element_text(*n, first) : "missing",
                 format_label(m)));
         }
@@ -282,7 +290,7 @@ void changes(std::string &out, const dump_view &a, const dump_view &b, const pai
             ++groups;
             rows.push_back(fmt::format(
                 "<tr><td>{}</td><td>{}</td><td colspan=\"3\">pushed by B only</td></tr>",
-                step_title(p.step), escape(push_title(p))));
+                step_name(p.id), escape(push_title(p))));
         }
     if (rows.empty()) {
         out +=
@@ -313,7 +321,8 @@ void pushes(std::string &out, const dump_view &a, const pairing &pairs) {
         "steps: per step and module, group#command and size, per channel for the channelled "
         "modules</summary><div><table><tr><th>module</th>",
         a.pushes.size(), a.steps.size());
-    for (const std::string &s : a.steps) out += "<th>" + escape(step_title(s)) + "</th>";
+    const std::map<std::string, std::string> titles = step_titles(a);
+    for (const std::string &s : a.steps) out += "<th>" + escape(titles.at(s)) + "</th>";
     out += "</tr>";
     std::vector<std::string> order = a.facts.modules;
     for (const push_view &p : a.pushes)
@@ -699,8 +708,9 @@ void member_tables(std::string &out, const dump_view &a, const pairing &pairs,
 
 std::vector<std::string> shown_steps(const dump_view &dump, int frame, std::string &error) {
     std::vector<std::string> frames;
-    for (const std::string &s : dump.steps)
-        if (s.rfind("frame", 0) == 0) frames.push_back(s);
+    for (const push_view &p : dump.pushes)
+        if (p.id.kind == phase::frame && (frames.empty() || frames.back() != p.step))
+            frames.push_back(p.step);
     std::vector<std::string> steps;
     const std::string setup = step_dir(setup_step());
     if (std::find(dump.steps.begin(), dump.steps.end(), setup) != dump.steps.end())
@@ -709,7 +719,7 @@ std::vector<std::string> shown_steps(const dump_view &dump, int frame, std::stri
         if (!frames.empty()) steps.push_back(frames.back());
         return steps;
     }
-    const std::string wanted = "frame" + std::to_string(frame);
+    const std::string wanted = step_dir(frame_step(frame, frame));
     if (std::find(frames.begin(), frames.end(), wanted) == frames.end()) {
         error = fmt::format("frame {} is not in the dump ({} frame step(s))", frame, frames.size());
         return {};
@@ -735,7 +745,7 @@ std::string render_page(const dump_view &a, const dump_view *b,
     if (b) out += "<a href=\"#changes\">What changed</a>";
     out += "<a href=\"#pushes\">Pushed groups</a>";
     for (const std::string &s : steps)
-        out += "<a href=\"#step-" + s + "\">" + escape(step_title(s)) + "</a>";
+        out += "<a href=\"#step-" + s + "\">" + escape(step_title(a, s)) + "</a>";
     out += "</nav><main>";
 
     verdicts(out, a, b);
@@ -745,7 +755,7 @@ std::string render_page(const dump_view &a, const dump_view *b,
 
     const picture_maker maker(a, b, pairs);
     for (const std::string &step : steps) {
-        out += "<section id=\"step-" + step + "\"><h2>" + escape(step_title(step)) + "</h2>";
+        out += "<section id=\"step-" + step + "\"><h2>" + escape(step_title(a, step)) + "</h2>";
         const step_pictures pics = maker.make(step);
         picture_section(out, "Curves", pics.curves, "");
         picture_section(out, "Lens shading gain meshes", pics.meshes,
