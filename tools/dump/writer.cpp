@@ -119,9 +119,8 @@ void dump_writer::write_step(const replay_step &step) {
         for (const op_outcome &op : m.ops) {
             for (const isp_sim::log_line &line : op.log)
                 if (const size_t at = line.text.find(k_banner_prefix); at != std::string::npos) {
-                    std::string banner = line.text.substr(at + sizeof k_banner_prefix - 1);
-                    while (!banner.empty() && banner.back() == '\n') banner.pop_back();
-                    manifest_.library = banner;
+                    manifest_.library =
+                        without_line_end(line.text.substr(at + sizeof k_banner_prefix - 1));
                 }
             for (const pushed_group &push : op.pushes) write_push(step.id, m, op, push);
         }
