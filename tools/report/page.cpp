@@ -217,9 +217,9 @@ void verdict_of(std::string &out, const dump_view &d, const std::string &run) {
                "no verdict: the manifest is of an older isp-case, which recorded none.</p>";
         return;
     }
-    out +=
-        fmt::format("<p class=\"verdict\">{}<span class=\"{}\">{}</span>{}</p>", run,
-                    verdict_class(m.run), escape(m.run.text()), m.run.strict ? " (--strict)" : "");
+    /* the text says "(--strict)" where the flag decided the verdict */
+    out += fmt::format("<p class=\"verdict\">{}<span class=\"{}\">{}</span></p>", run,
+                       verdict_class(m.run), escape(m.run.text()));
     if (m.findings.empty()) return;
     out +=
         "<table><tr><th>where</th><th>severity</th><th>module</th><th>finding</th>"
