@@ -203,11 +203,12 @@ std::string stage_reason(batch_stage stage, const stage_run &s, const std::strin
     if (code == exit_failed && s.reported && s.report.judged)
         return fmt::format("{}: {}{}", name, s.report.run.counts_text(),
                            named_findings(s.report, case_path, named));
-    if (code == exit_failed) return fmt::format("{}: failed", name);
+    /* the problem that stopped it before it could judge anything */
+    const std::string problem = s.reported ? s.report.problem : "";
+    if (code == exit_failed)
+        return fmt::format("{}: {}", name, problem.empty() ? "failed" : problem);
     if (code == exit_no_case)
-        return fmt::format(
-            "{}: {}", name,
-            s.reported && !s.report.problem.empty() ? s.report.problem : "no usable case");
+        return fmt::format("{}: {}", name, problem.empty() ? "no usable case" : problem);
     return fmt::format("{} exited with status {}", name, code);
 }
 
