@@ -61,9 +61,12 @@ void search(const fs::path &dir, const fs::path &root, const std::string &given,
 struct stage_run {
     pid_t pid       = -1;
     int fd          = -1;
-    int wait_status = -1; /* as waitpid gives it; -1: not run */
-    std::string output;   /* the last k_output_kept bytes at least */
-    bool cut = false;     /* the beginning of the output was dropped */
+    int wait_status = -1;             /* as waitpid gives it; -1: not run */
+    std::string output;               /* the last k_output_kept bytes at least */
+    bool cut               = false;   /* the beginning of the output was dropped */
+    std::FILE *report_file = nullptr; /* where the child writes its report, unlinked */
+    stage_report report;
+    bool reported = false; /* the child wrote a report that could be read */
 };
 
 struct case_run {
@@ -73,19 +76,79 @@ struct case_run {
     clock_type::time_point start;
     double seconds = 0;
     bool passed    = false;
+    size_t errors = 0, warnings = 0; /* of the last stage that judged the case */
     std::string reason;
 };
+
+/* ---- the children's reports: JSON in an unlinked file each, read once the child is reaped ---- */
+
+std::FILE *open_report_file() {
+    return std::tmpfile();
+}
+
+void close_report_file(stage_run &s) {
+    if (s.report_file) std::fclose(s.report_file);
+    s.report_file = nullptr;
+}
+
+/* In the child: the report, written through the descriptor it shares with the batch. */
+void send_report(std::FILE *file, const stage_report &report) {
+    if (!file) return;
+    const std::string text = stage_report_json(report).serialize();
+    const int fd           = fileno(file);
+    for (size_t done = 0; done < text.size();) {
+        const ssize_t n = write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return;
+        done += size_t(n);
+    }
+}
+
+/* In the batch, after the child ended: its report, when it wrote one that parses. */
+void receive_report(stage_run &s) {
+    if (!s.report_file) return;
+    std::string text;
+    char buffer[16384];
+    std::rewind(s.report_file); /* the child's writes moved the offset both share */
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, s.report_file)) > 0;)
+        text.append(buffer, n);
+    close_report_file(s);
+    /* parsed from the bytes (not the string's iterators): the library's reader keeps the one
+     * instantiation of picojson's parser over strings that the tool links */
+    picojson::value value;
+    std::string error;
+    picojson::parse(value, text.data(), text.data() + text.size(), &error);
+    s.reported = error.empty() && stage_report_from_json(value, s.report);
+}
+
+/* Errors and warnings of a case: the replay's record holds the check's findings too, so the
+ * last stage that judged the case counts them all. */
+void count_case(case_run &r) {
+    for (const stage_run &s : r.stages)
+        if (s.reported && s.report.judged) {
+            r.errors   = s.report.run.errors;
+            r.warnings = s.report.run.warnings;
+        }
+}
+
+/* "ok", "ok (2 warnings)", "FAILED" */
+std::string case_result(const case_run &r) {
+    if (!r.passed) return "FAILED";
+    return r.warnings ? fmt::format("ok ({})", counted(r.warnings, "warning")) : "ok";
+}
 
 /* Starts one stage of one case in a child process whose standard output and error go into a
  * pipe; false when no process could be started. */
 bool spawn(const stage_runner &run, batch_stage stage, const batch_case &c, stage_run &s) {
     int ends[2];
     if (pipe(ends) != 0) return false;
+    s.report_file = open_report_file();
     std::fflush(nullptr); /* nothing buffered may be written twice */
     s.pid = fork();
     if (s.pid < 0) {
         close(ends[0]);
         close(ends[1]);
+        close_report_file(s);
         return false;
     }
     if (s.pid == 0) {
@@ -95,8 +158,10 @@ bool spawn(const stage_runner &run, batch_stage stage, const batch_case &c, stag
         dup2(ends[1], STDOUT_FILENO);
         dup2(ends[1], STDERR_FILENO);
         close(ends[1]);
-        const int status = run(stage, c);
+        stage_report report;
+        const int status = run(stage, c, report);
         std::fflush(nullptr);
+        send_report(s.report_file, report);
         _exit(status);
     }
     close(ends[1]);
@@ -104,61 +169,24 @@ bool spawn(const stage_runner &run, batch_stage stage, const batch_case &c, stag
     return true;
 }
 
-/* The text after the last "  result" label of a report ("  result: 1 error, 2 warnings",
- * "  result      FAILED: 1 error, 0 warnings"), without the label and "FAILED: ". */
-std::string result_of(const std::string &output) {
-    const size_t at = output.rfind("\n  result");
-    if (at == std::string::npos) return "";
-    const size_t end   = output.find('\n', at + 1);
-    std::string line   = output.substr(at + 9, end == std::string::npos ? end : end - at - 9);
-    const size_t first = line.find_first_not_of(": ");
-    line               = first == std::string::npos ? "" : line.substr(first);
-    return line.rfind("FAILED: ", 0) == 0 ? line.substr(8) : line;
-}
-
-/* The first line of a message, without "isp-case <command>: " and a closing colon. */
-std::string first_line(const std::string &text) {
-    std::string line = text.substr(0, text.find('\n'));
-    const size_t at  = line.find(": ");
-    if (line.rfind("isp-case ", 0) == 0 && at != std::string::npos) line = line.substr(at + 2);
-    if (!line.empty() && line.back() == ':') line.pop_back();
-    return line;
-}
-
-/* The findings a stage's report lists (check: one per line; replay: "  finding     " lines), as
- * finding_line writes them, with the case's directory left out of their paths. */
-std::vector<std::string> findings_in(const std::string &output, const std::string &case_path) {
-    /* the lines are written for people: paths in them escaped as terminal text */
-    const std::string listed = "  finding     ", prefix = terminal_text(case_path) + "/";
-    std::vector<std::string> found;
-    for (size_t start = 0; start < output.size();) {
-        size_t end = output.find('\n', start);
-        if (end == std::string::npos) end = output.size();
-        std::string line = output.substr(start, end - start);
-        start            = end + 1;
-        if (line.rfind(listed, 0) == 0) line = line.substr(listed.size());
-        const bool is_finding = !line.empty() && line[0] != ' ' && line.back() == ']' &&
-                                (line.find(": error: ") != std::string::npos ||
-                                 line.find(": warning: ") != std::string::npos);
-        if (!is_finding) continue;
-        if (line.rfind(prefix, 0) == 0) line = line.substr(prefix.size());
-        found.push_back(line);
-    }
-    return found;
-}
-
 /* " (A; B; C; and 4 more)": the findings not named yet, at most k_named of them. */
-std::string named_findings(const std::vector<std::string> &found, std::vector<std::string> &named) {
+std::string named_findings(const stage_report &report, const std::string &case_path,
+                           std::vector<std::string> &named) {
+    const std::string prefix = terminal_text(case_path) + "/";
     std::vector<std::string> fresh;
-    for (const std::string &f : found)
-        if (std::find(named.begin(), named.end(), f) == named.end()) fresh.push_back(f);
-    if (fresh.empty()) return "";
+    for (const finding &f : report.findings) {
+        std::string line = finding_line(f);
+        if (line.rfind(prefix, 0) == 0) line = line.substr(prefix.size());
+        if (std::find(named.begin(), named.end(), line) == named.end()) fresh.push_back(line);
+    }
+    const size_t more = fresh.size() - std::min(fresh.size(), k_named) + report.findings_not_listed;
+    if (fresh.empty() && more == 0) return "";
     std::string text;
     for (size_t i = 0; i < fresh.size() && i < k_named; ++i) {
         text += (i ? "; " : "") + fresh[i];
         named.push_back(fresh[i]);
     }
-    if (fresh.size() > k_named) text += fmt::format("; and {} more", fresh.size() - k_named);
+    if (more) text += fmt::format("{}and {} more", text.empty() ? "" : "; ", more);
     return " (" + text + ")";
 }
 
@@ -174,12 +202,15 @@ std::string stage_reason(batch_stage stage, const stage_run &s, const std::strin
                            strsignal(WTERMSIG(st)));
     const int code = WEXITSTATUS(st);
     if (code == exit_ok) return "";
-    if (code == exit_failed) {
-        const std::string result = result_of(s.output);
-        return fmt::format("{}: {}{}", name, result.empty() ? "failed" : result,
-                           named_findings(findings_in(s.output, case_path), named));
-    }
-    if (code == exit_no_case) return fmt::format("{}: {}", name, first_line(s.output));
+    if (code == exit_failed && s.reported && s.report.judged)
+        return fmt::format("{}: {}{}", name, s.report.run.counts_text(),
+                           named_findings(s.report, case_path, named));
+    /* the problem that stopped it before it could judge anything */
+    const std::string problem = s.reported ? s.report.problem : "";
+    if (code == exit_failed)
+        return fmt::format("{}: {}", name, problem.empty() ? "failed" : problem);
+    if (code == exit_no_case)
+        return fmt::format("{}: {}", name, problem.empty() ? "no usable case" : problem);
     return fmt::format("{} exited with status {}", name, code);
 }
 
@@ -223,6 +254,14 @@ std::string suite_name(const batch_settings &settings) {
                                     : std::string("isp-case batch");
 }
 
+/* A case's counts as testcase properties, which CI servers show beside the case. */
+std::string junit_counts(const case_run &r) {
+    return fmt::format(
+        "      <properties><property name=\"errors\" value=\"{}\"/><property "
+        "name=\"warnings\" value=\"{}\"/></properties>\n",
+        r.errors, r.warnings);
+}
+
 bool write_junit(const std::string &path, const batch_settings &settings,
                  const std::vector<case_run> &runs, double seconds) {
     size_t failures = 0;
@@ -241,17 +280,24 @@ bool write_junit(const std::string &path, const batch_settings &settings,
     for (const case_run &r : runs) {
         out << fmt::format("    <testcase name=\"{}\" classname=\"isp-case\" time=\"{:.3f}\"",
                            markup_escape(r.c->name, markup_context::attribute), r.seconds);
-        if (r.passed) {
-            out << "/>\n";
-            continue;
-        }
-        out << fmt::format(">\n      <failure message=\"{}\" type=\"failed\">{}</failure>\n",
-                           markup_escape(r.reason, markup_context::attribute),
-                           markup_escape(output_tail(r, settings)));
+        out << ">\n" << junit_counts(r);
+        if (!r.passed)
+            out << fmt::format("      <failure message=\"{}\" type=\"failed\">{}</failure>\n",
+                               markup_escape(r.reason, markup_context::attribute),
+                               markup_escape(output_tail(r, settings)));
         out << "    </testcase>\n";
     }
     out << "  </testsuite>\n</testsuites>\n";
     return bool(out);
+}
+
+/* What the stage's child reported: its verdict and counts, null when it reported none. */
+json_fields &report_members(const stage_run &s, json_fields &o) {
+    if (!s.reported || !s.report.judged)
+        return o.add_null("verdict").add_null("errors").add_null("warnings");
+    return o.add("verdict", s.report.run.text())
+        .add("errors", s.report.run.errors)
+        .add("warnings", s.report.run.warnings);
 }
 
 json_fields json_stage(const stage_run &s) {
@@ -262,19 +308,21 @@ json_fields json_stage(const stage_run &s) {
         o.add_null("exit_status").add("signal", WTERMSIG(s.wait_status));
     else
         o.add_null("exit_status").add_null("signal");
-    return o;
+    return report_members(s, o);
 }
 
 bool write_json(const std::string &path, const batch_settings &settings,
                 const std::vector<case_run> &runs, size_t found, double seconds) {
-    size_t passed = 0;
+    size_t passed = 0, warned = 0;
     std::vector<json_fields> cases;
     for (const case_run &r : runs) {
         passed += r.passed;
+        warned += r.passed && r.warnings;
         json_fields o;
         o.add("name", r.c->name)
             .add("path", r.c->path)
             .add("result", r.passed ? "passed" : "failed");
+        o.add("errors", r.errors).add("warnings", r.warnings).add("verdict", case_result(r));
         o.add("reason", r.reason).add("seconds", rounded(r.seconds));
         o.add("check", json_stage(r.stages[0])).add("replay", json_stage(r.stages[1]));
         o.add("output_tail", r.passed ? "" : output_tail(r, settings));
@@ -298,6 +346,7 @@ bool write_json(const std::string &path, const batch_settings &settings,
                          .add("cases", runs.size())
                          .add("passed", passed)
                          .add("failed", runs.size() - passed)
+                         .add("passed_with_warnings", warned)
                          .add("seconds", rounded(seconds))
                          .add("result", ok ? "ok" : "failed")
                          .add("exit_status", ok ? exit_ok : exit_failed));
@@ -384,6 +433,8 @@ class pool {
 
     void finish(case_run &r) {
         r.seconds = std::chrono::duration<double>(clock_type::now() - r.start).count();
+        for (stage_run &s : r.stages) receive_report(s);
+        count_case(r);
         std::string reasons;
         std::vector<std::string> named;
         for (int i = 0; i < 2; ++i) {
@@ -392,9 +443,8 @@ class pool {
         }
         r.reason = reasons;
         r.passed = reasons.empty();
-        fmt::print(out_, "{:<6}  {:<{}}  {:7.2f} s{}\n", r.passed ? "ok" : "FAILED",
-                   terminal_text(r.c->name), width_, r.seconds,
-                   r.passed ? "" : "  " + terminal_text(r.reason));
+        fmt::print(out_, "{:<6}  {:<{}}  {:7.2f} s{}\n", case_result(r), terminal_text(r.c->name),
+                   width_, r.seconds, r.passed ? "" : "  " + terminal_text(r.reason));
         std::fflush(out_);
     }
 
@@ -407,6 +457,46 @@ class pool {
 };
 
 }  // namespace
+
+void stage_report::judge(const run_record &record, bool strict) {
+    judged              = true;
+    run                 = isp_case::judge(record, strict);
+    findings            = record.findings().kept();
+    findings_not_listed = record.findings().not_kept();
+}
+
+picojson::value stage_report_json(const stage_report &report) {
+    picojson::object o;
+    o["problem"] = picojson::value(report.problem);
+    if (report.judged) {
+        o["verdict"]             = verdict_json(report.run);
+        o["findings"]            = findings_json(report.findings);
+        o["findings_not_listed"] = picojson::value(double(report.findings_not_listed));
+    }
+    return picojson::value(o);
+}
+
+bool stage_report_from_json(const picojson::value &value, stage_report &out) {
+    if (!value.is<picojson::object>() || !value.get("problem").is<std::string>()) return false;
+    stage_report report;
+    report.problem = value.get("problem").get<std::string>();
+    if (value.contains("verdict")) {
+        const picojson::value &findings = value.get("findings"),
+                              &more     = value.get("findings_not_listed");
+        if (!verdict_from_json(value.get("verdict"), report.run) ||
+            !findings.is<picojson::array>() || !more.is<double>())
+            return false;
+        report.judged              = true;
+        report.findings_not_listed = size_t(more.get<double>());
+        for (const picojson::value &f : findings.get<picojson::array>()) {
+            finding read;
+            if (!finding_from_json(f, read)) return false;
+            report.findings.push_back(std::move(read));
+        }
+    }
+    out = std::move(report);
+    return true;
+}
 
 bool find_cases(const std::vector<std::string> &paths, std::vector<batch_case> &cases,
                 std::string &error) {
@@ -488,10 +578,14 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
     pool(settings, run_stage, runs, out, width).run(jobs);
     const double seconds = std::chrono::duration<double>(clock_type::now() - start).count();
 
-    size_t passed = 0;
-    for (const case_run &r : runs) passed += r.passed;
-    fmt::print(out, "\nsummary\n  cases       {} run{}, {} passed, {} failed\n", cases.size(),
-               shard, passed, cases.size() - passed);
+    size_t passed = 0, warned = 0;
+    for (const case_run &r : runs) {
+        passed += r.passed;
+        warned += r.passed && r.warnings;
+    }
+    fmt::print(out, "\nsummary\n  cases       {} run{}, {} passed{}, {} failed\n", cases.size(),
+               shard, passed, warned ? fmt::format(" ({} with warnings)", warned) : "",
+               cases.size() - passed);
     for (const case_run &r : runs)
         if (!r.passed)
             fmt::print(out, "  failed      {}: {}\n", terminal_text(r.c->name),

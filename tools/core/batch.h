@@ -10,7 +10,11 @@
 #include <string>
 #include <vector>
 
+#include <picojson.h>
+
 #include "tools/core/enum_list.h"
+#include "tools/core/findings.h"
+#include "tools/core/run_record.h"
 
 namespace isp_case {
 
@@ -34,9 +38,27 @@ bool parse_shard(const std::string &text, int &index, int &count);
 #define ISP_CASE_BATCH_STAGES(X) X(check, "check") X(replay, "replay")
 ISP_CASE_ENUM(batch_stage, ISP_CASE_BATCH_STAGES);
 
-/* Runs one stage of one case in the calling process and returns its exit status; it is called
- * in a child process of the batch, whose standard output and error go to the batch. */
-using stage_runner = std::function<int(batch_stage stage, const batch_case &c)>;
+/* What a stage of a case found, as its child process reports it to the batch: the verdict of
+ * its run record with the findings kept, or the problem that left no case to run. The child
+ * writes it as JSON into a file of its own; its standard output and error are for people. */
+struct stage_report {
+    bool judged = false; /* false: the stage stopped before it could judge anything */
+    verdict run;
+    std::vector<finding> findings;
+    size_t findings_not_listed = 0;
+    std::string problem; /* why there was no case to run: "no such directory", ... */
+
+    void judge(const run_record &record, bool strict);
+};
+picojson::value stage_report_json(const stage_report &report);
+/* False when the value is not a stage report. */
+bool stage_report_from_json(const picojson::value &value, stage_report &out);
+
+/* Runs one stage of one case in the calling process, fills the report and returns its exit
+ * status; it is called in a child process of the batch, whose standard output and error go to
+ * the batch. */
+using stage_runner =
+    std::function<int(batch_stage stage, const batch_case &c, stage_report &report)>;
 
 struct batch_settings {
     std::vector<std::string> paths;

@@ -47,6 +47,43 @@ picojson::value findings_json(const std::vector<finding> &findings) {
     return picojson::value(items);
 }
 
+bool finding_from_json(const picojson::value &v, finding &out) {
+    if (!v.is<picojson::object>()) return false;
+    const picojson::object &o = v.get<picojson::object>();
+    const auto text           = [&](const char *key, std::string &to) {
+        const auto it = o.find(key);
+        if (it == o.end() || !it->second.is<std::string>()) return false;
+        to = it->second.get<std::string>();
+        return true;
+    };
+    const auto number = [&](const char *key, int &to) {
+        const auto it = o.find(key);
+        if (it == o.end() || !it->second.is<double>()) return false;
+        to = static_cast<int>(it->second.get<double>());
+        return true;
+    };
+    std::string level, kind;
+    finding f;
+    if (!text("severity", level) || !text("kind", kind) || !text("file", f.file) ||
+        !number("line", f.line) || !number("column", f.column) || !text("step", f.step) ||
+        !text("module", f.module) || !text("register", f.reg) || !text("field", f.field) ||
+        !text("value", f.value) || !text("format", f.format) || !text("hardware", f.hardware) ||
+        !text("message", f.message))
+        return false;
+    if (level != severity_name(severity::error) && level != severity_name(severity::warning))
+        return false;
+    f.level    = level == severity_name(severity::error) ? severity::error : severity::warning;
+    bool known = false;
+    for (int k = 0; k <= int(finding_kind::library_warning) && !known; ++k)
+        if (kind == kind_name(finding_kind(k))) {
+            f.kind = finding_kind(k);
+            known  = true;
+        }
+    if (!known) return false;
+    out = std::move(f);
+    return true;
+}
+
 void finding_tally::add(const finding &f) {
     ++(f.level == severity::error ? counts_.errors : counts_.warnings);
     if (kept_.size() < limit_) kept_.push_back(f);
@@ -59,6 +96,15 @@ std::string grouped(size_t value) {
         text += digits[i];
     }
     return text;
+}
+
+std::string counted(size_t n, const char *word) {
+    return fmt::format("{} {}{}", grouped(n), word, n == 1 ? "" : "s");
+}
+
+std::string without_line_end(std::string line) {
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
+    return line;
 }
 
 json_fields json_step(const step_outcome &step) {

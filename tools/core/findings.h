@@ -93,6 +93,8 @@ finding_counts count_findings(const std::vector<finding> &findings);
 /* A finding as a JSON object, every member present ("" and 0 when not known). */
 picojson::value finding_json(const finding &f);
 picojson::value findings_json(const std::vector<finding> &findings);
+/* The finding finding_json wrote; false when the value is not one. */
+bool finding_from_json(const picojson::value &value, finding &out);
 
 /* How a run is to be shown. */
 #define ISP_CASE_OUTPUT_FORMATS(X) X(text, "text") X(json, "json")
@@ -124,6 +126,10 @@ class finding_tally {
 
 /* 85674 as "85,674". */
 std::string grouped(size_t value);
+/* "1 warning", "1,000 errors" */
+std::string counted(size_t n, const char *word);
+/* A line as the library wrote it, without its line end. */
+std::string without_line_end(std::string line);
 
 /* A step's counts and findings as the members of a JSON object. */
 json_fields json_step(const step_outcome &step);

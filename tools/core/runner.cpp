@@ -59,6 +59,15 @@ int next_frame(const module_info &module, const void *context) {
     return static_cast<const JsonModuleContext *>(context)->frame;
 }
 
+/* The last frame directory the cycles up to `frames` read: the library steps to cfgs/f<N+1>
+ * after each load while it is a directory, so the directories are counted as it finds them. */
+int last_frame_dir(const std::string &case_path, int frames) {
+    int last = 0;
+    while (last < frames && is_directory(join_path(case_path, "cfgs/f" + std::to_string(last + 1))))
+        ++last;
+    return last;
+}
+
 /* A load steps the frame after every channel's pass while frames remain, so channel c read
  * the frame before the load plus the steps taken before its pass. */
 std::vector<int> frames_of_load(const module_info &module, int before, int after, int channels) {
@@ -99,15 +108,15 @@ class runner {
     runner &operator=(const runner &) = delete;
 
     replay_result run() {
-        step("setup", {op_kind::reg, op_kind::create, op_kind::init});
-        const int frames = settings_.run.frames;
-        for (int frame = 0; frame < frames; ++frame) {
+        step(setup_step(), {op_kind::reg, op_kind::create, op_kind::init});
+        const int frames   = settings_.run.frames;
+        const int last_dir = last_frame_dir(settings_.run.case_path, frames);
+        for (int frame = 1; frame <= frames; ++frame) {
             if (settings_.progress) show_progress(frame, frames);
-            step("frame " + std::to_string(frame),
-                 {op_kind::process, op_kind::trigger, op_kind::sync});
+            step(frame_step(frame, last_dir), {op_kind::process, op_kind::trigger, op_kind::sync});
         }
         if (settings_.progress) std::fprintf(capture_.original(), "\r%*s\r", 32, "");
-        step("teardown", {op_kind::deinit, op_kind::destroy});
+        step(teardown_step(), {op_kind::deinit, op_kind::destroy});
         replay_result result;
         result.platform_problems = platform_problems();
         return result;
@@ -116,9 +125,9 @@ class runner {
   private:
     /* Every module runs the first operation, then every module the next one; the step goes to
      * the sink and is dropped. */
-    void step(const std::string &name, std::initializer_list<op_kind> kinds) {
-        replay_step s{name, {}};
-        for (module_slot &slot : slots_) s.modules.push_back({slot.info, {}, -1});
+    void step(const step_id &id, std::initializer_list<op_kind> kinds) {
+        replay_step s{id, {}};
+        for (module_slot &slot : slots_) s.modules.push_back({slot.info, {}, -1, {}});
         for (op_kind kind : kinds) {
             for (size_t i = 0; i < slots_.size(); ++i) {
                 s.modules[i].ops.push_back(run_op(slots_[i], kind));
@@ -126,15 +135,16 @@ class runner {
                     s.modules[i].enable = enable_bit(*slots_[i].info);
             }
         }
+        for (module_step &m : s.modules) m.findings = findings_of(id, m);
         sink_(s);
     }
 
     /* A few times a second at most: a terminal takes longer to draw than a frame to run. */
     void show_progress(int frame, int frames) {
         const auto now = std::chrono::steady_clock::now();
-        if (frame + 1 < frames && now - last_progress_ < std::chrono::milliseconds(200)) return;
+        if (frame < frames && now - last_progress_ < std::chrono::milliseconds(200)) return;
         last_progress_ = now;
-        std::fprintf(capture_.original(), "\rframe %d of %d", frame + 1, frames);
+        std::fprintf(capture_.original(), "\rframe %d of %d", frame, frames);
     }
 
     static bool updates_enable(const module_info &m, op_kind kind) {

@@ -1,6 +1,7 @@
 /* The manifest to JSON and back. */
 #include "tools/dump/manifest.h"
 
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 
@@ -23,16 +24,25 @@ value text_or_null(const std::string &text) {
     return text.empty() ? value() : value(text);
 }
 
+value step_json(const step_id &step) {
+    picojson::object o;
+    o["phase"] = value(phase_name(step.kind));
+    o["frame"] = number(step.number);
+    o["dir"]   = number(step.dir);
+    return value(o);
+}
+
 value push_json(const manifest_push &p) {
     picojson::object o;
-    o["step"]    = value(p.step);
-    o["module"]  = value(p.module);
-    o["block"]   = value(p.block);
-    o["channel"] = number(p.channel);
-    o["cmd"]     = number(p.cmd);
-    o["group"]   = text_or_null(p.group);
-    o["type"]    = text_or_null(p.type);
-    o["size"]    = number(static_cast<double>(p.size));
+    o["step"]     = step_json(p.id);
+    o["step_dir"] = value(p.step);
+    o["module"]   = value(p.module);
+    o["block"]    = value(p.block);
+    o["channel"]  = number(p.channel);
+    o["cmd"]      = number(p.cmd);
+    o["group"]    = text_or_null(p.group);
+    o["type"]     = text_or_null(p.type);
+    o["size"]     = number(static_cast<double>(p.size));
     picojson::array sources;
     for (const manifest_source &s : p.sources) {
         picojson::object so;
@@ -72,6 +82,11 @@ picojson::value manifest_json(const manifest &m) {
     picojson::array pushes;
     for (const manifest_push &p : m.pushes) pushes.push_back(push_json(p));
     o["pushes"] = value(pushes);
+    if (m.judged) {
+        o["verdict"]             = verdict_json(m.run);
+        o["findings"]            = findings_json(m.findings);
+        o["findings_not_listed"] = number(static_cast<double>(m.findings_not_listed));
+    }
     return value(o);
 }
 

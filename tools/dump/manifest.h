@@ -1,5 +1,6 @@
 /* The manifest of a dump: what was replayed and, for every push, where it came from and which
- * files hold it. Written at the dump's root as manifest.json; read back by diff. */
+ * files hold it, and the run's verdict and findings. Written at the dump's root as manifest.json;
+ * read back by diff and report. */
 #ifndef ISP_CASE_MANIFEST_H
 #define ISP_CASE_MANIFEST_H
 
@@ -11,9 +12,14 @@
 
 #include <picojson.h>
 
+#include "tools/core/findings.h"
+#include "tools/core/run_record.h"
+#include "tools/core/step.h"
+
 namespace isp_case {
 
-constexpr int manifest_version = 1;
+/* 2: steps as values, the run's verdict and findings; version 1 is still read */
+constexpr int manifest_version = 2;
 
 /* A register file a push was converted from. */
 struct manifest_source {
@@ -23,7 +29,8 @@ struct manifest_source {
 };
 
 struct manifest_push {
-    std::string step;   /* "init", "frame0", ... */
+    step_id id;
+    std::string step;   /* its directory in the dump: "setup", "frame1", ... */
     std::string module; /* "cc" */
     std::string block;  /* "clc" */
     int channel  = 0;
@@ -46,6 +53,11 @@ struct manifest {
     unsigned pointer_bytes = 0;
     std::vector<std::string> modules, bypass;
     std::vector<manifest_push> pushes;
+    /* the run's verdict and findings (kept up to a limit, the rest counted); none in version 1 */
+    bool judged = false;
+    verdict run;
+    std::vector<finding> findings;
+    size_t findings_not_listed = 0;
 };
 
 picojson::value manifest_json(const manifest &m);

@@ -173,6 +173,8 @@ void read_manifest(const value &root, dump &d) {
     /* the run's verdict and findings, where the writer recorded them */
     if (o.count("verdict")) d.verdict = verdict_of(object_of(at(o, "verdict"), "verdict"));
     if (o.count("findings")) d.findings = array_at(o, "findings");
+    if (o.count("findings_not_listed"))
+        d.findings_not_listed = size_t(number_at(o, "findings_not_listed", 0, k_most));
     const picojson::array &pushes = array_at(o, "pushes");
     d.pushes.reserve(pushes.size());
     for (const value &p : pushes) d.pushes.push_back(push_of(object_of(p, "pushes"), d.version));

@@ -82,7 +82,8 @@ struct dump {
     unsigned pointer_bytes = 0;
     std::vector<std::string> modules, bypass;
     dump_verdict verdict;
-    picojson::array findings; /* as `check --format json` writes them */
+    picojson::array findings;       /* as `check --format json` writes them */
+    size_t findings_not_listed = 0; /* beyond those, counted only */
     std::vector<dump_push> pushes;
     std::vector<step_id> steps; /* in replay order */
 

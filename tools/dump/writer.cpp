@@ -19,11 +19,6 @@ namespace fs = std::filesystem;
 
 const char k_banner_prefix[] = "[SDK version]: ";
 
-std::string step_dir(const replay_step &step) {
-    if (step.name.rfind("frame ", 0) == 0) return "frame" + step.name.substr(6);
-    return "init";
-}
-
 bool loads(op_kind kind) {
     return kind == op_kind::init || kind == op_kind::process;
 }
@@ -110,27 +105,30 @@ dump_writer::dump_writer(const std::string &dir, const replay_settings &settings
 }
 
 void dump_writer::write_step(const replay_step &step) {
-    const std::string dir = step_dir(step);
     for (const module_step &m : step.modules)
         for (const op_outcome &op : m.ops) {
             for (const isp_sim::log_line &line : op.log)
                 if (const size_t at = line.text.find(k_banner_prefix); at != std::string::npos) {
-                    std::string banner = line.text.substr(at + sizeof k_banner_prefix - 1);
-                    while (!banner.empty() && banner.back() == '\n') banner.pop_back();
-                    manifest_.library = banner;
+                    manifest_.library =
+                        without_line_end(line.text.substr(at + sizeof k_banner_prefix - 1));
                 }
-            for (const pushed_group &push : op.pushes) write_push(dir, m, op, push);
+            for (const pushed_group &push : op.pushes) write_push(step.id, m, op, push);
         }
 }
 
-void dump_writer::finish() {
-    const std::string path = dir_ + "/manifest.json";
+bool dump_writer::finish(const run_record &record, const verdict &judged) {
+    manifest_.judged              = true;
+    manifest_.run                 = judged;
+    manifest_.findings            = record.findings().kept();
+    manifest_.findings_not_listed = record.findings().not_kept();
+    const std::string path        = dir_ + "/manifest.json";
     std::string error;
-    if (!write_text_file(path, laid_out(manifest_json(manifest_)), error))
-        summary_.problems.push_back(path + ": " + error);
+    if (write_text_file(path, laid_out(manifest_json(manifest_)), error)) return true;
+    summary_.problems.push_back(path + ": " + error);
+    return false;
 }
 
-void dump_writer::write_push(const std::string &step, const module_step &m, const op_outcome &op,
+void dump_writer::write_push(const step_id &step, const module_step &m, const op_outcome &op,
                              const pushed_group &push) {
     const module_info &module = *m.module;
     const std::string base    = dump_name(step, module, push);
@@ -139,7 +137,8 @@ void dump_writer::write_push(const std::string &step, const module_step &m, cons
     ++summary_.pushes;
 
     manifest_push entry;
-    entry.step    = step;
+    entry.id      = step;
+    entry.step    = step_dir(step);
     entry.module  = module.name;
     entry.block   = module.block;
     entry.channel = push.channel;
@@ -214,9 +213,8 @@ void dump_writer::cmodel(const std::string &relative, const pushed_group &push, 
     }
 }
 
-std::string dump_name(const std::string &step, const module_info &module,
-                      const pushed_group &push) {
-    std::string name = step + "/" + module.name + "/";
+std::string dump_name(const step_id &step, const module_info &module, const pushed_group &push) {
+    std::string name = step_dir(step) + "/" + module.name + "/";
     if (file_kind_of(module) == file_kind::per_channel) name += fmt::format("chn{}/", push.channel);
     name += fmt::format("cmd{:02}", push.cmd);
     if (push.group) name += std::string("_") + push.group->name;

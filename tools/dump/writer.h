@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/dump/manifest.h"
+#include "tools/core/run_record.h"
 #include "tools/core/runner.h"
+#include "tools/dump/manifest.h"
 
 namespace isp_case {
 
@@ -17,29 +18,30 @@ struct dump_summary {
         problems; /* "<path>: <reason>": files not written, exporters raising */
 };
 
-/* Layout under dir, for every push: <step>/<module>/[chn<c>/]cmd<NN>_<group> with <step> "init",
- * "frame0", "frame1", ..., and beside it
+/* Layout under dir, for every push: <step>/<module>/[chn<c>/]cmd<NN>_<group> with <step> "setup",
+ * "frame1", "frame2", ... (step_dir), and beside it
  *   .bin              the bytes the wrapper received, pointer members cleared
  *   .json             every member decoded (decode_structure)
  *   .cmodel.json      the C-model export where the block has an exporter for the group, or
  *   .p<P>.cmodel.json one per partition for exporters that read one partition
  *   .<member>.bin     the arrays behind pointer members (colour-correction init)
- * and manifest.json at the root, written by finish(). The directory must have been prepared
- * (prepare_output_dir) and the replay must keep the pushed bytes (replay_settings::keep_bytes).
- * Nothing in it depends on the time or on host addresses. */
+ * and manifest.json at the root, written by finish() with the run's verdict. The directory must
+ * have been prepared (prepare_output_dir) and the replay must keep the pushed bytes
+ * (replay_settings::keep_bytes). Nothing in it depends on the time or on host addresses. */
 class dump_writer {
   public:
     dump_writer(const std::string &dir, const replay_settings &settings);
 
-    /* The pushes of one step ("setup" is written as init, "frame N" as frameN). */
+    /* The pushes of one step. */
     void write_step(const replay_step &step);
-    /* Writes the manifest; call once, after the last step. */
-    void finish();
+    /* Writes the manifest with the run's verdict and findings; call once, after the last step.
+     * False when it could not be written (a problem of the summary). */
+    bool finish(const run_record &record, const verdict &judged);
 
     const dump_summary &summary() const { return summary_; }
 
   private:
-    void write_push(const std::string &step, const module_step &m, const op_outcome &op,
+    void write_push(const step_id &step, const module_step &m, const op_outcome &op,
                     const pushed_group &push);
     void raw(const std::string &relative, const std::vector<uint8_t> &bytes);
     void json(const std::string &relative, const picojson::value &value);
@@ -52,8 +54,8 @@ class dump_writer {
     dump_summary summary_;
 };
 
-/* The relative path of a push without extension: "frame0/wbc/cmd01_ctrl". */
-std::string dump_name(const std::string &step, const module_info &module, const pushed_group &push);
+/* The relative path of a push without extension: "frame1/wbc/cmd01_ctrl". */
+std::string dump_name(const step_id &step, const module_info &module, const pushed_group &push);
 
 }  // namespace isp_case
 

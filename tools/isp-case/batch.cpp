@@ -15,16 +15,19 @@ struct batch_flags {
     std::optional<int> frames;
 };
 
-/* One stage of a batch's case, in the batch's child process: the check, or a quiet replay. */
-int run_stage(batch_stage stage, const batch_case &c, const batch_settings &batch) {
+/* One stage of a batch's case, in the batch's child process: the check, or a quiet replay, in
+ * text for the failure's output tail, with the report for the batch. */
+int run_stage(batch_stage stage, const batch_case &c, const batch_settings &batch,
+              stage_report &report) {
     case_options options;
     options.case_path = c.path;
     options.frames    = batch.frames;
-    if (stage == batch_stage::check) return run_check_command(options, batch.strict, false);
+    if (stage == batch_stage::check)
+        return run_check_command(options, batch.strict, false, &report);
     replay_flags flags;
     flags.quiet  = true;
     flags.strict = batch.strict;
-    return run_replay_command(options, flags);
+    return run_replay_command(options, flags, &report);
 }
 
 }  // namespace
@@ -68,7 +71,10 @@ command_runner add_batch_command(CLI::App &app) {
         b.frames          = options->frames;
         if (!options->shard.empty()) parse_shard(options->shard, b.shard_index, b.shard_count);
         return run_batch(
-            b, [&b](batch_stage stage, const batch_case &c) { return run_stage(stage, c, b); },
+            b,
+            [&b](batch_stage stage, const batch_case &c, stage_report &report) {
+                return run_stage(stage, c, b, report);
+            },
             stdout, stderr);
     };
 }

@@ -101,10 +101,11 @@ void add_case_flags(CLI::App &command, case_flags &flags) {
 }
 
 bool settings_or_report(const case_options &options, const char *command, run_settings &settings,
-                        case_contents &contents) {
+                        case_contents &contents, stage_report *report) {
     std::string error;
     if (resolve_settings(options, settings, contents, error)) return true;
     fmt::print(stderr, "isp-case {}: {}\n", command, error);
+    if (report) report->problem = error;
     return false;
 }
 

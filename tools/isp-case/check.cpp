@@ -1,21 +1,25 @@
 /* isp-case check: the lint of every file a replay reads, without aborting. */
 #include <memory>
 
+#include "tools/core/run_record.h"
 #include "tools/isp-case/commands.h"
 #include "tools/output/check_output.h"
 
 namespace isp_case {
 
-int run_check_command(const case_options &options, bool strict, bool json) {
+int run_check_command(const case_options &options, bool strict, bool json, stage_report *report) {
     run_settings settings;
     case_contents contents;
-    if (!settings_or_report(options, "check", settings, contents)) return exit_no_case;
+    if (!settings_or_report(options, "check", settings, contents, report)) return exit_no_case;
     const check_result result = check_case(settings, contents);
     if (json)
         print_check_json(stdout, settings, result);
     else
         print_check(stdout, settings, result);
-    return count_findings(result.findings).passed(strict) ? exit_ok : exit_failed;
+    run_record record;
+    record.add(result.findings);
+    if (report) report->judge(record, strict);
+    return judge(record, strict).passed() ? exit_ok : exit_failed;
 }
 
 command_runner add_check_command(CLI::App &app) {

@@ -9,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/core/batch.h"
 #include "tools/core/settings.h"
 
 namespace isp_case {
@@ -52,9 +53,10 @@ CLI::Option *add_format_option(CLI::App &command, std::string &format, const std
 CLI::Option *add_out_option(CLI::App &command, std::string &path, const std::string &what,
                             const std::string &type_name);
 
-/* Settings from the options and the case, or false after a line on standard error. */
+/* Settings from the options and the case, or false after a line on standard error (and the
+ * problem in the report, when there is one). */
 bool settings_or_report(const case_options &options, const char *command, run_settings &settings,
-                        case_contents &contents);
+                        case_contents &contents, stage_report *report = nullptr);
 
 /* The options of replay beyond the case's. */
 struct replay_flags {
@@ -63,9 +65,12 @@ struct replay_flags {
     bool force = false, verbose = false, quiet = false, strict = false;
 };
 
-/* What the replay and check commands run, also run by batch in its children. */
-int run_replay_command(const case_options &options, const replay_flags &flags);
-int run_check_command(const case_options &options, bool strict, bool json);
+/* What the replay and check commands run, also run by batch in its children, which pass a
+ * report to fill: the verdict and findings, or why there was no case to run. */
+int run_replay_command(const case_options &options, const replay_flags &flags,
+                       stage_report *report = nullptr);
+int run_check_command(const case_options &options, bool strict, bool json,
+                      stage_report *report = nullptr);
 
 }  // namespace isp_case
 

@@ -7,6 +7,7 @@
 
 #include <fmt/core.h>
 
+#include "tools/core/run_record.h"
 #include "tools/core/runner.h"
 #include "tools/dump/writer.h"
 #include "tools/isp-case/commands.h"
@@ -24,10 +25,11 @@ const int k_progress_frames = 10;
 
 }  // namespace
 
-int run_replay_command(const case_options &options, const replay_flags &flags) {
+int run_replay_command(const case_options &options, const replay_flags &flags,
+                       stage_report *report) {
     replay_settings settings;
     case_contents contents;
-    if (!settings_or_report(options, "replay", settings.run, contents)) return exit_no_case;
+    if (!settings_or_report(options, "replay", settings.run, contents, report)) return exit_no_case;
     for (const std::string &name : flags.bypass) settings.bypass.push_back(find_module(name));
 
     /* the pre-flight: the check's own lint, so that check and replay never disagree */
@@ -42,6 +44,9 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
             fmt::print(stderr, "  {}: {}\n", terminal_text(f.file), terminal_text(f.message));
         fmt::print(stderr, "run 'isp-case check {}' for every problem of the case\n",
                    terminal_text(settings.run.case_path));
+        if (report)
+            report->problem = fmt::format("{} file(s) of {} would stop the library",
+                                          blockers.size(), settings.run.case_path);
         return exit_no_case;
     }
     if (!flags.dump_dir.empty()) {
@@ -49,6 +54,7 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
             flags.dump_dir, flags.force ? existing_contents::replace : existing_contents::refuse);
         if (!problem.empty()) {
             fmt::print(stderr, "isp-case replay: {}: {}\n", terminal_text(flags.dump_dir), problem);
+            if (report) report->problem = flags.dump_dir + ": " + problem;
             return exit_failed;
         }
     }
@@ -66,20 +72,29 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
         isatty(STDERR_FILENO) && !lines_on_terminal && settings.run.frames >= k_progress_frames;
     settings.keep_bytes = !flags.dump_dir.empty();
 
-    replay_printer printer(stdout, settings, output, lint.findings);
+    /* the lint's findings first, then the run's, in one record */
+    run_record record;
+    record.add(lint.findings);
+    replay_printer printer(stdout, settings, output);
     std::optional<dump_writer> dump;
     if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings);
     const replay_result result = replay(settings, [&](const replay_step &step) {
         if (dump) dump->write_step(step);
-        printer.step(step);
+        printer.step(step, record.add(step));
     });
-    if (!dump) {
-        printer.finish(result);
-    } else {
-        dump->finish();
-        printer.finish(result, &dump->summary(), flags.dump_dir);
+    record.add_platform_problems(result.platform_problems);
+    if (dump) {
+        record.add_dump_problems(dump->summary().problems.size());
+        /* a manifest that could not be written fails the run too */
+        if (!dump->finish(record, judge(record, output.strict))) record.add_dump_problems(1);
     }
-    return printer.passed() ? exit_ok : exit_failed;
+    const verdict judged = judge(record, output.strict);
+    if (report) report->judge(record, output.strict);
+    if (dump)
+        printer.finish(record, judged, &dump->summary(), flags.dump_dir);
+    else
+        printer.finish(record, judged);
+    return judged.passed() ? exit_ok : exit_failed;
 }
 
 command_runner add_replay_command(CLI::App &app) {

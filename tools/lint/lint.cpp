@@ -421,7 +421,7 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
             fmt::format("{} frames asked for and the case holds {} (cfgs/f0 to cfgs/f{}): frames "
                         "{} to {} replay cfgs/f{} again",
                         settings.frames, contents.frames, contents.frames - 1, contents.frames,
-                        settings.frames - 1, contents.frames - 1)));
+                        settings.frames, contents.frames - 1)));
 
     const int partitions = settings.part_h * settings.part_v;
     if (!grid_checkers.empty() && partitions == 0)

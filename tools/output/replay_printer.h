@@ -3,19 +3,16 @@
 #ifndef ISP_CASE_REPLAY_REPORT_H
 #define ISP_CASE_REPLAY_REPORT_H
 
-#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
 
-#include "tools/dump/writer.h"
-#include "tools/core/runner.h"
 #include "tools/core/findings.h"
+#include "tools/core/run_record.h"
+#include "tools/core/runner.h"
+#include "tools/dump/writer.h"
 
 namespace isp_case {
-
-/* Status as the table shows it: "ok", "-1", "0x80011980", "raised", "-" when not run. */
-std::string status_text(const op_outcome &op);
 
 struct replay_output {
     output_format format = output_format::text;
@@ -27,29 +24,19 @@ struct replay_output {
     bool strict      = false; /* warnings fail the replay */
 };
 
-/* What a step found, module by module: a failed or raising operation and a value a converter
- * could not read (its message on standard error) are errors, a library log line at warning
- * level or below from an operation that did not fail is a warning. Each names the step, the
- * module and the operation. */
-std::vector<std::vector<finding>> findings_of(const replay_step &step);
-
 /* Consumes the steps of a replay as they end and prints them, then the summary. */
 class replay_printer {
   public:
-    /* preflight: the findings of the case's lint, counted and listed before the replay's own */
-    replay_printer(std::FILE *out, const replay_settings &settings, const replay_output &output,
-                   const std::vector<finding> &preflight = {});
-    void step(const replay_step &step);
-    /* The summary, with the dump's when one was written under dump_dir. */
-    void finish(const replay_result &result, const dump_summary *dump = nullptr,
+    replay_printer(std::FILE *out, const replay_settings &settings, const replay_output &output);
+    /* A step as it ends, with its outcome (run_record::add). */
+    void step(const replay_step &step, const step_outcome &outcome);
+    /* The summary of the record and its verdict, with the dump's when one was written under
+     * dump_dir. */
+    void finish(const run_record &record, const verdict &judged, const dump_summary *dump = nullptr,
                 const std::string &dump_dir = "");
-    /* No error, no warning under --strict, a clean platform and a complete dump; the summary
-     * says "ok" only when there is no warning either. */
-    bool passed() const { return passed_; }
 
   private:
-    void text_step(const replay_step &step, const step_outcome &outcome,
-                   const std::vector<std::vector<finding>> &findings);
+    void text_step(const replay_step &step, const step_outcome &outcome);
     void json_step(const replay_step &step, const step_outcome &outcome);
 
     std::FILE *out_;
@@ -57,10 +44,6 @@ class replay_printer {
     replay_output output_;
     size_t frames_seen_ = 0;
     bool after_block_   = false; /* the last thing printed was a table */
-    bool passed_        = false;
-    finding_tally tally_;
-    size_t ops_ = 0, failed_ops_ = 0, groups_ = 0, bytes_ = 0, messages_ = 0;
-    size_t log_by_level_[8] = {};
 };
 
 }  // namespace isp_case

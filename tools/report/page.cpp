@@ -58,6 +58,7 @@ details>div{padding:2px 8px 8px;overflow-x:auto}
 .ok{color:#2e7d32;font-weight:600}.bad{color:#c62828;font-weight:600}.warn{color:#ef6c00;font-weight:600}
 .key{display:inline-block;width:22px;height:4px;vertical-align:middle;margin:0 4px 0 10px}
 .muted{color:#666}
+.verdict{font-size:18px;margin:14px 0 8px}
 )";
 
 constexpr size_t k_change_rows = 200; /* beyond this many changed members, a count suffices */
@@ -213,16 +214,49 @@ void summary(std::string &out, const dump &a, const dump *b, const std::vector<s
     out += fmt::format("<tr><th>shown</th><td{}>{}</td></tr></table>", b ? " colspan=\"2\"" : "",
                        markup_escape(steps_text(steps)));
 
-    const auto problems = [&](const dump &d, const std::string &run) {
-        if (!d.verdict.recorded) {
-            out += "<p>" + (run.empty() ? "Failures" : run + "failures") +
-                   " and warnings: none recorded in the manifest.</p>";
-            return;
-        }
-        out += "<p>" + run + markup_escape(d.verdict.text) + "</p>";
-    };
-    problems(a, b ? "A: " : "");
-    if (b) problems(*b, "B: ");
+    out += "</section>";
+}
+
+/* ---- verdict and findings ------------------------------------------------------------------- */
+
+const char *verdict_class(const dump_verdict &v) {
+    return v.result == "ok" ? "ok" : v.result == "not clean" ? "warn" : "bad";
+}
+
+/* The run's verdict, then its findings in the form the replay's summary lists them. */
+void verdict_of(std::string &out, const dump &d, const std::string &run) {
+    if (!d.verdict.recorded) {
+        out += "<p class=\"verdict\">" + run +
+               "no verdict: the manifest is of an older isp-case, which recorded none.</p>";
+        return;
+    }
+    /* the text says "(--strict)" where the flag decided the verdict */
+    out += fmt::format("<p class=\"verdict\">{}<span class=\"{}\">{}</span></p>", run,
+                       verdict_class(d.verdict), markup_escape(d.verdict.text));
+    if (d.findings.empty()) return;
+    out +=
+        "<table><tr><th>where</th><th>severity</th><th>module</th><th>finding</th>"
+        "<th>kind</th></tr>";
+    for (const picojson::value &recorded : d.findings) {
+        finding f;
+        if (!finding_from_json(recorded, f)) continue;
+        std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
+        if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);
+        out += fmt::format(
+            "<tr><td>{}</td><td class=\"{}\">{}</td><td>{}</td><td>{}</td><td>{}</td></tr>",
+            markup_escape(where), f.level == severity::error ? "bad" : "warn",
+            severity_name(f.level), markup_escape(f.module), markup_escape(f.message),
+            kind_name(f.kind));
+    }
+    out += "</table>";
+    if (d.findings_not_listed)
+        out += fmt::format("<p class=\"muted\">and {} more findings.</p>", d.findings_not_listed);
+}
+
+void verdicts(std::string &out, const dump &a, const dump *b) {
+    out += "<section id=\"verdict\"><h2>Verdict</h2>";
+    verdict_of(out, a, b ? "A: " : "");
+    if (b) verdict_of(out, *b, "B: ");
     out += "</section>";
 }
 
@@ -805,13 +839,14 @@ std::string render_page(const page_input &in) {
         "<header><h1>" + markup_escape(title) + "</h1><p>" +
         markup_escape(b ? "A: " + a.dir + ", B: " + b->dir : "dump " + a.dir) + ", grid " +
         fmt::format("{}x{}, {} channel(s), {} frame(s)", a.part_h, a.part_v, a.channels, a.frames) +
-        "</p></header><nav><a href=\"#summary\">Summary</a>";
+        "</p></header><nav><a href=\"#verdict\">Verdict</a><a href=\"#summary\">Summary</a>";
     if (b) out += "<a href=\"#changes\">What changed</a>";
     out += "<a href=\"#pushes\">Pushed groups</a>";
     for (const step_id &s : in.steps)
         out += "<a href=\"#step-" + step_dir(s) + "\">" + markup_escape(step_label(s)) + "</a>";
     out += "</nav><main>";
 
+    verdicts(out, a, b);
     summary(out, a, b, in.steps);
     if (b) changes(out, a, *b, in.changes);
     pushes(out, a, pairs);

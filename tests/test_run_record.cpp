@@ -1,0 +1,109 @@
+/* The run record of isp-case: how steps are named, what an operation's outcome counts as, the
+ * verdict on a run, and findings read back from their JSON. */
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tools/core/run_record.h"
+
+namespace {
+
+using lines_t = std::vector<std::string>;
+using isp_case::phase;
+
+/* A case f0..f3: setup reads f0, cycle N reads fN, the cycles after the third read f3 again. */
+TEST(RunRecordStep, NamedByTheFrameDirectoryItRead) {
+    const struct {
+        isp_case::step_id step;
+        std::string name, dir, files;
+    } rows[] = {
+        {isp_case::setup_step(), "setup", "setup", "cfgs/f0"},
+        {isp_case::frame_step(1, 3), "frame 1", "frame1", "cfgs/f1"},
+        {isp_case::frame_step(3, 3), "frame 3", "frame3", "cfgs/f3"},
+        {isp_case::frame_step(5, 3), "frame 5 (f3 again)", "frame5", "cfgs/f3"},
+        {isp_case::frame_step(1, 0), "frame 1 (f0 again)", "frame1", "cfgs/f0"},
+        {isp_case::teardown_step(), "teardown", "teardown", ""},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(isp_case::step_name(row.step), row.name);
+        EXPECT_EQ(isp_case::step_dir(row.step), row.dir) << row.name;
+        EXPECT_EQ(isp_case::step_files(row.step), row.files) << row.name;
+    }
+}
+
+/* What an operation's outcome counts as. */
+TEST(RunRecordFindings, EachOutcomeHasASeverity) {
+    isp_case::op_outcome raised, returned, converted, warned, quiet;
+    raised.kind = returned.kind = converted.kind = isp_case::op_kind::process;
+    warned.kind = quiet.kind = isp_case::op_kind::sync;
+    raised.ran = returned.ran = converted.ran = warned.ran = quiet.ran = true;
+    raised.exception                                                   = "bad";
+    returned.status                                                    = int32_t(0x80011980);
+    returned.log       = {{3, "ISP", 1, "[E] its own report\n"}};
+    converted.messages = {"read json_obj failed: d_gain.val"};
+    warned.log         = {{4, "ISP", 1, "[W] context already calloc!\n"}};
+    quiet.log          = {{7, "ISP", 1, "[D] banner\n"}};
+    isp_case::module_step m{
+        isp_case::find_module("wbc"), {raised, returned, converted, warned, quiet}, -1, {}};
+    lines_t found;
+    for (const isp_case::finding &f : isp_case::findings_of(isp_case::frame_step(4, 3), m))
+        found.push_back(isp_case::finding_line(f));
+    EXPECT_EQ(found,
+              (lines_t{
+                  "frame 4 (f3 again): error: wbc: process: raised: bad [operation-raised]",
+                  "frame 4 (f3 again): error: wbc: process: returned 0x80011980 "
+                  "[operation-failed]",
+                  "frame 4 (f3 again): error: wbc: process: read json_obj failed: d_gain.val "
+                  "[field-not-read]",
+                  "frame 4 (f3 again): warning: wbc: sync: [W] context already calloc! "
+                  "[library-warning]",
+              }));
+
+    // read back from the JSON every output writes, member for member
+    for (const isp_case::finding &f : isp_case::findings_of(isp_case::setup_step(), m)) {
+        isp_case::finding back;
+        ASSERT_TRUE(isp_case::finding_from_json(isp_case::finding_json(f), back));
+        EXPECT_EQ(isp_case::finding_json(back).serialize(), isp_case::finding_json(f).serialize());
+    }
+    isp_case::finding back;
+    EXPECT_FALSE(isp_case::finding_from_json(picojson::value("error"), back));
+}
+
+/* Errors (findings, platform problems, dump problems) fail a run; warnings make it not clean,
+ * and fail it under --strict. */
+TEST(RunRecordVerdict, ErrorsFailWarningsFailOnlyUnderStrict) {
+    const auto found = [](isp_case::severity level) {
+        isp_case::finding f;
+        f.level = level;
+        return f;
+    };
+    const struct {
+        size_t errors, warnings, platform, dump;
+        bool strict;
+        std::string text, counts;
+    } rows[] = {
+        {0, 0, 0, 0, true, "ok", "0 errors, 0 warnings"},
+        {0, 2, 0, 0, false, "not clean: 2 warnings", "0 errors, 2 warnings"},
+        {0, 1, 0, 0, true, "FAILED: 1 warning (--strict)", "0 errors, 1 warning (--strict)"},
+        {12, 0, 0, 0, false, "FAILED: 12 errors", "12 errors, 0 warnings"},
+        {8, 1, 1, 0, true, "FAILED: 9 errors, 1 warning", "9 errors, 1 warning"},
+        {0, 0, 0, 1, false, "FAILED: 1 error", "1 error, 0 warnings"},
+        {1000, 0, 0, 0, false, "FAILED: 1,000 errors", "1,000 errors, 0 warnings"},
+    };
+    for (const auto &row : rows) {
+        isp_case::run_record record(3);
+        for (size_t i = 0; i < row.errors; ++i) record.add(found(isp_case::severity::error));
+        for (size_t i = 0; i < row.warnings; ++i) record.add(found(isp_case::severity::warning));
+        record.add_platform_problems(std::vector<std::string>(row.platform, "a leak"));
+        record.add_dump_problems(row.dump);
+        const isp_case::verdict v = isp_case::judge(record, row.strict);
+        EXPECT_EQ(v.text(), row.text);
+        EXPECT_EQ(v.counts_text(), row.counts) << row.text;
+        EXPECT_EQ(v.passed(), row.text.rfind("FAILED", 0) != 0) << row.text;
+        EXPECT_LE(record.findings().kept().size(), 3u);
+    }
+}
+
+}  // namespace
