@@ -876,6 +876,9 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
                       used     = dir.path() + "/occupied";
     const std::string out      = dir.path() + "/out";
     const std::string locked   = dir.mkdir("locked");
+    const std::string case_dir = copy_sample(dir, "suite/case"), suite = dir.path() + "/suite";
+    const std::string not_dump = dir.write("mine/notes.txt", "keep"), mine = dir.path() + "/mine";
+    const auto before = tree(case_dir);
     const struct {
         std::string args;
         int status;
@@ -886,6 +889,21 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
          "isp-case replay: " + file + ": not a directory\n", false},
         {"replay " ISP_SAMPLE_CASE_DIR " --dump " + used, 1,
          "isp-case replay: " + used + ": not empty (--force replaces its contents)\n", false},
+        // data loss: --force would have emptied the case, or a directory that is not a dump
+        {"replay " + case_dir + " --dump " + case_dir + " --force", 1,
+         "isp-case replay: " + case_dir + ": is the case directory itself\n", false},
+        {"replay " + case_dir + " --dump " + suite + "/. --force", 1,
+         "isp-case replay: " + suite + "/.: holds the case " + case_dir + "\n", false},
+        {"replay " + case_dir + " --dump " + case_dir + "/cfgs/f2", 1,
+         "isp-case replay: " + case_dir +
+             "/cfgs/f2: lies inside the case's cfgs/, where the library looks for frame "
+             "directories\n",
+         false},
+        {"replay " + case_dir + " --dump " + mine + " --force", 1,
+         "isp-case replay: " + mine +
+             ": not empty and not a dump (no manifest.json): --force empties only a previous "
+             "dump\n",
+         false},
         {"export " ISP_SAMPLE_CASE_DIR " --frame 0 --partition 0 --out " + file, 1,
          "isp-case export: " + file + ": not a directory\n", false},
         {"export " ISP_SAMPLE_CASE_DIR " --frame 5 --partition 0 --out " + out, 3,
@@ -916,7 +934,10 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
     EXPECT_FALSE(fs::exists(out));
     EXPECT_EQ(read_file(occupied), "old");
     EXPECT_TRUE(fs::is_empty(locked));
+    EXPECT_EQ(tree(case_dir), before);
+    EXPECT_EQ(read_file(not_dump), "keep");
 
+    dir.write("occupied/manifest.json", "{}");  // a previous dump
     const tool_run forced =
         run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + used + " --force");
     EXPECT_EQ(forced.status, 0) << forced.err;

@@ -87,7 +87,8 @@ export_result export_case(const export_settings &settings) {
         result.no_frame = true;
         return result;
     }
-    const std::string problem = prepare_output_dir(settings.out_dir, existing_contents::keep);
+    std::string problem = case_place_problem(settings.out_dir, settings.case_path);
+    if (problem.empty()) problem = prepare_output_dir(settings.out_dir, existing_contents::keep);
     if (!problem.empty()) {
         result.refused = settings.out_dir + ": " + problem;
         return result;

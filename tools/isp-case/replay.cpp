@@ -29,6 +29,13 @@ int run_replay_command(const case_options &options, const replay_flags &flags) {
     if (!settings_or_report(options, "replay", settings.run, contents)) return exit_no_case;
     for (const std::string &name : flags.bypass) settings.bypass.push_back(find_module(name));
 
+    if (!flags.dump_dir.empty()) {
+        const std::string problem = case_place_problem(flags.dump_dir, settings.run.case_path);
+        if (!problem.empty()) {
+            fmt::print(stderr, "isp-case replay: {}: {}\n", flags.dump_dir, problem);
+            return exit_failed;
+        }
+    }
     /* the pre-flight: the check's own lint, so that check and replay never disagree */
     const lint_result lint = lint_case(settings.run, contents);
     std::vector<finding> blockers;
