@@ -2,6 +2,7 @@
  * files of export and the dump of a replay against what the simulated wrapper recorded. */
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -420,12 +421,13 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
          "settings: error: channel count 7: dpc accept 0 to 6 channels [channels]"},
         {[](const std::string &c) { fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json"); }, "wbc",
          "C/cfgs/f1/rtl_wbc_p2.json: error: wbc: missing file [missing-file]"},
+        // a FIFO without a writer would block the read forever; directories and devices alike
         {[](const std::string &c) {
              fs::remove(c + "/cfgs/f0/rtl_hdr_p0.json");
-             fs::create_directory(c + "/cfgs/f0/rtl_hdr_p0.json");
+             ASSERT_EQ(mkfifo((c + "/cfgs/f0/rtl_hdr_p0.json").c_str(), 0600), 0);
          },
          "hdr",
-         "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a directory "
+         "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a FIFO "
          "[unreadable-file]"},
         {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}", "\"mode\": 0,}"), "gamma",
          "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line "

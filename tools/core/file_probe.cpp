@@ -2,13 +2,13 @@
 #include "tools/core/file_probe.h"
 
 #include <errno.h>
+#include <fcntl.h>
+#include <unistd.h>
 #include <sys/stat.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace isp_case {
@@ -61,23 +61,53 @@ std::string locate_non_finite(const std::string &text) {
     return "";
 }
 
+const char *kind_of(mode_t mode) {
+    if (S_ISDIR(mode)) return "a directory";
+    if (S_ISFIFO(mode)) return "a FIFO";
+    if (S_ISCHR(mode)) return "a character device";
+    if (S_ISBLK(mode)) return "a block device";
+    if (S_ISSOCK(mode)) return "a socket";
+    return "not a regular file";
+}
+
 probed_file read_text(const std::string &path, std::string &text) {
     probed_file probe;
-    struct stat st;
-    if (stat(path.c_str(), &st) != 0) {
+    /* non-blocking: a FIFO without a writer would hold the open forever; the type is taken from
+     * what was opened, so a link that changes afterwards cannot lead elsewhere */
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) {
         const int error   = errno;
         const bool absent = error == ENOENT || error == ENOTDIR;
         probe.state       = absent ? file_state::missing : file_state::unreadable;
         probe.detail      = absent ? "no such file" : std::strerror(error);
         return probe;
     }
-    std::ifstream in(path, std::ios::in);
-    if (S_ISDIR(st.st_mode) || !in) {
+    struct stat st;
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         probe.state  = file_state::unreadable;
-        probe.detail = S_ISDIR(st.st_mode) ? "a directory" : "cannot be opened for reading";
+        probe.detail = fstat(fd, &st) != 0 ? std::strerror(errno) : kind_of(st.st_mode);
+        close(fd);
         return probe;
     }
-    text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    if (st.st_size > max_register_file_bytes) {
+        probe.state  = file_state::unreadable;
+        probe.detail = std::to_string(st.st_size) + " bytes, more than the " +
+                       std::to_string(max_register_file_bytes >> 20) +
+                       " MiB a register file may hold";
+        close(fd);
+        return probe;
+    }
+    /* the size when opened bounds the text, however the file grows meanwhile */
+    text.resize(size_t(st.st_size));
+    size_t got = 0;
+    while (got < text.size()) {
+        const ssize_t n = read(fd, &text[got], text.size() - got);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        got += size_t(n);
+    }
+    text.resize(got);
+    close(fd);
     return probe;
 }
 

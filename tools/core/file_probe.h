@@ -12,7 +12,8 @@ namespace isp_case {
 enum class file_state {
     ok,
     missing,    /* no such file: the library aborts */
-    unreadable, /* exists but cannot be opened for reading (a directory, no permission) */
+    unreadable, /* exists but is not read: not a regular file (a directory, a FIFO, a device), no
+                   permission, or larger than max_register_file_bytes */
     syntax,     /* picojson reports a syntax error: the library aborts */
     non_finite, /* a number too large for a double: picojson raises overflow_error */
     not_object, /* the root is not an object: the loader raises a type error */
@@ -29,8 +30,13 @@ probed_file probe_file(const std::string &path);
 /* "line N: TOKEN" for the first number outside strings that does not fit a double. */
 std::string locate_non_finite(const std::string &text);
 
-/* Reads a file's bytes as the library's file reader would get them; missing and unreadable
- * files leave text empty and say why in the probe (whose root stays null). */
+/* Far more than any register file holds; a larger one is refused rather than parsed into memory
+ * many times its size. */
+constexpr long long max_register_file_bytes = 4 << 20;
+
+/* Reads a file's bytes as the library's file reader would get them, without ever blocking:
+ * regular files only, at most max_register_file_bytes. Missing and unreadable files leave text
+ * empty and say why in the probe (whose root stays null). */
 probed_file read_text(const std::string &path, std::string &text);
 
 /* A one-line description of a probe that is not ok, e.g. "JSON does not parse: syntax error at
