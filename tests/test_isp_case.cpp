@@ -2,6 +2,7 @@
  * files of export and the dump of a replay against what the simulated wrapper recorded. */
 
 #include <pwd.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -676,6 +677,9 @@ TEST(IspCaseBatch, TwoShardsSplitTheSortedSuiteAndCoverItOnce) {
     // a case's own subdirectories are not searched; a directory without cfgs/ is no case
     for (const char *name : {"b/cfgs", "b/inner/cfgs", "a/y/cfgs", "c/cfgs", "a/x/cfgs", "d"})
         dir.mkdir(std::string("suite/") + name);
+    // each case once by its real path, under its own name; a loop is not followed
+    fs::create_directory_symlink("b", dir.path() + "/suite/z_alias");
+    fs::create_directory_symlink("..", dir.path() + "/suite/d/loop");
     std::vector<lines_t> shards;
     for (const char *shard : {"1/2", "2/2"}) {
         const std::string json = dir.path() + "/shard.json";
@@ -689,6 +693,82 @@ TEST(IspCaseBatch, TwoShardsSplitTheSortedSuiteAndCoverItOnce) {
             shards.back().push_back(c.get("name").to_str());
     }
     EXPECT_EQ(shards, (std::vector<lines_t>{{"a/x", "b"}, {"a/y", "c"}}));
+}
+
+/* The tool started in a process group of its own, its standard output into a pipe read here
+ * (closed after the first `lines` lines when given) and its standard error into a file. */
+struct started_tool {
+    pid_t pid = -1;
+    int out   = -1;
+};
+started_tool start_tool(const temp_dir &dir, const std::string &args) {
+    int ends[2];
+    if (pipe(ends) != 0) return {};
+    const pid_t pid = fork();
+    if (pid == 0) {
+        setpgid(0, 0);
+        dup2(ends[1], STDOUT_FILENO);
+        close(ends[0]), close(ends[1]);
+        const std::string command = "exec " ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' " + args +
+                                    " 2>'" + dir.path() + "/tool.err'";
+        execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char *>(nullptr));
+        _exit(127);
+    }
+    close(ends[1]);
+    setpgid(pid, pid);
+    return {pid, ends[0]};
+}
+std::string read_line(int fd) {
+    std::string line;
+    char c = 0;
+    while (read(fd, &c, 1) == 1 && c != '\n') line += c;
+    return line;
+}
+/* The exit status, once the tool and every process of its group have ended. */
+int end_of(const started_tool &t) {
+    int raw = 0;
+    waitpid(t.pid, &raw, 0);
+    EXPECT_NE(kill(-t.pid, 0), 0) << "a child of the batch outlived it";
+    return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+}
+
+/* Cases that would run for hours (a million frames): the time limit kills them; SIGTERM, and a
+ * reader that goes away, end the children under way and still leave the reports, every case
+ * not finished marked interrupted. */
+TEST(IspCaseBatch, TimeLimitSignalsAndAClosedOutputEndTheChildren) {
+    temp_dir dir;
+    const std::string a = copy_sample(dir, "suite/a"), b = copy_sample(dir, "suite/b");
+    const std::string suite = dir.path() + "/suite", junit = dir.path() + "/j.xml";
+    const std::string slow = "batch " + suite + " --frames 1000000 --junit " + junit;
+
+    const tool_run limited = run_tool(dir, slow + " --timeout 1 -j2");
+    EXPECT_EQ(limited.status, 1);
+    expect_lines(limited.out, {"  failed      a: check: timed out after 1 s",
+                               "  failed      b: check: timed out after 1 s"});
+    EXPECT_EQ(of_all(parse_xml(read_file(junit)), "failure", "type"),
+              (lines_t{"timed out", "timed out"}));
+
+    fs::remove(junit);
+    const started_tool stopped = start_tool(dir, slow + " --timeout 0 -j2");
+    EXPECT_EQ(read_line(stopped.out), "batch of 2 cases, 2 at a time");
+    usleep(300000);  // the children under way, most likely
+    kill(stopped.pid, SIGTERM);
+    EXPECT_EQ(end_of(stopped), 1);
+    EXPECT_EQ(read_file(dir.path() + "/tool.err"),
+              "isp-case batch: interrupted by SIGTERM: 0 of 2 cases finished\n");
+    EXPECT_EQ(of_all(parse_xml(read_file(junit)), "failure", "message"),
+              (lines_t{"interrupted by SIGTERM", "interrupted by SIGTERM"}));
+    close(stopped.out);
+
+    fs::remove(junit);
+    const started_tool headed = start_tool(dir, slow + " --timeout 1 -j1");
+    EXPECT_EQ(read_line(headed.out), "batch of 2 cases, 1 at a time");
+    close(headed.out);  // as `| head -1` does
+    EXPECT_EQ(end_of(headed), 1);
+    EXPECT_EQ(read_file(dir.path() + "/tool.err"),
+              "isp-case batch: standard output closed: 1 of 2 cases finished\n");
+    EXPECT_EQ(of_all(parse_xml(read_file(junit)), "failure", "type"),
+              (lines_t{"timed out", "interrupted"}));
 }
 
 /* The grid a case's partition count gives when none is asked for: the squarest one. */

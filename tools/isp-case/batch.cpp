@@ -61,6 +61,11 @@ command_runner add_batch_command(CLI::App &app) {
         ->type_name("N")
         ->check(CLI::Range(0, 1000000));
     cmd.add_flag("--strict", b.strict, "Warnings fail a case too");
+    cmd.add_option("--timeout", b.timeout,
+                   "Seconds a case may take before it is killed and fails as timed out; 0: no "
+                   "limit (default: 300)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0, 86400));
     return [options] {
         batch_settings &b = options->batch;
         b.frames          = options->frames;

@@ -107,19 +107,29 @@ std::string prepare_output_dir(const std::string &dir, existing_contents content
 }
 
 bool write_text_file(const std::string &path, const std::string &text, std::string &error) {
-    errno = 0;
-    std::ofstream out(path, std::ios::binary);
-    if (!out) {
-        error = std::string("cannot be written: ") + (errno ? std::strerror(errno) : "open failed");
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666);
+    if (fd < 0) {
+        error = std::string("cannot be written: ") + std::strerror(errno);
         return false;
     }
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    out.close();
-    if (!out || file_size_of(path) != static_cast<long long>(text.size())) {
-        error = std::string("cannot be written: ") + (errno ? std::strerror(errno) : "short write");
-        return false;
+    size_t done = 0;
+    int reason  = 0;
+    while (done < text.size()) {
+        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            reason = n < 0 ? errno : ENOSPC;
+            break;
+        }
+        done += size_t(n);
     }
-    return true;
+    if (::close(fd) != 0 && reason == 0) reason = errno;
+    /* a regular file must hold the whole text; a device (/dev/null) took what write accepted */
+    const long long size = file_size_of(path);
+    if (reason == 0 && size >= 0 && size != static_cast<long long>(text.size())) reason = EIO;
+    if (reason == 0) return true;
+    error = std::string("cannot be written: ") + std::strerror(reason);
+    return false;
 }
 
 bool write_json_checked(const std::string &path, const picojson::value &value, std::string &error) {
