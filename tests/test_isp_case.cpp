@@ -549,7 +549,9 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
          {"", "batch " ISP_SAMPLE_CASE_DIR " --shard 3/2", "replay " ISP_SAMPLE_CASE_DIR " -q -v",
           "replay " ISP_SAMPLE_CASE_DIR " --grid 2by2",
           "replay " ISP_SAMPLE_CASE_DIR " --log-level loud",
-          "export " ISP_SAMPLE_CASE_DIR " --partition 0"})
+          "export " ISP_SAMPLE_CASE_DIR " --partition 0",
+          // an empty path is a mistake, not "none"
+          "replay " ISP_SAMPLE_CASE_DIR " --dump ''", "batch " ISP_SAMPLE_CASE_DIR " --junit ''"})
         EXPECT_EQ(run_tool(dir, usage).status, 2) << usage;
     const tool_run unknown = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --modules cc,nosuch");
     EXPECT_EQ(unknown.status, 2);
@@ -561,6 +563,32 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
     const tool_run missing = run_tool(dir, "replay " + dir.path() + "/nowhere");
     EXPECT_EQ(missing.status, 3);
     EXPECT_EQ(missing.err, "isp-case replay: " + dir.path() + "/nowhere: no such case directory\n");
+}
+
+/* Output that cannot be written, standard output included (a full disk, a closed descriptor):
+ * one line on standard error and status 1, never an abort or a module failed in its place. */
+TEST(IspCaseOutput, FailedWritesAreOneLineAndStatusOne) {
+    temp_dir dir;
+    const std::string full = "No space left on device";
+    const struct {
+        std::string args, err;
+    } rows[] = {
+        {"replay " ISP_SAMPLE_CASE_DIR " >/dev/full",
+         "isp-case replay: cannot write the standard output: " + full},
+        {"check --format json " ISP_SAMPLE_CASE_DIR " >/dev/full",
+         "isp-case check: cannot write the standard output: " + full},
+        {"replay " ISP_SAMPLE_CASE_DIR " >&-",
+         "isp-case replay: cannot write the standard output: Bad file descriptor"},
+        {"batch " ISP_SAMPLE_CASE_DIR " --junit /dev/full >/dev/null",
+         "isp-case batch: /dev/full: cannot be written"},
+    };
+    for (const auto &row : rows) {
+        const int raw = std::system((ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' " + row.args + " 2>'" +
+                                     dir.path() + "/tool.err'")
+                                        .c_str());
+        EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, 1) << row.args;
+        EXPECT_EQ(read_file(dir.path() + "/tool.err"), row.err + "\n") << row.args;
+    }
 }
 
 /* A report page or a JUnit file read as XML, elements in the order they close: every element's

@@ -54,9 +54,11 @@ command_runner add_batch_command(CLI::App &app) {
         ->type_name("K/N")
         ->check(shard_check);
     cmd.add_option("--junit", b.junit_file, "Write JUnit XML: one testcase per case")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(non_empty_path());
     cmd.add_option("--json", b.json_file, "Write the results as one JSON document")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(non_empty_path());
     cmd.add_option("--frames", options->frames, "Frames each replay runs (default: the case's)")
         ->type_name("N")
         ->check(CLI::Range(0, 1000000));

@@ -15,6 +15,12 @@ const char *const exit_statuses_help =
     "case or dump (no such directory or frame, no case found, files that would stop the library, "
     "a dump that cannot be read).";
 
+CLI::Validator non_empty_path() {
+    return CLI::Validator(
+        [](std::string &text) { return text.empty() ? std::string("empty path") : std::string(); },
+        "");
+}
+
 CLI::Validator module_name_check() {
     std::vector<std::string> names;
     for (const module_info &m : modules()) names.push_back(m.name);

@@ -36,6 +36,9 @@ struct case_flags {
 };
 void add_case_flags(CLI::App &command, case_flags &flags);
 
+/* Refuses an empty path: "--dump ''" is a mistake, not "no dump". */
+CLI::Validator non_empty_path();
+
 /* Accepts module names only; the names are listed by the error message, not by the help. */
 CLI::Validator module_name_check();
 

@@ -43,7 +43,9 @@ command_runner add_export_command(CLI::App &app) {
         ->check(CLI::Range(0, 255));
     cmd.add_option("--channel", e.channel, "Channel of the channelled blocks' files (default: 0)")
         ->check(CLI::Range(0, 255));
-    cmd.add_option("--out", e.out_dir, "Output directory (default: cmodel)")->type_name("DIR");
+    cmd.add_option("--out", e.out_dir, "Output directory (default: cmodel)")
+        ->type_name("DIR")
+        ->check(non_empty_path());
     return [settings] { return run_export(*settings); };
 }
 

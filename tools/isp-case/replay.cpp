@@ -104,7 +104,8 @@ command_runner add_replay_command(CLI::App &app) {
     cmd.add_option("--dump", f.dump_dir,
                    "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
                    "into this directory (new or empty), step by step as the replay runs")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(non_empty_path());
     cmd.add_flag("--force", f.force, "Empty a dump directory that is not empty first");
     const CLI::Validator level_check(
         [](std::string &text) {

@@ -18,9 +18,11 @@ command_runner add_report_command(CLI::App &app) {
         ->required()
         ->type_name("DIR");
     cmd.add_option("--against", r.against_dir, "Another dump to compare with, side by side")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(non_empty_path());
     cmd.add_option("-o,--out", r.out_file, "Page to write (default: report.html)")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(non_empty_path());
     cmd.add_option("--frame", r.frame, "Frame shown beside init (default: the last one)")
         ->check(CLI::Range(0, 1000000));
     return [settings] { return run_report(*settings); };

@@ -106,6 +106,22 @@ std::string prepare_output_dir(const std::string &dir, existing_contents content
     return "";
 }
 
+void reserve_standard_streams() {
+    for (int fd = 0; fd <= 2; ++fd)
+        if (fcntl(fd, F_GETFD) < 0 && errno == EBADF) {
+            const int opened = ::open("/dev/null", O_RDONLY);
+            if (opened >= 0 && opened != fd) ::close(opened);
+        }
+}
+
+std::string finish_standard_output() {
+    errno            = 0;
+    const bool flush = std::fflush(stdout) == 0;
+    const int reason = errno;
+    if (flush && !std::ferror(stdout)) return "";
+    return reason ? std::strerror(reason) : "a write failed";
+}
+
 bool write_text_file(const std::string &path, const std::string &text, std::string &error) {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666);
     if (fd < 0) {

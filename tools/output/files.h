@@ -31,6 +31,14 @@ overlap overlap_of(const std::string &output, const std::string &input);
  * step into it as a frame directory). */
 std::string case_place_problem(const std::string &out_dir, const std::string &case_path);
 
+/* Descriptors 0 to 2 that are closed are opened on /dev/null for reading, so that no file the
+ * tool opens later takes their number (a capture of standard error would otherwise receive
+ * what is printed to a closed standard output), and a write to them fails as it should. */
+void reserve_standard_streams();
+
+/* Flushes standard output: "" when everything printed reached it, else the reason. */
+std::string finish_standard_output();
+
 /* Writes text to a file; false with the reason in error when the file is not all there. */
 bool write_text_file(const std::string &path, const std::string &text, std::string &error);
 
