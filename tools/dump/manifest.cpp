@@ -65,7 +65,9 @@ std::vector<std::string> strings_at(const picojson::object &o, const char *key) 
     return out;
 }
 
-value push_json(const manifest_push &p) {
+}  // namespace
+
+picojson::value push_json(const manifest_push &p) {
     picojson::object o;
     o["step"]    = value(p.step);
     o["module"]  = value(p.module);
@@ -92,6 +94,8 @@ value push_json(const manifest_push &p) {
     o["files"]       = value(files);
     return value(o);
 }
+
+namespace {
 
 manifest_push push_from(const picojson::object &o) {
     manifest_push p;

@@ -49,6 +49,8 @@ struct manifest {
 };
 
 picojson::value manifest_json(const manifest &m);
+/* One entry of the manifest's "pushes". */
+picojson::value push_json(const manifest_push &p);
 /* False with the reason in error when the value is not a manifest this tool writes. */
 bool manifest_from_json(const picojson::value &value, manifest &out, std::string &error);
 

@@ -2,6 +2,7 @@
 #include "tools/dump/writer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
@@ -117,6 +118,11 @@ dump_writer::dump_writer(const std::string &dir, const replay_settings &settings
     manifest_.pointer_bytes = sizeof(void *);
     for (const module_info *m : settings.run.modules) manifest_.modules.push_back(m->name);
     for (const module_info *m : settings.bypass) manifest_.bypass.push_back(m->name);
+    pushes_ = std::tmpfile();
+}
+
+dump_writer::~dump_writer() {
+    if (pushes_) std::fclose(pushes_);
 }
 
 void dump_writer::write_step(const replay_step &step) {
@@ -133,11 +139,35 @@ void dump_writer::write_step(const replay_step &step) {
         }
 }
 
+/* The manifest laid out as laid_out() would, its pushes (one line each at the second level)
+ * copied in from the file they were kept in, without holding them all at once. */
 void dump_writer::finish() {
     const std::string path = dir_ + "/manifest.json";
-    std::string error;
-    if (!write_text_file(path, laid_out(manifest_json(manifest_)), error))
-        summary_.problems.push_back(path + ": " + error);
+    const std::string text = laid_out(manifest_json(manifest_));
+    const std::string none = "\"pushes\": []";
+    const size_t at        = text.find(none);
+    errno                  = 0;
+    std::FILE *out         = std::fopen(path.c_str(), "wb");
+    bool ok                = out && pushes_ && at != std::string::npos && std::fflush(pushes_) == 0;
+    if (ok) {
+        const bool any = summary_.pushes > 0;
+        std::fwrite(text.data(), 1, at, out);
+        std::fputs(any ? "\"pushes\": [\n    " : "\"pushes\": [", out);
+        std::rewind(pushes_);
+        char buffer[1 << 16];
+        for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pushes_)) > 0;)
+            std::fwrite(buffer, 1, n, out);
+        std::fputs(any ? "\n  ]" : "]", out);
+        std::fwrite(text.data() + at + none.size(), 1, text.size() - at - none.size(), out);
+        ok = !std::ferror(pushes_) && !std::ferror(out);
+    }
+    const int reason = errno;
+    if (out && std::fclose(out) != 0) ok = false;
+    if (!ok)
+        summary_.problems.push_back(path + ": cannot be written: " +
+                                    std::strerror(reason  ? reason
+                                                  : errno ? errno
+                                                          : EIO));
 }
 
 void dump_writer::write_push(const std::string &step, const module_step &m, const op_outcome &op,
@@ -186,7 +216,9 @@ void dump_writer::write_push(const std::string &step, const module_step &m, cons
                 cmodel(fmt::format("{}.p{}.cmodel.json", base, p), push, static_cast<uint8_t>(p),
                        entry);
     }
-    manifest_.pushes.push_back(std::move(entry));
+    if (pushes_)
+        std::fprintf(pushes_, "%s%s", summary_.pushes > 1 ? ",\n    " : "",
+                     push_json(entry).serialize().c_str());
 }
 
 void dump_writer::raw(const std::string &relative, const std::vector<uint8_t> &bytes) {
