@@ -345,7 +345,7 @@ TEST(IspCaseReplay, FilesThatWouldStopTheLibraryAreNamedBeforeAnythingRuns) {
                        "  " + case_dir + "/cfgs/f1/rtl_wbc_p2.json: missing file",
                        "  " + case_dir +
                            "/cfgs/f0/rtl_gamma_p1.json: JSON does not parse: syntax error at "
-                           "line 2 near: ",
+                           "line 2 column 1 near: ",
                        "run 'isp-case check " + case_dir + "' for every problem of the case"}));
 }
 
@@ -372,6 +372,8 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
         return plant([=](const std::string &c) { remove_register(c + file, top, reg); });
     };
     const plant nothing = [](const std::string &) {};
+    std::string escaped_ff;
+    for (int i = 0; i < 16; ++i) escaped_ff += "\\xFF";
     const struct {
         plant broken;
         std::string args, line;
@@ -446,9 +448,26 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
          "hdr",
          "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a FIFO "
          "[unreadable-file]"},
-        {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}", "\"mode\": 0,}"), "gamma",
-         "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line "
-         "3 near: }, [syntax]"},
+        // the place and a few bytes, escaped, not the rest of a line of binary
+        {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}",
+              "\"mode\": 0," + std::string(40, '\xFF') + "}"),
+         "gamma",
+         "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line 3 "
+         "column 51 near: " +
+             escaped_ff + "... [syntax]"},
+        {write("/cfgs/f0/rtl_csc_p0.json", "{\"isp_csc\": " + std::string(120, '[') + "}"), "csc",
+         "C/cfgs/f0/rtl_csc_p0.json: error: csc: JSON does not parse: nesting deeper than "
+         "picojson's limit of 100 levels at line 1 column 113 [syntax]"},
+        {edit(wbc0, "\n}", "\n}\n{\"isp_wbc\": {}}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:12:1: warning: wbc: content after the root value: picojson "
+         "reads the first value and the library ignores the rest without a word "
+         "[trailing-content]"},
+        {d_gain("1e-400"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1e-400 (u10.8): too small "
+         "for a double, it reads as 0; the hardware gets 0 (0) [underflow]"},
+        {[](const std::string &c) { fs::create_directory(c + "/cfgs/f01"); }, "wbc",
+         "C/cfgs/f01: warning: frame directory f01 is never read: the library reads frame "
+         "directories named f0, f1, ... without leading zeros [frame-directory]"},
         {d_gain("1e999"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json: error: wbc: number out of range (picojson raises "
          "overflow_error): line 6: 1e999 [number-out-of-range]"},
@@ -676,13 +695,16 @@ size_t count_of(const lines_t &items, const std::string &item) {
 /* Copies of the sample case: one clean, one with a register file that does not parse, one whose
  * register-file paths are longer than the 254 characters the library keeps of them, so that it
  * reads a cut path and ends the process. Two at a time, each fails alone. */
-TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
+/* A case the library would stop on (a syntax error; paths of 255 characters, which the library
+ * cuts) fails alone, named in the summary and in the JUnit file with its findings. */
+TEST(IspCaseBatch, BrokenCasesFailAloneAndTheJUnitNamesThem) {
     temp_dir dir;
     const std::string suite = dir.path() + "/suite";
     if (suite.size() > 200) GTEST_SKIP() << "temporary directory too long: " << dir.path();
-    const std::string aborts =
-        std::string(236 - suite.size() - std::strlen("//aborts"), 'p') + "/aborts";
-    for (const std::string name : {"good", "broken", aborts.c_str()})
+    // the longest register-file paths, cfgs/fN/rtl_bl_det_pP_chnC.json, get 255 characters
+    const std::string too_long =
+        std::string(223 - suite.size() - std::strlen("//long"), 'p') + "/long";
+    for (const std::string name : {"good", "broken", too_long.c_str()})
         copy_sample(dir, "suite/" + name);
     std::ofstream(suite + "/broken/cfgs/f0/rtl_gamma_p1.json") << "{\"isp_gamma\": \n";
 
@@ -694,25 +716,30 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
     EXPECT_EQ(count_lines_starting(run.out, "FAILED  "), 2u);
     const std::string gamma_finding =
         "cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line 2 "
-        "near:  [syntax]";
+        "column 1 near:  [syntax]";
     const std::string broken_reason = "check: 1 error, 0 warnings (" + gamma_finding +
                                       "); replay: 1 file(s) of " + suite +
                                       "/broken would stop the library";
-    const std::string aborts_reason = "replay ended by signal 6 (Aborted)";
+    std::string long_reason = "check: 12 errors, 0 warnings (";
+    for (int p = 0; p < 3; ++p)
+        long_reason += isp_test::format(
+            "cfgs/f0/rtl_bl_det_p%d_chn0.json: error: bl_det: the path has 255 characters and "
+            "the library cuts every path at 254: it would not find the file [path-too-long]; ",
+            p);
+    long_reason +=
+        "and 9 more); replay: 12 file(s) of " + suite + "/" + too_long + " would stop the library";
     EXPECT_EQ(last_lines(run.out, 6), (lines_t{"summary", "  cases       3 run, 1 passed, 2 failed",
                                                "  failed      broken: " + broken_reason,
-                                               "  failed      " + aborts + ": " + aborts_reason,
+                                               "  failed      " + too_long + ": " + long_reason,
                                                "  junit       " + junit, "  result      FAILED"}));
 
     const std::string xml                   = read_file(junit);
     const std::vector<xml_element> elements = parse_xml(xml);
     EXPECT_EQ(of_all(elements, "testsuite", "tests"), lines_t{"3"});
     EXPECT_EQ(of_all(elements, "testsuite", "failures"), lines_t{"2"});
-    EXPECT_EQ(of_all(elements, "testcase", "name"), (lines_t{"broken", "good", aborts}));
-    EXPECT_EQ(of_all(elements, "failure", "message"), (lines_t{broken_reason, aborts_reason}));
-    // the tail of the output: what the library said before it ended the process
-    EXPECT_NE(xml.find("\n[error] failed to read json file: " + suite + "/" + aborts + "/cfgs/f0/"),
-              std::string::npos);
+    EXPECT_EQ(of_all(elements, "testcase", "name"), (lines_t{"broken", "good", too_long}));
+    EXPECT_EQ(of_all(elements, "failure", "message"), (lines_t{broken_reason, long_reason}));
+    // the tail of the output: the findings as the check printed them
     EXPECT_NE(xml.find("\n" + suite + "/broken/" + gamma_finding + "\n"), std::string::npos);
 }
 

@@ -45,11 +45,16 @@ case_contents discover(const std::string &case_path) {
     for (const std::string &name : entries(join_path(case_path, "cfgs"))) {
         std::smatch m;
         if (!std::regex_match(name, m, frame_name)) continue;
+        if (m[1].length() > 9 || name != "f" + std::to_string(std::stoi(m[1]))) {
+            if (is_directory(join_path(case_path, "cfgs/" + name))) found.misnamed.push_back(name);
+            continue;
+        }
         const int frame = std::stoi(m[1]);
         if (frame > found.frames && is_directory(frame_dir(case_path, frame)))
             found.unreached.push_back(frame);
     }
     std::sort(found.unreached.begin(), found.unreached.end());
+    std::sort(found.misnamed.begin(), found.misnamed.end());
 
     static const std::regex register_file("rtl_[a-z0-9_]+?_p([0-9]+)(_chn([0-9]+))?\\.json");
     for (const std::string &name : entries(frame_dir(case_path, 0))) {

@@ -108,6 +108,12 @@ probed_file read_text(const std::string &path, std::string &text) {
     }
     text.resize(got);
     close(fd);
+    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+        probe.state = file_state::byte_order_mark;
+        probe.detail =
+            "the file starts with a UTF-8 byte-order mark, which picojson does not "
+            "accept: the library aborts";
+    }
     return probe;
 }
 
@@ -143,6 +149,8 @@ std::string describe(const probed_file &probe) {
             return "missing file";
         case file_state::unreadable:
             return "cannot read the file: " + probe.detail;
+        case file_state::byte_order_mark:
+            return probe.detail;
         case file_state::syntax:
             return "JSON does not parse: " + probe.detail;
         case file_state::non_finite:

@@ -14,9 +14,10 @@ enum class file_state {
     missing,    /* no such file: the library aborts */
     unreadable, /* exists but is not read: not a regular file (a directory, a FIFO, a device), no
                    permission, or larger than max_register_file_bytes */
-    syntax,     /* picojson reports a syntax error: the library aborts */
-    non_finite, /* a number too large for a double: picojson raises overflow_error */
-    not_object, /* the root is not an object: the loader raises a type error */
+    byte_order_mark, /* the text starts with one, which picojson rejects: the library aborts */
+    syntax,          /* picojson reports a syntax error: the library aborts */
+    non_finite,      /* a number too large for a double: picojson raises overflow_error */
+    not_object,      /* the root is not an object: the loader raises a type error */
 };
 
 struct probed_file {
@@ -34,8 +35,14 @@ std::string locate_non_finite(const std::string &text);
  * many times its size. */
 constexpr long long max_register_file_bytes = 4 << 20;
 
-/* Reads a file's bytes as the library's file reader would get them, without ever blocking:
- * regular files only, at most max_register_file_bytes. Missing and unreadable files leave text
+/* The library formats every path it opens into 255 bytes: a longer path is cut to this many
+ * characters. */
+constexpr size_t max_library_path = 254;
+
+/* The one reader of register files: a file's bytes as the library's file reader would get them,
+ * without ever blocking: regular files only, at most max_register_file_bytes, and a text that
+ * starts with a byte-order mark is refused as the library's parser refuses it (at line 1,
+ * column 1). Missing and unreadable files leave text
  * empty and say why in the probe (whose root stays null). */
 probed_file read_text(const std::string &path, std::string &text);
 

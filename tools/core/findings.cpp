@@ -56,6 +56,8 @@ const char *kind_name(finding_kind kind) {
             return "module-order";
         case finding_kind::missing_file:
             return "missing-file";
+        case finding_kind::path_too_long:
+            return "path-too-long";
         case finding_kind::unreadable_file:
             return "unreadable-file";
         case finding_kind::byte_order_mark:
@@ -66,6 +68,8 @@ const char *kind_name(finding_kind kind) {
             return "number-out-of-range";
         case finding_kind::not_object:
             return "root-not-object";
+        case finding_kind::trailing_content:
+            return "trailing-content";
         case finding_kind::duplicate_key:
             return "duplicate-key";
         case finding_kind::unknown_key:
@@ -84,6 +88,8 @@ const char *kind_name(finding_kind kind) {
             return "truncated";
         case finding_kind::saturated:
             return "saturated";
+        case finding_kind::underflow:
+            return "underflow";
         case finding_kind::partitions_disagree:
             return "partitions-disagree";
         case finding_kind::field_not_read:

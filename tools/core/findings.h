@@ -27,11 +27,13 @@ enum class finding_kind {
     channels,        /* a channel count the channelled modules reject or ignore */
     module_order,    /* modules sharing a wrapper in an order that breaks it */
     missing_file,
+    path_too_long, /* the library would cut the file's path */
     unreadable_file,
     byte_order_mark,
     syntax,
     non_finite, /* picojson raises overflow_error while parsing */
     not_object,
+    trailing_content, /* text after the root value, which picojson ignores */
     duplicate_key,
     unknown_key,
     missing_field,
@@ -41,6 +43,7 @@ enum class finding_kind {
     wrapped,
     truncated,
     saturated,
+    underflow, /* a number written non-zero that reads as 0 */
     partitions_disagree,
     field_not_read, /* a converter printed "read json_obj failed: ...": in the lint, one the rows
                        do not explain; in a replay, every such line */

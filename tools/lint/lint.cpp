@@ -126,6 +126,16 @@ verdict judge_field(double value, const field_row &row) {
 
 /* Raw numbers of curves and meshes are saturated into unsigned codes, stored into the member
  * and kept to the entry's width. */
+/* A number written with a non-zero digit before its exponent that reads as 0 ("1e-400"). */
+bool underflows(const std::string &written, double value) {
+    if (value != 0) return false;
+    for (char c : written) {
+        if (c == 'e' || c == 'E') break;
+        if (c >= '1' && c <= '9') return true;
+    }
+    return false;
+}
+
 verdict judge_entry(double value, const field_row &row) {
     verdict v;
     const format_info format = format_of(row.format);
@@ -475,6 +485,12 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
             frame_path + std::to_string(contents.frames),
             "missing frame directory: the frames after it are never read (" + never_read + ")"));
     }
+    for (const std::string &name : contents.misnamed)
+        out.push_back(make(severity::warning, finding_kind::frame_directory,
+                           join_path(settings.case_path, "cfgs/" + name),
+                           fmt::format("frame directory {} is never read: the library reads "
+                                       "frame directories named f0, f1, ... without leading zeros",
+                                       name)));
     if (contents.frames > 0 && settings.frames > contents.frames)
         out.push_back(make(
             severity::warning, finding_kind::frames, "",
@@ -492,9 +508,12 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
         out.push_back(
             make(severity::warning, finding_kind::grid, "",
                  fmt::format("grid {}x{} has {} partitions and the partition index is 8 bits wide: "
-                             "partitions 256 to {} read the files of p0 to p{} again",
+                             "partitions 256 to {} read the files of p0 to p{} again{}",
                              settings.part_h, settings.part_v, partitions, partitions - 1,
-                             partitions - 257)));
+                             std::min(partitions - 257, 255),
+                             partitions > 512
+                                 ? fmt::format(", up to {} times each", (partitions - 1) / 256)
+                                 : "")));
 
     if (!channelled.empty() && (settings.channels < 0 || settings.channels > max_channels))
         out.push_back(make(severity::error, finding_kind::channels, "",
@@ -537,10 +556,6 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
     }
 }
 
-bool has_bom(const std::string &text) {
-    return text.size() >= 3 && text.compare(0, 3, "\xEF\xBB\xBF") == 0;
-}
-
 /* The values a load's partitions gave one member, by partition. */
 struct load_values {
     std::string block;
@@ -557,21 +572,23 @@ class case_lint {
         const std::string path    = join_path(settings_.case_path, planned.relative);
         const std::string readers = names_of(planned.readers);
         ++result_.files_read;
-        std::string text;
-        const probed_file probe = read_text(path, text);
-        if (probe.state != file_state::ok) {
-            const bool missing = probe.state == file_state::missing;
-            push(make(severity::error,
-                      missing ? finding_kind::missing_file : finding_kind::unreadable_file, path,
-                      describe(probe)),
+        if (path.size() > max_library_path) {
+            push(make(severity::error, finding_kind::path_too_long, path,
+                      fmt::format("the path has {} characters and the library cuts every path "
+                                  "at {}: it would not find the file",
+                                  path.size(), max_library_path)),
                  readers);
             return;
         }
-        if (has_bom(text)) {
-            finding f = make(severity::error, finding_kind::byte_order_mark, path,
-                             "the file starts with a UTF-8 byte-order mark, which picojson does "
-                             "not accept: the library aborts");
-            f.line = f.column = 1;
+        std::string text;
+        const probed_file probe = read_text(path, text);
+        if (probe.state != file_state::ok) {
+            const finding_kind kind =
+                probe.state == file_state::missing           ? finding_kind::missing_file
+                : probe.state == file_state::byte_order_mark ? finding_kind::byte_order_mark
+                                                             : finding_kind::unreadable_file;
+            finding f = make(severity::error, kind, path, describe(probe));
+            if (kind == finding_kind::byte_order_mark) f.line = f.column = 1;
             push(f, readers);
             return;
         }
@@ -592,6 +609,13 @@ class case_lint {
             return;
         }
         repeated(path, doc, readers);
+        if (doc.trailing.line > 0) {
+            finding f = make(severity::warning, finding_kind::trailing_content, path,
+                             "content after the root value: picojson reads the first value and "
+                             "the library ignores the rest without a word");
+            place(f, doc.trailing);
+            push(f, readers);
+        }
         if (!doc.root.is<picojson::object>()) {
             finding f =
                 make(severity::error, finding_kind::not_object, path,
@@ -773,8 +797,10 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
             const bool per_partition = read.element == isp::part_element;
             single_value single{read.label, at.where->text, f.format, modules, at.at, {}};
             if (!table) {
-                const verdict v = judge_field(at.value->get<double>(), row);
-                single.codes    = {v.hardware};
+                verdict v = judge_field(at.value->get<double>(), row);
+                if (underflows(at.where->text, at.value->get<double>()))
+                    v.add(finding_kind::underflow, "too small for a double, it reads as 0");
+                single.codes = {v.hardware};
                 if (!per_partition && singles)
                     (*singles)[fmt::format("{}/{}[{}]", row.group, row.member.name, read.element)] =
                         single;
@@ -810,7 +836,9 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
                     single.codes.clear();
                     break;
                 }
-                const verdict v = judge_entry(entries[k].get<double>(), row);
+                verdict v = judge_entry(entries[k].get<double>(), row);
+                if (underflows(at.where->items[k].text, entries[k].get<double>()))
+                    v.add(finding_kind::underflow, "too small for a double, it reads as 0");
                 single.codes.push_back(v.hardware);
                 if (v.kinds.empty() || faults++ > 0) continue;
                 first       = f;
@@ -841,6 +869,7 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
 bool stops_library(const finding &f) {
     switch (f.kind) {
         case finding_kind::missing_file:
+        case finding_kind::path_too_long:
         case finding_kind::unreadable_file:
         case finding_kind::byte_order_mark:
         case finding_kind::syntax:
