@@ -568,7 +568,7 @@ class case_lint {
     case_lint(const run_settings &settings, lint_result &result)
         : settings_(settings), result_(result) {}
 
-    void file(const planned_file &planned) {
+    void read(const planned_file &planned) {
         const std::string path    = join_path(settings_.case_path, planned.relative);
         const std::string readers = names_of(planned.readers);
         ++result_.files_read;
@@ -639,17 +639,47 @@ class case_lint {
             };
             for (finding &f : lint_rows(*map, doc, path, run_by, &singles, &unreadable, &raising))
                 result_.findings.push_back(std::move(f));
-            remember(planned, path, first.block, singles);
+            remember(planned, path, singles);
         }
         converters(planned, path, doc.root.get<picojson::object>(), unreadable, raising);
     }
 
-    /* Members that are not per partition, compared over each load's partitions. */
+    /* The files each load reads, so that a load is judged and dropped once its last file is
+     * read: the lint holds the values of the loads under way, not of every frame. */
+    void expect(const std::vector<planned_file> &plan) {
+        for (const planned_file &planned : plan) ++files_left_[load_key(planned)];
+    }
+
+    void file(const planned_file &planned) {
+        read(planned);
+        const std::string key = load_key(planned);
+        if (--files_left_[key] > 0) return;
+        files_left_.erase(key);
+        const auto it = loads_.find(key);
+        if (it == loads_.end()) return;
+        disagreements(it->second, judged_[key]);
+        loads_.erase(it);
+    }
+
+    /* The loads' disagreements, in the order of their keys as they always were listed. */
     void disagreements() {
+        for (const auto &[key, values] : loads_) disagreements(values, judged_[key]);
+        for (auto &[key, found] : judged_)
+            for (finding &f : found) result_.findings.push_back(std::move(f));
+    }
+
+  private:
+    static std::string load_key(const planned_file &planned) {
+        return fmt::format("{} f{} c{}", planned.readers.front()->block, planned.frame,
+                           planned.channel);
+    }
+
+    /* Members that are not per partition, compared over a load's partitions. */
+    void disagreements(const load_values &values, std::vector<finding> &out) const {
         const int partitions = settings_.part_h * settings_.part_v;
         if (partitions < 2) return;
         const int last = (partitions - 1) % 256;
-        for (const auto &[load, values] : loads_) {
+        {
             for (const auto &[member, by_partition] : values.members) {
                 bool differ = false;
                 for (const auto &[p, v] : by_partition)
@@ -677,12 +707,11 @@ class case_lint {
                 f.format   = shown.format;
                 f.hardware = shown.codes.size() == 1 ? std::to_string(shown.codes.front()) : "";
                 split_label(shown.label, f);
-                result_.findings.push_back(f);
+                out.push_back(f);
             }
         }
     }
 
-  private:
     void push(finding f, const std::string &modules) {
         f.module = modules;
         result_.findings.push_back(std::move(f));
@@ -710,10 +739,9 @@ class case_lint {
         return text.empty() ? "a container" : text;
     }
 
-    void remember(const planned_file &planned, const std::string &path, const char *block,
+    void remember(const planned_file &planned, const std::string &path,
                   const single_values &singles) {
-        const std::string load = fmt::format("{} f{} c{}", block, planned.frame, planned.channel);
-        load_values &values    = loads_[load];
+        load_values &values             = loads_[load_key(planned)];
         values.files[planned.partition] = path;
         for (const auto &[member, value] : singles)
             values.members[member].push_back({planned.partition, value});
@@ -756,7 +784,9 @@ class case_lint {
 
     const run_settings &settings_;
     lint_result &result_;
-    std::map<std::string, load_values> loads_;
+    std::map<std::string, load_values> loads_; /* the loads under way */
+    std::map<std::string, size_t> files_left_;
+    std::map<std::string, std::vector<finding>> judged_; /* by load, listed at the end */
     stderr_stream capture_; /* what the converters write, for the whole lint */
 };
 
@@ -884,7 +914,9 @@ lint_result lint_case(const run_settings &settings, const case_contents &content
     lint_result result;
     lint_settings(settings, contents, result.findings);
     case_lint lint(settings, result);
-    for (const planned_file &file : plan_reads(settings)) {
+    const std::vector<planned_file> plan = plan_reads(settings);
+    lint.expect(plan);
+    for (const planned_file &file : plan) {
         const size_t first = result.findings.size();
         lint.file(file);
         /* in the order of the file's lines, the findings without a line last */
