@@ -70,44 +70,47 @@ const char *kind_of(mode_t mode) {
     return "not a regular file";
 }
 
-probed_file read_text(const std::string &path, std::string &text) {
-    probed_file probe;
+file_read read_regular_file(const std::string &path, long long limit, std::string &text) {
+    file_read result;
     /* non-blocking: a FIFO without a writer would hold the open forever; the type is taken from
      * what was opened, so a link that changes afterwards cannot lead elsewhere */
     const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) {
-        const int error   = errno;
-        const bool absent = error == ENOENT || error == ENOTDIR;
-        probe.state       = absent ? file_state::missing : file_state::unreadable;
-        probe.detail      = absent ? "no such file" : std::strerror(error);
-        return probe;
+        const int error = errno;
+        result.absent   = error == ENOENT || error == ENOTDIR;
+        result.problem  = result.absent ? "no such file" : std::strerror(error);
+        return result;
     }
     struct stat st;
     if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        probe.state  = file_state::unreadable;
-        probe.detail = fstat(fd, &st) != 0 ? std::strerror(errno) : kind_of(st.st_mode);
-        close(fd);
-        return probe;
+        result.problem = fstat(fd, &st) != 0 ? std::strerror(errno) : kind_of(st.st_mode);
+    } else if (st.st_size > limit) {
+        result.problem = std::to_string(st.st_size) + " bytes, more than the " +
+                         std::to_string(limit >> 20) + " MiB read of such a file";
+    } else {
+        /* the size when opened bounds the text, however the file grows meanwhile */
+        text.resize(size_t(st.st_size));
+        size_t got = 0;
+        while (got < text.size()) {
+            const ssize_t n = read(fd, &text[got], text.size() - got);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) break;
+            got += size_t(n);
+        }
+        text.resize(got);
     }
-    if (st.st_size > max_register_file_bytes) {
-        probe.state  = file_state::unreadable;
-        probe.detail = std::to_string(st.st_size) + " bytes, more than the " +
-                       std::to_string(max_register_file_bytes >> 20) +
-                       " MiB a register file may hold";
-        close(fd);
-        return probe;
-    }
-    /* the size when opened bounds the text, however the file grows meanwhile */
-    text.resize(size_t(st.st_size));
-    size_t got = 0;
-    while (got < text.size()) {
-        const ssize_t n = read(fd, &text[got], text.size() - got);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        got += size_t(n);
-    }
-    text.resize(got);
     close(fd);
+    return result;
+}
+
+probed_file read_text(const std::string &path, std::string &text) {
+    probed_file probe;
+    const file_read read = read_regular_file(path, max_register_file_bytes, text);
+    if (!read.problem.empty()) {
+        probe.state  = read.absent ? file_state::missing : file_state::unreadable;
+        probe.detail = read.problem;
+        return probe;
+    }
     if (text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
         probe.state = file_state::byte_order_mark;
         probe.detail =

@@ -31,6 +31,17 @@ probed_file probe_file(const std::string &path);
 /* "line N: TOKEN" for the first number outside strings that does not fit a double. */
 std::string locate_non_finite(const std::string &text);
 
+/* How a read of a file went: problem is empty when the text is all there. */
+struct file_read {
+    bool absent = false; /* no such file */
+    std::string
+        problem; /* "no such file", "a FIFO", "Permission denied", "N bytes, more than..." */
+};
+
+/* Every file the tool reads goes through here: opened without blocking, read only when it is a
+ * regular file of at most limit bytes, and at most the size it had when opened. */
+file_read read_regular_file(const std::string &path, long long limit, std::string &text);
+
 /* Far more than any register file holds; a larger one is refused rather than parsed into memory
  * many times its size. */
 constexpr long long max_register_file_bytes = 4 << 20;

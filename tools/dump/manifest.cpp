@@ -1,9 +1,9 @@
 /* The manifest to JSON and back. */
 #include "tools/dump/manifest.h"
 
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
+
+#include "tools/core/file_probe.h"
 
 namespace isp_case {
 namespace {
@@ -176,15 +176,11 @@ bool manifest_from_json(const picojson::value &v, manifest &out, std::string &er
 }
 
 bool read_file_bytes(const std::string &path, std::string &out, std::string &error) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        error = path + ": cannot be read";
-        return false;
-    }
-    std::stringstream text;
-    text << in.rdbuf();
-    out = text.str();
-    return true;
+    /* a dump's files: a manifest of many thousand frames is large, a FIFO never read */
+    const file_read read = read_regular_file(path, 1LL << 32, out);
+    if (read.problem.empty()) return true;
+    error = path + ": cannot be read" + (read.absent ? "" : ": " + read.problem);
+    return false;
 }
 
 bool read_json_file(const std::string &path, picojson::value &out, std::string &error) {
