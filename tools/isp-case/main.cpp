@@ -1,6 +1,7 @@
 /* isp-case: the replay, check and export of register-file cases on a workstation, with the
  * library and the simulated platform, the comparison of two dumps, and batches of cases for CI.
  * Each subcommand lives in a file of its own beside this one. */
+#include <cstdio>
 #include <system_error>
 #include <vector>
 
@@ -40,6 +41,7 @@ int main(int argc, char **argv) {
         try {
             status = runners[i]();
         } catch (const std::system_error &e) {
+            if (!std::ferror(stdout)) throw; /* not a write of standard output */
             failure = e.code().message();
         }
         if (failure.empty()) failure = finish_standard_output();
