@@ -820,7 +820,8 @@ TEST(IspCaseBatch, TimeLimitSignalsAndAClosedOutputEndTheChildren) {
               (lines_t{"timed out", "timed out"}));
 
     fs::remove(junit);
-    const started_tool stopped = start_tool(dir, slow + " --timeout 0 -j2");
+    const std::string json     = dir.path() + "/j.json";
+    const started_tool stopped = start_tool(dir, slow + " --timeout 0 -j2 --json " + json);
     EXPECT_EQ(read_line(stopped.out), "batch of 2 cases, 2 at a time");
     usleep(300000);  // the children under way, most likely
     kill(stopped.pid, SIGTERM);
@@ -829,6 +830,9 @@ TEST(IspCaseBatch, TimeLimitSignalsAndAClosedOutputEndTheChildren) {
               "isp-case batch: interrupted by SIGTERM: 0 of 2 cases finished\n");
     EXPECT_EQ(of_all(parse_xml(read_file(junit)), "failure", "message"),
               (lines_t{"interrupted by SIGTERM", "interrupted by SIGTERM"}));
+    const picojson::value summary = isp_test::parse_object(read_file(json)).at("summary");
+    EXPECT_EQ(summary.get("failed").get<double>(), 0);
+    EXPECT_EQ(summary.get("interrupted").get<double>(), 2);
     close(stopped.out);
 
     fs::remove(junit);

@@ -385,8 +385,10 @@ bool write_json(const std::string &path, const batch_settings &settings,
     size_t passed = 0;
     std::vector<std::string> cases, paths;
     for (const std::string &p : settings.paths) paths.push_back(json_string(p));
+    size_t interrupted = 0;
     for (const case_run &r : runs) {
         passed += r.passed;
+        interrupted += r.interrupted;
         json_object o;
         o.add("name", r.c->name)
             .add("path", r.c->path)
@@ -415,7 +417,8 @@ bool write_json(const std::string &path, const batch_settings &settings,
     o.add_raw("summary", json_object()
                              .add("cases", runs.size())
                              .add("passed", passed)
-                             .add("failed", runs.size() - passed)
+                             .add("failed", runs.size() - passed - interrupted)
+                             .add("interrupted", interrupted)
                              .add("seconds", rounded(seconds))
                              .add("result", ok ? "ok" : "failed")
                              .add("exit_status", ok ? exit_ok : exit_failed)
