@@ -120,7 +120,11 @@ std::vector<planned_file> plan_reads(const run_settings &settings) {
 
     // the partition index is 8 bits wide in the library and wraps after 255
     const int partitions = settings.part_h * settings.part_v;
-    const int loads      = 1 + settings.frames;
+    /* once the last frame directory is reached every load reads what the one before read, so
+     * a replay of a million frames reads no file that a few more than the case's frames do not */
+    int directories = 0;
+    while (is_directory(frame_dir(settings.case_path, directories))) ++directories;
+    const int loads = std::min(1 + settings.frames, directories + 2);
     for (const module_info *module : settings.modules) {
         if (module->kind == file_kind::pattern) {
             for (int p = 0; p < partitions; ++p)
