@@ -53,7 +53,7 @@ void export_block(const export_settings &settings, const std::string &block, std
             std::string error;
             if (write_json_checked(
                     target,
-                    convert_and_export(*group, probe.root.get<picojson::object>(),
+                    convert_and_export(*group, probe.doc.root.get<picojson::object>(),
                                        uint8_t(settings.partition), capture, messages),
                     error))
                 result.written.push_back(target);

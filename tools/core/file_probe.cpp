@@ -14,15 +14,6 @@
 namespace isp_case {
 namespace {
 
-const char *type_name(const picojson::value &value) {
-    if (value.is<picojson::null>()) return "null";
-    if (value.is<bool>()) return "a boolean";
-    if (value.is<double>()) return "a number";
-    if (value.is<std::string>()) return "a string";
-    if (value.is<picojson::array>()) return "an array";
-    return "an object";
-}
-
 bool starts_number(char c) {
     return c == '-' || (c >= '0' && c <= '9');
 }
@@ -124,22 +115,21 @@ probed_file probe_file(const std::string &path) {
     std::string text;
     probed_file probe = read_text(path, text);
     if (probe.state != file_state::ok) return probe;
-    std::string error;
     try {
-        picojson::parse(probe.root, text.begin(), text.end(), &error);
+        probe.doc = parse_located(text);
     } catch (const std::overflow_error &) {
         probe.state  = file_state::non_finite;
         probe.detail = locate_non_finite(text);
         return probe;
     }
-    if (!error.empty()) {
+    if (!probe.doc.error.empty()) {
         probe.state  = file_state::syntax;
-        probe.detail = error;
+        probe.detail = probe.doc.error;
         return probe;
     }
-    if (!probe.root.is<picojson::object>()) {
+    if (!probe.doc.root.is<picojson::object>()) {
         probe.state  = file_state::not_object;
-        probe.detail = std::string("the root is ") + type_name(probe.root);
+        probe.detail = "the root is " + describe_value(probe.doc.root, probe.doc.where);
     }
     return probe;
 }

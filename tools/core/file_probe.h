@@ -7,6 +7,8 @@
 
 #include <picojson.h>
 
+#include "tools/lint/json_locations.h"
+
 namespace isp_case {
 
 enum class file_state {
@@ -22,10 +24,12 @@ enum class file_state {
 
 struct probed_file {
     file_state state = file_state::ok;
-    std::string detail; /* what is wrong, in picojson's words where it has some */
-    picojson::value root;
+    std::string detail;   /* what is wrong, in picojson's words where it has some */
+    located_document doc; /* the parsed text with where each value was written */
 };
 
+/* The one reader of register files: read_text, then the parse the library makes, with where
+ * each value was written. */
 probed_file probe_file(const std::string &path);
 
 /* "line N: TOKEN" for the first number outside strings that does not fit a double. */

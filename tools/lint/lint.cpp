@@ -556,6 +556,25 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
     }
 }
 
+finding_kind kind_of(file_state state) {
+    switch (state) {
+        case file_state::missing:
+            return finding_kind::missing_file;
+        case file_state::byte_order_mark:
+            return finding_kind::byte_order_mark;
+        case file_state::syntax:
+            return finding_kind::syntax;
+        case file_state::non_finite:
+            return finding_kind::non_finite;
+        case file_state::not_object:
+            return finding_kind::not_object;
+        case file_state::ok:
+        case file_state::unreadable:
+            break;
+    }
+    return finding_kind::unreadable_file;
+}
+
 /* The values a load's partitions gave one member, by partition. */
 struct load_values {
     std::string block;
@@ -580,33 +599,22 @@ class case_lint {
                  readers);
             return;
         }
-        std::string text;
-        const probed_file probe = read_text(path, text);
-        if (probe.state != file_state::ok) {
-            const finding_kind kind =
-                probe.state == file_state::missing           ? finding_kind::missing_file
-                : probe.state == file_state::byte_order_mark ? finding_kind::byte_order_mark
-                                                             : finding_kind::unreadable_file;
-            finding f = make(severity::error, kind, path, describe(probe));
-            if (kind == finding_kind::byte_order_mark) f.line = f.column = 1;
-            push(f, readers);
-            return;
-        }
-        located_document doc;
-        try {
-            doc = parse_located(text);
-        } catch (const std::overflow_error &) {
-            push(make(severity::error, finding_kind::non_finite, path,
-                      "number out of range (picojson raises overflow_error): " +
-                          locate_non_finite(text)),
-                 readers);
-            return;
-        }
-        if (!doc.error.empty()) {
-            push(make(severity::error, finding_kind::syntax, path,
-                      "JSON does not parse: " + doc.error),
-                 readers);
-            return;
+        const probed_file probe     = probe_file(path);
+        const located_document &doc = probe.doc;
+        switch (probe.state) {
+            case file_state::ok:
+            case file_state::not_object: /* its repeated keys first, then where it starts */
+                break;
+            case file_state::missing:
+            case file_state::unreadable:
+            case file_state::byte_order_mark:
+            case file_state::syntax:
+            case file_state::non_finite: {
+                finding f = make(severity::error, kind_of(probe.state), path, describe(probe));
+                if (probe.state == file_state::byte_order_mark) f.line = f.column = 1;
+                push(f, readers);
+                return;
+            }
         }
         repeated(path, doc, readers);
         if (doc.trailing.line > 0) {
@@ -617,9 +625,7 @@ class case_lint {
             push(f, readers);
         }
         if (!doc.root.is<picojson::object>()) {
-            finding f =
-                make(severity::error, finding_kind::not_object, path,
-                     "root is not an object: the root is " + describe_value(doc.root, doc.where));
+            finding f = make(severity::error, finding_kind::not_object, path, describe(probe));
             place(f, doc.where.at);
             push(f, readers);
             return;
