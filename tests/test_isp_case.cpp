@@ -1,7 +1,10 @@
 /* isp-case on the sample case and on broken copies of it: exit statuses, the reports, the C-model
  * files of export and the dump of a replay against what the simulated wrapper recorded. */
 
+#include <malloc.h>
 #include <pwd.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -265,28 +268,45 @@ TEST(IspCaseReplay, ConverterFailuresFailTheReplayWithoutAborting) {
               "failed 9 1 1");
 }
 
-/* A long replay holds one operation's platform records at a time, however many frames it runs,
- * while every call is counted. */
-TEST(IspCaseReplay, LongReplayHoldsNoMoreThanAShortOne) {
+/* A long dumped replay holds one operation's platform records at a time, however many frames it
+ * runs, while every call is counted; the dump's manifest grows on disk, not in the heap. */
+TEST(IspCaseReplay, LongDumpedReplayHoldsNoMoreThanAShortOne) {
+    temp_dir dir;
     isp_case::replay_settings settings;
     settings.run.case_path = ISP_SAMPLE_CASE_DIR;
     settings.run.part_h = settings.run.part_v = 2;
     settings.run.channels                     = 2;
+    settings.keep_bytes                       = true;
     settings.run.modules                      = isp_case::pipeline_order();
-    auto run                                  = [&](int frames) {
+    std::vector<size_t> heap; /* what the heap held at the end of each step */
+    auto run = [&](int frames) {
         settings.run.frames = frames;
         size_t steps        = 0;
-        isp_case::replay(settings, [&](const isp_case::replay_step &) { ++steps; });
+        heap.clear();
+        const std::string dump = dir.mkdir("dump" + std::to_string(frames));
+        isp_case::dump_writer writer(dump, settings);
+        isp_case::run_record record;
+        isp_case::replay(settings, [&](const isp_case::replay_step &step) {
+            writer.write_step(step);
+            record.add(step);
+            heap.push_back(mallinfo2().uordblks);
+            ++steps;
+        });
+        writer.finish(record, isp_case::judge(record, false));
+        EXPECT_TRUE(writer.summary().problems.empty());
         EXPECT_EQ(steps, size_t(frames) + 2);
         return isp_sim::counters();
     };
-    const isp_sim::record_counters short_run = run(2), long_run = run(40);
+    const isp_sim::record_counters short_run = run(2);
+    const isp_sim::record_counters long_run  = run(20);
     EXPECT_EQ(long_run.held_calls + long_run.held_log_lines, 0u);
     EXPECT_GT(short_run.peak_held_bytes, 0u);
     EXPECT_EQ(long_run.peak_held_bytes, short_run.peak_held_bytes);
     // a frame: 155 pushes and 35 wrapper triggers (none by ifa and eis_post, one per channel by
     // the three channelled modules)
-    EXPECT_EQ(long_run.calls - short_run.calls, 38u * (155 + 35));
+    EXPECT_EQ(long_run.calls - short_run.calls, 18u * (155 + 35));
+    // the manifest's 155 entries a frame, once held in memory, grew it by megabytes
+    EXPECT_LT(*std::max_element(heap.begin() + 3, heap.end()), heap[2] + 64 * 1024);
 }
 
 TEST(IspCaseReplay, FilesThatWouldStopTheLibraryAreNamedBeforeAnythingRuns) {
@@ -302,7 +322,7 @@ TEST(IspCaseReplay, FilesThatWouldStopTheLibraryAreNamedBeforeAnythingRuns) {
                        "  " + case_dir + "/cfgs/f1/rtl_wbc_p2.json: missing file",
                        "  " + case_dir +
                            "/cfgs/f0/rtl_gamma_p1.json: JSON does not parse: syntax error at "
-                           "line 2 near: ",
+                           "line 2 column 1 near: ",
                        "run 'isp-case check " + case_dir + "' for every problem of the case"}));
 }
 
@@ -329,6 +349,8 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
         return plant([=](const std::string &c) { remove_register(c + file, top, reg); });
     };
     const plant nothing = [](const std::string &) {};
+    std::string escaped_ff;
+    for (int i = 0; i < 16; ++i) escaped_ff += "\\xFF";
     const struct {
         plant broken;
         std::string args, line;
@@ -395,16 +417,34 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
          "settings: error: channel count 7: dpc accept 0 to 6 channels [channels]"},
         {[](const std::string &c) { fs::remove(c + "/cfgs/f1/rtl_wbc_p2.json"); }, "wbc",
          "C/cfgs/f1/rtl_wbc_p2.json: error: wbc: missing file [missing-file]"},
+        // a FIFO without a writer would block the read forever; directories and devices alike
         {[](const std::string &c) {
              fs::remove(c + "/cfgs/f0/rtl_hdr_p0.json");
-             fs::create_directory(c + "/cfgs/f0/rtl_hdr_p0.json");
+             ASSERT_EQ(mkfifo((c + "/cfgs/f0/rtl_hdr_p0.json").c_str(), 0600), 0);
          },
          "hdr",
-         "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a directory "
+         "C/cfgs/f0/rtl_hdr_p0.json: error: hdr: cannot read the file: a FIFO "
          "[unreadable-file]"},
-        {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}", "\"mode\": 0,}"), "gamma",
-         "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line "
-         "3 near: }, [syntax]"},
+        // the place and a few bytes, escaped, not the rest of a line of binary
+        {edit("/cfgs/f0/rtl_gamma_p1.json", "\"mode\": 0}",
+              "\"mode\": 0," + std::string(40, '\xFF') + "}"),
+         "gamma",
+         "C/cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line 3 "
+         "column 51 near: " +
+             escaped_ff + "... [syntax]"},
+        {write("/cfgs/f0/rtl_csc_p0.json", "{\"isp_csc\": " + std::string(120, '[') + "}"), "csc",
+         "C/cfgs/f0/rtl_csc_p0.json: error: csc: JSON does not parse: nesting deeper than "
+         "picojson's limit of 100 levels at line 1 column 113 [syntax]"},
+        {edit(wbc0, "\n}", "\n}\n{\"isp_wbc\": {}}"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:12:1: warning: wbc: content after the root value: picojson "
+         "reads the first value and the library ignores the rest without a word "
+         "[trailing-content]"},
+        {d_gain("1e-400"), "wbc",
+         "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1e-400 (u10.8): too small "
+         "for a double, it reads as 0; the hardware gets 0 (0) [underflow]"},
+        {[](const std::string &c) { fs::create_directory(c + "/cfgs/f01"); }, "wbc",
+         "C/cfgs/f01: warning: frame directory f01 is never read: the library reads frame "
+         "directories named f0, f1, ... without leading zeros [frame-directory]"},
         {d_gain("1e999"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json: error: wbc: number out of range (picojson raises "
          "overflow_error): line 6: 1e999 [number-out-of-range]"},
@@ -540,7 +580,9 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
          {"", "batch " ISP_SAMPLE_CASE_DIR " --shard 3/2", "replay " ISP_SAMPLE_CASE_DIR " -q -v",
           "replay " ISP_SAMPLE_CASE_DIR " --grid 2by2",
           "replay " ISP_SAMPLE_CASE_DIR " --log-level loud",
-          "export " ISP_SAMPLE_CASE_DIR " --partition 0"})
+          "export " ISP_SAMPLE_CASE_DIR " --partition 0",
+          // an empty path is a mistake, not "none"
+          "replay " ISP_SAMPLE_CASE_DIR " --dump ''", "batch " ISP_SAMPLE_CASE_DIR " --junit ''"})
         EXPECT_EQ(run_tool(dir, usage).status, 2) << usage;
     const tool_run unknown = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --modules cc,gama");
     EXPECT_EQ(unknown.status, 2);
@@ -553,6 +595,32 @@ TEST(IspCaseCommandLine, HelpUsageErrorsAndMissingCase) {
     const tool_run missing = run_tool(dir, "replay " + dir.path() + "/nowhere");
     EXPECT_EQ(missing.status, 3);
     EXPECT_EQ(missing.err, "isp-case replay: " + dir.path() + "/nowhere: no such case directory\n");
+}
+
+/* Output that cannot be written, standard output included (a full disk, a closed descriptor):
+ * one line on standard error and status 1, never an abort or a module failed in its place. */
+TEST(IspCaseOutput, FailedWritesAreOneLineAndStatusOne) {
+    temp_dir dir;
+    const std::string full = "No space left on device";
+    const struct {
+        std::string args, err;
+    } rows[] = {
+        {"replay " ISP_SAMPLE_CASE_DIR " >/dev/full",
+         "isp-case replay: cannot write the standard output: " + full},
+        {"check --format json " ISP_SAMPLE_CASE_DIR " >/dev/full",
+         "isp-case check: cannot write the standard output: " + full},
+        {"replay " ISP_SAMPLE_CASE_DIR " >&-",
+         "isp-case replay: cannot write the standard output: Bad file descriptor"},
+        {"batch " ISP_SAMPLE_CASE_DIR " --junit /dev/full >/dev/null",
+         "isp-case batch: /dev/full: cannot be written"},
+    };
+    for (const auto &row : rows) {
+        const int raw = std::system((ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' " + row.args + " 2>'" +
+                                     dir.path() + "/tool.err'")
+                                        .c_str());
+        EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, 1) << row.args;
+        EXPECT_EQ(read_file(dir.path() + "/tool.err"), row.err + "\n") << row.args;
+    }
 }
 
 /* A report page or a JUnit file read as XML, elements in the order they close: every element's
@@ -622,15 +690,17 @@ size_t count_of(const lines_t &items, const std::string &item) {
 }
 
 /* Copies of the sample case: one that passes with warnings, one with a register file that does
- * not parse, one whose register-file paths are longer than the 254 characters the library keeps
- * of them, so that it reads a cut path and ends the process. Two at a time, each fails alone. */
-TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
+ * not parse, one whose register-file paths have 255 characters, which the library cuts: the two
+ * cases the library would stop on fail alone, named in the summary and in the JUnit file with
+ * their findings. */
+TEST(IspCaseBatch, BrokenCasesFailAloneAndTheJUnitNamesThem) {
     temp_dir dir;
     const std::string suite = dir.path() + "/suite";
     if (suite.size() > 200) GTEST_SKIP() << "temporary directory too long: " << dir.path();
-    const std::string aborts =
-        std::string(236 - suite.size() - std::strlen("//aborts"), 'p') + "/aborts";
-    for (const std::string name : {"good", "broken", aborts.c_str()})
+    // the longest register-file paths, cfgs/fN/rtl_bl_det_pP_chnC.json, get 255 characters
+    const std::string too_long =
+        std::string(223 - suite.size() - std::strlen("//long"), 'p') + "/long";
+    for (const std::string name : {"good", "broken", too_long.c_str()})
         copy_sample(dir, "suite/" + name);
     std::ofstream(suite + "/broken/cfgs/f0/rtl_gamma_p1.json") << "{\"isp_gamma\": \n";
     replace_in(suite + "/good/cfgs/f0/rtl_wbc_p0.json", "\"d_gain\": {\"val\": 256}",
@@ -645,17 +715,22 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
     EXPECT_EQ(count_lines_starting(run.out, "FAILED  "), 2u);
     const std::string gamma_finding =
         "cfgs/f0/rtl_gamma_p1.json: error: gamma: JSON does not parse: syntax error at line 2 "
-        "near:  [syntax]";
+        "column 1 near:  [syntax]";
     const std::string broken_reason = "check: 1 error, 0 warnings (" + gamma_finding +
                                       "); replay: 1 file(s) of " + suite +
                                       "/broken would stop the library";
-    const std::string aborts_reason = "replay ended by signal 6 (Aborted)";
+    std::string long_reason = "check: 12 errors, 0 warnings (";
+    for (int p = 0; p < 3; ++p)
+        long_reason += isp_test::format(
+            "cfgs/f0/rtl_bl_det_p%d_chn0.json: error: bl_det: the path has 255 characters and "
+            "the library cuts every path at 254: it would not find the file [path-too-long]; ",
+            p);
+    long_reason +=
+        "and 9 more); replay: 12 file(s) of " + suite + "/" + too_long + " would stop the library";
     EXPECT_EQ(last_lines(run.out, 7),
-              (lines_t{"summary",
-                       "  cases       3 run, 1 passed (1 with warnings), "
-                       "2 failed",
+              (lines_t{"summary", "  cases       3 run, 1 passed (1 with warnings), 2 failed",
                        "  failed      broken: " + broken_reason,
-                       "  failed      " + aborts + ": " + aborts_reason, "  junit       " + junit,
+                       "  failed      " + too_long + ": " + long_reason, "  junit       " + junit,
                        "  json        " + json, "  result      FAILED"}));
     const picojson::value good = isp_test::parse_object(read_file(json))["cases"].get(1);
     EXPECT_EQ(good.get("verdict").to_str() + ", " + good.get("replay").get("verdict").to_str(),
@@ -665,12 +740,10 @@ TEST(IspCaseBatch, BrokenAndAbortingCasesFailAloneAndTheJUnitNamesThem) {
     const std::vector<xml_element> elements = parse_xml(xml);
     EXPECT_EQ(of_all(elements, "testsuite", "tests"), lines_t{"3"});
     EXPECT_EQ(of_all(elements, "testsuite", "failures"), lines_t{"2"});
-    EXPECT_EQ(of_all(elements, "testcase", "name"), (lines_t{"broken", "good", aborts}));
-    EXPECT_EQ(of_all(elements, "failure", "message"), (lines_t{broken_reason, aborts_reason}));
-    EXPECT_EQ(of_all(elements, "property", "value"), (lines_t{"1", "0", "0", "2", "0", "0"}));
-    // the tail of the output: what the library said before it ended the process
-    EXPECT_NE(xml.find("\n[error] failed to read json file: " + suite + "/" + aborts + "/cfgs/f0/"),
-              std::string::npos);
+    EXPECT_EQ(of_all(elements, "testcase", "name"), (lines_t{"broken", "good", too_long}));
+    EXPECT_EQ(of_all(elements, "failure", "message"), (lines_t{broken_reason, long_reason}));
+    EXPECT_EQ(of_all(elements, "property", "value"), (lines_t{"1", "0", "0", "2", "12", "0"}));
+    // the tail of the output: the findings as the check printed them
     EXPECT_NE(xml.find("\n" + suite + "/broken/" + gamma_finding + "\n"), std::string::npos);
 }
 
@@ -679,6 +752,9 @@ TEST(IspCaseBatch, TwoShardsSplitTheSortedSuiteAndCoverItOnce) {
     // a case's own subdirectories are not searched; a directory without cfgs/ is no case
     for (const char *name : {"b/cfgs", "b/inner/cfgs", "a/y/cfgs", "c/cfgs", "a/x/cfgs", "d"})
         dir.mkdir(std::string("suite/") + name);
+    // each case once by its real path, under its own name; a loop is not followed
+    fs::create_directory_symlink("b", dir.path() + "/suite/z_alias");
+    fs::create_directory_symlink("..", dir.path() + "/suite/d/loop");
     std::vector<lines_t> shards;
     for (const char *shard : {"1/2", "2/2"}) {
         const std::string json = dir.path() + "/shard.json";
@@ -692,6 +768,90 @@ TEST(IspCaseBatch, TwoShardsSplitTheSortedSuiteAndCoverItOnce) {
             shards.back().push_back(c.get("name").to_str());
     }
     EXPECT_EQ(shards, (std::vector<lines_t>{{"a/x", "b"}, {"a/y", "c"}}));
+}
+
+/* The tool started in a process group of its own, its standard output into a pipe read here
+ * (closed after the first `lines` lines when given) and its standard error into a file. */
+struct started_tool {
+    pid_t pid = -1;
+    int out   = -1;
+};
+started_tool start_tool(const temp_dir &dir, const std::string &args) {
+    int ends[2];
+    if (pipe(ends) != 0) return {};
+    const pid_t pid = fork();
+    if (pid == 0) {
+        setpgid(0, 0);
+        dup2(ends[1], STDOUT_FILENO);
+        close(ends[0]), close(ends[1]);
+        const std::string command = "exec " ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' " + args +
+                                    " 2>'" + dir.path() + "/tool.err'";
+        execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char *>(nullptr));
+        _exit(127);
+    }
+    close(ends[1]);
+    setpgid(pid, pid);
+    return {pid, ends[0]};
+}
+std::string read_line(int fd) {
+    std::string line;
+    char c = 0;
+    while (read(fd, &c, 1) == 1 && c != '\n') line += c;
+    return line;
+}
+/* The exit status, once the tool and every process of its group have ended. */
+int end_of(const started_tool &t) {
+    int raw = 0;
+    waitpid(t.pid, &raw, 0);
+    EXPECT_NE(kill(-t.pid, 0), 0) << "a child of the batch outlived it";
+    return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+}
+
+/* Cases that would run for hours (a million frames): the time limit kills them; SIGTERM, and a
+ * reader that goes away, end the children under way and still leave the reports, every case
+ * not finished marked interrupted. */
+TEST(IspCaseBatch, TimeLimitSignalsAndAClosedOutputEndTheChildren) {
+    temp_dir dir;
+    const std::string a = copy_sample(dir, "suite/a"), b = copy_sample(dir, "suite/b");
+    const std::string suite = dir.path() + "/suite", junit = dir.path() + "/j.xml";
+    const std::string slow = "batch " + suite + " --frames 1000000 --junit " + junit;
+
+    const tool_run limited = run_tool(dir, slow + " --timeout 1 -j2");
+    EXPECT_EQ(limited.status, 1);
+    const std::string limit = ": timed out after 1 s";  // in the check or the replay
+    size_t timed_out        = 0;
+    for (const std::string &line : split_lines(limited.out))
+        timed_out += line.rfind("  failed      ", 0) == 0 && line.size() > limit.size() &&
+                     line.compare(line.size() - limit.size(), limit.size(), limit) == 0;
+    EXPECT_EQ(timed_out, 2u) << limited.out;
+    EXPECT_EQ(of_all(parse_xml(read_file(junit)), "failure", "type"),
+              (lines_t{"timed out", "timed out"}));
+
+    fs::remove(junit);
+    const std::string json     = dir.path() + "/j.json";
+    const started_tool stopped = start_tool(dir, slow + " --timeout 0 -j2 --json " + json);
+    EXPECT_EQ(read_line(stopped.out), "batch of 2 cases, 2 at a time");
+    usleep(300000);  // the children under way, most likely
+    kill(stopped.pid, SIGTERM);
+    EXPECT_EQ(end_of(stopped), 1);
+    EXPECT_EQ(read_file(dir.path() + "/tool.err"),
+              "isp-case batch: interrupted by SIGTERM: 0 of 2 cases finished\n");
+    EXPECT_EQ(of_all(parse_xml(read_file(junit)), "failure", "message"),
+              (lines_t{"interrupted by SIGTERM", "interrupted by SIGTERM"}));
+    const picojson::value summary = isp_test::parse_object(read_file(json)).at("summary");
+    EXPECT_EQ(summary.get("failed").get<double>(), 0);
+    EXPECT_EQ(summary.get("interrupted").get<double>(), 2);
+    close(stopped.out);
+
+    fs::remove(junit);
+    const started_tool headed = start_tool(dir, slow + " --timeout 1 -j1");
+    EXPECT_EQ(read_line(headed.out), "batch of 2 cases, 1 at a time");
+    close(headed.out);  // as `| head -1` does
+    EXPECT_EQ(end_of(headed), 1);
+    EXPECT_EQ(read_file(dir.path() + "/tool.err"),
+              "isp-case batch: standard output closed: 1 of 2 cases finished\n");
+    EXPECT_EQ(of_all(parse_xml(read_file(junit)), "failure", "type"),
+              (lines_t{"timed out", "interrupted"}));
 }
 
 /* The grid a case's partition count gives when none is asked for: the squarest one. */
@@ -900,6 +1060,9 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
                       used     = dir.path() + "/occupied";
     const std::string out      = dir.path() + "/out";
     const std::string locked   = dir.mkdir("locked");
+    const std::string case_dir = copy_sample(dir, "suite/case"), suite = dir.path() + "/suite";
+    const std::string not_dump = dir.write("mine/notes.txt", "keep"), mine = dir.path() + "/mine";
+    const auto before = tree(case_dir);
     const struct {
         std::string args;
         int status;
@@ -910,6 +1073,21 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
          "isp-case replay: " + file + ": not a directory\n", false},
         {"replay " ISP_SAMPLE_CASE_DIR " --dump " + used, 1,
          "isp-case replay: " + used + ": not empty (--force replaces its contents)\n", false},
+        // data loss: --force would have emptied the case, or a directory that is not a dump
+        {"replay " + case_dir + " --dump " + case_dir + " --force", 1,
+         "isp-case replay: " + case_dir + ": is the case directory itself\n", false},
+        {"replay " + case_dir + " --dump " + suite + "/. --force", 1,
+         "isp-case replay: " + suite + "/.: holds the case " + case_dir + "\n", false},
+        {"replay " + case_dir + " --dump " + case_dir + "/cfgs/f2", 1,
+         "isp-case replay: " + case_dir +
+             "/cfgs/f2: lies inside the case's cfgs/, where the library looks for frame "
+             "directories\n",
+         false},
+        {"replay " + case_dir + " --dump " + mine + " --force", 1,
+         "isp-case replay: " + mine +
+             ": not empty and not a dump (no manifest.json): --force empties only a previous "
+             "dump\n",
+         false},
         {"export " ISP_SAMPLE_CASE_DIR " --frame 0 --partition 0 --out " + file, 1,
          "isp-case export: " + file + ": not a directory\n", false},
         {"export " ISP_SAMPLE_CASE_DIR " --frame 5 --partition 0 --out " + out, 3,
@@ -940,7 +1118,10 @@ TEST(IspCaseOutput, UnusableDumpAndExportPlacesAreRefusedBeforeAnyWork) {
     EXPECT_FALSE(fs::exists(out));
     EXPECT_EQ(read_file(occupied), "old");
     EXPECT_TRUE(fs::is_empty(locked));
+    EXPECT_EQ(tree(case_dir), before);
+    EXPECT_EQ(read_file(not_dump), "keep");
 
+    dir.write("occupied/manifest.json", "{}");  // a previous dump
     const tool_run forced =
         run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR " --dump " + used + " --force");
     EXPECT_EQ(forced.status, 0) << forced.err;

@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <sched.h>
 #include <signal.h>
+#include <stdio_ext.h>
 #include <string.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,7 +18,8 @@
 #include <cmath>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
+#include <map>
+#include <sstream>
 
 #include <fmt/format.h>
 
@@ -25,6 +27,7 @@
 #include "tools/core/findings.h"
 #include "tools/core/settings.h"
 #include "tools/output/escape.h"
+#include "tools/output/files.h"
 #include "tools/output/json.h"
 
 namespace isp_case {
@@ -39,22 +42,100 @@ const int k_max_depth      = 32;        /* directory levels searched under a pat
 const size_t k_name_column = 40;        /* longer case names push the rest of their line */
 const size_t k_named       = 3;         /* findings a failure reason names */
 
+/* A stopped batch gives its children this long to end on SIGTERM before they are killed. */
+const std::chrono::seconds k_grace(2);
+
+/* The signal that asks the batch to stop (SIGINT, SIGTERM), and the pipe whose write end the
+ * handler writes into, so that a poll under way wakes up. */
+volatile sig_atomic_t g_stop_signal = 0;
+volatile int g_wake_fd              = -1;
+
+extern "C" void ask_to_stop(int signal_number) {
+    g_stop_signal   = signal_number;
+    const int saved = errno;
+    if (g_wake_fd >= 0 && write(g_wake_fd, "", 1) < 0) {
+    }
+    errno = saved;
+}
+
+/* From construction to destruction SIGINT and SIGTERM stop the batch instead of ending it, and a
+ * closed standard output is an error of the write (EPIPE) rather than a signal. */
+class stop_requests {
+  public:
+    stop_requests() {
+        g_stop_signal = 0;
+        if (pipe2(wake_, O_CLOEXEC | O_NONBLOCK) != 0) wake_[0] = wake_[1] = -1;
+        g_wake_fd = wake_[1];
+        struct sigaction action {};
+        action.sa_handler = ask_to_stop;
+        sigemptyset(&action.sa_mask);
+        sigaction(SIGINT, &action, &previous_[0]);
+        sigaction(SIGTERM, &action, &previous_[1]);
+        action.sa_handler = SIG_IGN;
+        sigaction(SIGPIPE, &action, &previous_[2]);
+    }
+    ~stop_requests() {
+        sigaction(SIGINT, &previous_[0], nullptr);
+        sigaction(SIGTERM, &previous_[1], nullptr);
+        sigaction(SIGPIPE, &previous_[2], nullptr);
+        g_wake_fd = -1;
+        for (int fd : wake_)
+            if (fd >= 0) close(fd);
+    }
+    stop_requests(const stop_requests &)            = delete;
+    stop_requests &operator=(const stop_requests &) = delete;
+
+    int wake_fd() const { return wake_[0]; }
+    static int signal() { return g_stop_signal; }
+    /* In a child: the signals as a process starts with them. */
+    static void reset_in_child() {
+        signal_default(SIGINT), signal_default(SIGTERM), signal_default(SIGPIPE);
+    }
+
+  private:
+    static void signal_default(int number) {
+        struct sigaction action {};
+        action.sa_handler = SIG_DFL;
+        sigemptyset(&action.sa_mask);
+        sigaction(number, &action, nullptr);
+    }
+    int wake_[2] = {-1, -1};
+    struct sigaction previous_[3];
+};
+
+/* Writes a line of the batch's own output; false once the output is gone (a closed pipe, a full
+ * disk), so that the batch stops instead of running cases nobody sees. */
+bool emit(std::FILE *out, const std::string &text) {
+    if (std::fputs(text.c_str(), out) >= 0 && std::fflush(out) == 0 && !std::ferror(out))
+        return true;
+    /* the batch says so itself; nothing is left to fail again at exit */
+    __fpurge(out);
+    clearerr(out);
+    return false;
+}
+
 const char *stage_name(batch_stage stage) {
     return enum_name(batch_stage_names, stage);
 }
 
+/* Directories are entered by their real path once per route: a link back to a directory the
+ * route already passed through (a loop) is not followed. */
 void search(const fs::path &dir, const fs::path &root, const std::string &given, int depth,
-            std::vector<batch_case> &cases) {
+            std::vector<fs::path> &route, std::vector<batch_case> &cases) {
+    std::error_code error;
+    const fs::path real = fs::canonical(dir, error);
+    if (error || std::find(route.begin(), route.end(), real) != route.end()) return;
     if (is_directory((dir / "cfgs").string())) {
         cases.push_back(
             {dir.string(), dir == root ? given : dir.lexically_relative(root).string()});
         return;
     }
     if (depth >= k_max_depth) return;
-    std::error_code error;
+    route.push_back(real);
     fs::directory_iterator it(dir, fs::directory_options::skip_permission_denied, error), end;
     for (; !error && it != end; it.increment(error))
-        if (it->is_directory(error)) search(it->path(), root, given, depth + 1, cases);
+        if (it->is_directory(error)) search(it->path(), root, given, depth + 1, route, cases);
+    route.pop_back();
 }
 
 /* One stage of one case: the process that runs it and what it wrote. */
@@ -74,11 +155,17 @@ struct case_run {
     stage_run stages[2];
     int stage = 0; /* the stage running or next to run; 2 when done */
     clock_type::time_point start;
-    double seconds = 0;
-    bool passed    = false;
+    double seconds   = 0;
+    bool passed      = false;
+    bool timed_out   = false;        /* killed at the time limit */
+    bool interrupted = false;        /* not finished when the batch was stopped */
     size_t errors = 0, warnings = 0; /* of the last stage that judged the case */
     std::string reason;
 };
+
+const char *failure_type(const case_run &r) {
+    return r.interrupted ? "interrupted" : r.timed_out ? "timed out" : "failed";
+}
 
 /* ---- the children's reports: JSON in an unlinked file each, read once the child is reaped ---- */
 
@@ -153,6 +240,7 @@ bool spawn(const stage_runner &run, batch_stage stage, const batch_case &c, stag
     }
     if (s.pid == 0) {
         close(ends[0]);
+        stop_requests::reset_in_child();
         const int null_fd = open("/dev/null", O_RDONLY);
         if (null_fd >= 0) dup2(null_fd, STDIN_FILENO);
         dup2(ends[1], STDOUT_FILENO);
@@ -266,7 +354,7 @@ bool write_junit(const std::string &path, const batch_settings &settings,
                  const std::vector<case_run> &runs, double seconds) {
     size_t failures = 0;
     for (const case_run &r : runs) failures += !r.passed;
-    std::ofstream out(path);
+    std::ostringstream out;
     const std::string name = markup_escape(suite_name(settings), markup_context::attribute);
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     out << fmt::format(
@@ -282,13 +370,14 @@ bool write_junit(const std::string &path, const batch_settings &settings,
                            markup_escape(r.c->name, markup_context::attribute), r.seconds);
         out << ">\n" << junit_counts(r);
         if (!r.passed)
-            out << fmt::format("      <failure message=\"{}\" type=\"failed\">{}</failure>\n",
-                               markup_escape(r.reason, markup_context::attribute),
+            out << fmt::format("      <failure message=\"{}\" type=\"{}\">{}</failure>\n",
+                               markup_escape(r.reason, markup_context::attribute), failure_type(r),
                                markup_escape(output_tail(r, settings)));
         out << "    </testcase>\n";
     }
     out << "  </testsuite>\n</testsuites>\n";
-    return bool(out);
+    std::string error;
+    return write_text_file(path, out.str(), error);
 }
 
 /* What the stage's child reported: its verdict and counts, null when it reported none. */
@@ -313,15 +402,16 @@ json_fields json_stage(const stage_run &s) {
 
 bool write_json(const std::string &path, const batch_settings &settings,
                 const std::vector<case_run> &runs, size_t found, double seconds) {
-    size_t passed = 0, warned = 0;
+    size_t passed = 0, warned = 0, interrupted = 0;
     std::vector<json_fields> cases;
     for (const case_run &r : runs) {
         passed += r.passed;
         warned += r.passed && r.warnings;
+        interrupted += r.interrupted;
         json_fields o;
         o.add("name", r.c->name)
             .add("path", r.c->path)
-            .add("result", r.passed ? "passed" : "failed");
+            .add("result", r.passed ? "passed" : failure_type(r));
         o.add("errors", r.errors).add("warnings", r.warnings).add("verdict", case_result(r));
         o.add("reason", r.reason).add("seconds", rounded(r.seconds));
         o.add("check", json_stage(r.stages[0])).add("replay", json_stage(r.stages[1]));
@@ -345,39 +435,58 @@ bool write_json(const std::string &path, const batch_settings &settings,
     o.add("summary", json_fields()
                          .add("cases", runs.size())
                          .add("passed", passed)
-                         .add("failed", runs.size() - passed)
+                         .add("failed", runs.size() - passed - interrupted)
+                         .add("interrupted", interrupted)
                          .add("passed_with_warnings", warned)
                          .add("seconds", rounded(seconds))
                          .add("result", ok ? "ok" : "failed")
                          .add("exit_status", ok ? exit_ok : exit_failed));
-    std::ofstream out(path);
-    out << o.serialize() << "\n";
-    return bool(out);
+    std::string error;
+    return write_text_file(path, o.serialize() + "\n", error);
 }
 
-/* Runs every case, at most jobs at a time, and prints a line for each as it finishes. */
+/* Runs every case, at most jobs at a time, and prints a line for each as it finishes; a case
+ * over its time limit is killed; a stop request or a closed output ends the children under way,
+ * which are reaped, and leaves the cases not finished marked interrupted. */
 class pool {
   public:
     pool(const batch_settings &settings, const stage_runner &run, std::vector<case_run> &runs,
-         std::FILE *out, size_t name_width)
-        : settings_(settings), run_(run), runs_(runs), out_(out), width_(name_width) {}
+         std::FILE *out, size_t name_width, const stop_requests &stop)
+        : settings_(settings), run_(run), runs_(runs), out_(out), width_(name_width), stop_(stop) {}
 
     void run(size_t jobs) {
         size_t next = 0;
-        while (next < runs_.size() || !active_.empty()) {
-            while (next < runs_.size() && active_.size() < jobs) {
+        while ((next < runs_.size() || !active_.empty()) && !stopping()) {
+            while (next < runs_.size() && active_.size() < jobs && !stopping()) {
                 runs_[next].start = clock_type::now();
                 start_stage(next++);
             }
-            if (!active_.empty()) wait_for_output();
+            if (!active_.empty() && !stopping()) wait_for_output();
+            kill_overdue();
+        }
+        if (!stopping()) return;
+        end_children();
+        for (case_run &r : runs_) {
+            if (r.stage >= 2) continue;
+            r.interrupted = true;
+            r.reason      = stop_reason();
         }
     }
 
+    bool output_closed() const { return output_closed_; }
+    std::string stop_reason() const {
+        const int signal = stop_.signal();
+        return signal ? fmt::format("interrupted by {}", signal == SIGINT ? "SIGINT" : "SIGTERM")
+                      : std::string("interrupted: the output was closed");
+    }
+
   private:
+    bool stopping() const { return stop_.signal() != 0 || output_closed_; }
+
     /* Starts the current stage of a case, or finishes the case when none is left. */
     void start_stage(size_t index) {
         case_run &r = runs_[index];
-        while (r.stage < 2) {
+        while (r.stage < 2 && !r.timed_out) {
             stage_run &s = r.stages[r.stage];
             if (spawn(run_, batch_stage(r.stage), *r.c, s)) {
                 active_.push_back(index);
@@ -385,7 +494,38 @@ class pool {
             }
             ++r.stage; /* recorded as not started */
         }
+        r.stage = 2;
         finish(r);
+    }
+
+    clock_type::time_point deadline(const case_run &r) const {
+        return r.start + std::chrono::seconds(settings_.timeout);
+    }
+
+    /* Milliseconds until the first case under way reaches its limit; -1 without a limit. */
+    int poll_timeout() const {
+        if (settings_.timeout <= 0) return -1;
+        long long first = -1;
+        for (size_t index : active_) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                  deadline(runs_[index]) - clock_type::now())
+                                  .count();
+            first = first < 0 ? std::max(0LL, (long long)left) : std::min(first, (long long)left);
+        }
+        return first < 0 ? -1 : int(std::min(std::max(first, 0LL) + 1, 60000LL));
+    }
+
+    /* The process of a case over its limit is killed; its output then ends and it is reaped as
+     * any other. */
+    void kill_overdue() {
+        if (settings_.timeout <= 0) return;
+        const clock_type::time_point now = clock_type::now();
+        for (size_t index : active_) {
+            case_run &r = runs_[index];
+            if (r.timed_out || now < deadline(r)) continue;
+            r.timed_out = true;
+            kill(r.stages[r.stage].pid, SIGKILL);
+        }
     }
 
     void wait_for_output() {
@@ -394,9 +534,10 @@ class pool {
             const case_run &r = runs_[index];
             fds.push_back({r.stages[r.stage].fd, POLLIN, 0});
         }
-        if (poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR) return;
+        fds.push_back({stop_.wake_fd(), POLLIN, 0});
+        if (poll(fds.data(), fds.size(), poll_timeout()) < 0 && errno != EINTR) return;
         std::vector<size_t> still;
-        for (size_t i = 0; i < fds.size(); ++i) {
+        for (size_t i = 0; i < active_.size(); ++i) {
             const size_t index = active_[i];
             if (fds[i].revents == 0 || read_some(runs_[index].stages[runs_[index].stage])) {
                 still.push_back(index);
@@ -409,6 +550,31 @@ class pool {
         active_ = still;
         for (size_t index : finished_stage_) start_stage(index);
         finished_stage_.clear();
+    }
+
+    /* SIGTERM to every child under way, SIGKILL to those still there after the grace; every
+     * one is reaped. What they wrote meanwhile is kept. */
+    void end_children() {
+        for (size_t index : active_) kill(runs_[index].stages[runs_[index].stage].pid, SIGTERM);
+        const clock_type::time_point killed_after = clock_type::now() + k_grace;
+        bool killed                               = false;
+        while (!active_.empty()) {
+            if (!killed && clock_type::now() >= killed_after) {
+                for (size_t index : active_)
+                    kill(runs_[index].stages[runs_[index].stage].pid, SIGKILL);
+                killed = true;
+            }
+            std::vector<pollfd> fds;
+            for (size_t index : active_)
+                fds.push_back({runs_[index].stages[runs_[index].stage].fd, POLLIN, 0});
+            if (poll(fds.data(), fds.size(), killed ? -1 : 100) < 0 && errno != EINTR) break;
+            std::vector<size_t> still;
+            for (size_t i = 0; i < active_.size(); ++i) {
+                stage_run &s = runs_[active_[i]].stages[runs_[active_[i]].stage];
+                if (fds[i].revents == 0 || read_some(s)) still.push_back(active_[i]);
+            }
+            active_ = still;
+        }
     }
 
     /* Reads what is there; false at the end of the output, once the process is reaped. */
@@ -437,15 +603,23 @@ class pool {
         count_case(r);
         std::string reasons;
         std::vector<std::string> named;
+        const int last_run = r.stages[1].wait_status != -1 ? 1 : 0;
         for (int i = 0; i < 2; ++i) {
+            if (r.timed_out && i == last_run) {
+                reasons += fmt::format("{}{}: timed out after {} s", reasons.empty() ? "" : "; ",
+                                       stage_name(batch_stage(i)), settings_.timeout);
+                break;
+            }
             const std::string reason = stage_reason(batch_stage(i), r.stages[i], r.c->path, named);
             if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
         }
         r.reason = reasons;
         r.passed = reasons.empty();
-        fmt::print(out_, "{:<6}  {:<{}}  {:7.2f} s{}\n", case_result(r), terminal_text(r.c->name),
-                   width_, r.seconds, r.passed ? "" : "  " + terminal_text(r.reason));
-        std::fflush(out_);
+        if (!output_closed_ &&
+            !emit(out_, fmt::format("{:<6}  {:<{}}  {:7.2f} s{}\n", case_result(r),
+                                    terminal_text(r.c->name), width_, r.seconds,
+                                    r.passed ? "" : "  " + terminal_text(r.reason))))
+            output_closed_ = true;
     }
 
     const batch_settings &settings_;
@@ -453,6 +627,8 @@ class pool {
     std::vector<case_run> &runs_;
     std::FILE *out_;
     size_t width_;
+    const stop_requests &stop_;
+    bool output_closed_ = false;
     std::vector<size_t> active_, finished_stage_;
 };
 
@@ -506,14 +682,24 @@ bool find_cases(const std::vector<std::string> &paths, std::vector<batch_case> &
             error = given + ": no such directory";
             return false;
         }
-        search(fs::path(given), fs::path(given), given, 0, cases);
+        std::vector<fs::path> route;
+        search(fs::path(given), fs::path(given), given, 0, route, cases);
     }
+    /* each case once by its real path, under its shortest name (the first in order of those) */
+    std::map<fs::path, batch_case> by_real;
+    for (const batch_case &c : cases) {
+        std::error_code failed;
+        const fs::path real    = fs::canonical(c.path, failed);
+        auto [it, fresh]       = by_real.emplace(failed ? fs::path(c.path) : real, c);
+        const batch_case &kept = it->second;
+        if (!fresh &&
+            std::make_pair(c.path.size(), c.path) < std::make_pair(kept.path.size(), kept.path))
+            it->second = c;
+    }
+    cases.clear();
+    for (const auto &[real, c] : by_real) cases.push_back(c);
     std::sort(cases.begin(), cases.end(),
               [](const batch_case &a, const batch_case &b) { return a.path < b.path; });
-    cases.erase(
-        std::unique(cases.begin(), cases.end(),
-                    [](const batch_case &a, const batch_case &b) { return a.path == b.path; }),
-        cases.end());
     return true;
 }
 
@@ -564,9 +750,11 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
                                   ? fmt::format(" (shard {}/{} of {} cases)", settings.shard_index,
                                                 settings.shard_count, found.size())
                                   : "";
-    fmt::print(out, "batch of {}{}, {} at a time\n\n",
-               cases.size() == 1 ? "1 case" : fmt::format("{} cases", cases.size()), shard, jobs);
-    std::fflush(out);
+    const stop_requests stop;
+    bool output_ok =
+        emit(out, fmt::format("batch of {}{}, {} at a time\n\n",
+                              cases.size() == 1 ? "1 case" : fmt::format("{} cases", cases.size()),
+                              shard, jobs));
 
     std::vector<case_run> runs(cases.size());
     size_t width = 4;
@@ -575,38 +763,57 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
         width     = std::min(k_name_column, std::max(width, cases[i].name.size()));
     }
     const clock_type::time_point start = clock_type::now();
-    pool(settings, run_stage, runs, out, width).run(jobs);
+    pool workers(settings, run_stage, runs, out, width, stop);
+    if (output_ok) workers.run(jobs);
+    output_ok            = output_ok && !workers.output_closed();
     const double seconds = std::chrono::duration<double>(clock_type::now() - start).count();
+    const bool stopped   = stop.signal() != 0 || !output_ok;
+    if (!output_ok)
+        for (case_run &r : runs)
+            if (r.stage < 2) r.interrupted = true, r.reason = workers.stop_reason();
 
-    size_t passed = 0, warned = 0;
+    size_t passed = 0, warned = 0, interrupted = 0;
     for (const case_run &r : runs) {
         passed += r.passed;
         warned += r.passed && r.warnings;
+        interrupted += r.interrupted;
     }
-    fmt::print(out, "\nsummary\n  cases       {} run{}, {} passed{}, {} failed\n", cases.size(),
-               shard, passed, warned ? fmt::format(" ({} with warnings)", warned) : "",
-               cases.size() - passed);
+    std::string text =
+        fmt::format("\nsummary\n  cases       {} run{}, {} passed{}, {} failed{}\n", cases.size(),
+                    shard, passed, warned ? fmt::format(" ({} with warnings)", warned) : "",
+                    cases.size() - passed - interrupted,
+                    interrupted ? fmt::format(", {} interrupted", interrupted) : "");
     for (const case_run &r : runs)
-        if (!r.passed)
-            fmt::print(out, "  failed      {}: {}\n", terminal_text(r.c->name),
-                       terminal_text(r.reason));
+        if (!r.passed && !r.interrupted)
+            text += fmt::format("  failed      {}: {}\n", terminal_text(r.c->name),
+                                terminal_text(r.reason));
     bool written = true;
     if (!settings.junit_file.empty()) {
         const bool ok = write_junit(settings.junit_file, settings, runs, seconds);
-        fmt::print(out, "  junit       {}{}\n", terminal_text(settings.junit_file),
-                   ok ? "" : ": cannot be written");
+        text += fmt::format("  junit       {}{}\n", terminal_text(settings.junit_file),
+                            ok ? "" : ": cannot be written");
+        if (!ok)
+            fmt::print(err, "isp-case batch: {}: cannot be written\n",
+                       terminal_text(settings.junit_file));
         written = written && ok;
     }
     if (!settings.json_file.empty()) {
         const bool ok = write_json(settings.json_file, settings, runs, found.size(), seconds);
-        fmt::print(out, "  json        {}{}\n", terminal_text(settings.json_file),
-                   ok ? "" : ": cannot be written");
+        text += fmt::format("  json        {}{}\n", terminal_text(settings.json_file),
+                            ok ? "" : ": cannot be written");
+        if (!ok)
+            fmt::print(err, "isp-case batch: {}: cannot be written\n",
+                       terminal_text(settings.json_file));
         written = written && ok;
     }
-    const bool ok = passed == cases.size() && written;
-    fmt::print(out, "  result      {}\n", ok ? "ok" : "FAILED");
-    std::fflush(out);
-    return ok ? exit_ok : exit_failed;
+    const bool ok = passed == cases.size() && written && !stopped;
+    text += fmt::format("  result      {}\n", ok ? "ok" : "FAILED");
+    if (output_ok) output_ok = emit(out, text);
+    if (stopped || !output_ok)
+        fmt::print(err, "isp-case batch: {}: {} of {} cases finished\n",
+                   !output_ok ? std::string("standard output closed") : workers.stop_reason(),
+                   cases.size() - interrupted, cases.size());
+    return ok && output_ok ? exit_ok : exit_failed;
 }
 
 }  // namespace isp_case

@@ -67,13 +67,17 @@ struct batch_settings {
     std::string junit_file, json_file;
     std::optional<int> frames;
     bool strict = false;
+    int timeout = 300; /* seconds a case may take, both stages; 0: no limit */
 };
 
 /* The processors this process may run on. */
 int available_processors();
 
 /* Runs the batch; returns the exit status: 0 when every case passed, 1 otherwise, 3 when a path
- * is not a directory or no case was found. */
+ * is not a directory or no case was found. A case over the time limit is killed and fails as
+ * timed out. SIGINT, SIGTERM or a closed output stop the batch: the children under way are
+ * ended and reaped, the reports are written with the cases not finished marked interrupted, and
+ * the status is 1. */
 int run_batch(const batch_settings &settings, const stage_runner &run_stage, std::FILE *out,
               std::FILE *err);
 

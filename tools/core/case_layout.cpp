@@ -45,11 +45,16 @@ case_contents discover(const std::string &case_path) {
     for (const std::string &name : entries(join_path(case_path, "cfgs"))) {
         std::smatch m;
         if (!std::regex_match(name, m, frame_name)) continue;
+        if (m[1].length() > 9 || name != "f" + std::to_string(std::stoi(m[1]))) {
+            if (is_directory(join_path(case_path, "cfgs/" + name))) found.misnamed.push_back(name);
+            continue;
+        }
         const int frame = std::stoi(m[1]);
         if (frame > found.frames && is_directory(frame_dir(case_path, frame)))
             found.unreached.push_back(frame);
     }
     std::sort(found.unreached.begin(), found.unreached.end());
+    std::sort(found.misnamed.begin(), found.misnamed.end());
 
     static const std::regex register_file("rtl_[a-z0-9_]+?_p([0-9]+)(_chn([0-9]+))?\\.json");
     for (const std::string &name : entries(frame_dir(case_path, 0))) {
@@ -115,7 +120,11 @@ std::vector<planned_file> plan_reads(const run_settings &settings) {
 
     // the partition index is 8 bits wide in the library and wraps after 255
     const int partitions = settings.part_h * settings.part_v;
-    const int loads      = 1 + settings.frames;
+    /* once the last frame directory is reached every load reads what the one before read, so
+     * a replay of a million frames reads no file that a few more than the case's frames do not */
+    int directories = 0;
+    while (is_directory(frame_dir(settings.case_path, directories))) ++directories;
+    const int loads = std::min(1 + settings.frames, directories + 2);
     for (const module_info *module : settings.modules) {
         if (file_kind_of(*module) == file_kind::pattern) {
             for (int p = 0; p < partitions; ++p)

@@ -12,11 +12,12 @@ namespace isp_case {
 
 /* What a case directory holds, found by looking at it. */
 struct case_contents {
-    int frames = 0;             /* consecutive frame directories cfgs/f0, cfgs/f1, ... */
-    std::vector<int> unreached; /* frame directories after the first gap: never read */
-    int partitions    = 0;      /* highest partition index of any file in f0, plus one */
-    int channels      = 0;      /* highest channel index of any file in f0, plus one */
-    int pattern_files = 0;      /* isp_nrlite_ptn_<p>.json in the case directory */
+    int frames = 0;                    /* consecutive frame directories cfgs/f0, cfgs/f1, ... */
+    std::vector<int> unreached;        /* frame directories after the first gap: never read */
+    std::vector<std::string> misnamed; /* "f01": a number the library never formats so */
+    int partitions    = 0;             /* highest partition index of any file in f0, plus one */
+    int channels      = 0;             /* highest channel index of any file in f0, plus one */
+    int pattern_files = 0;             /* isp_nrlite_ptn_<p>.json in the case directory */
 };
 
 case_contents discover(const std::string &case_path);

@@ -34,7 +34,7 @@ void export_block(const export_settings &settings, const std::string &block, std
             fmt::format("{}/{}_{}.json", settings.out_dir, block, c->group->name);
         const uint8_t partition = uint8_t(settings.partition);
         const converter_run run = run_converters(
-            {c}, probe.root.get<picojson::object>(), partition, capture,
+            {c}, probe.doc.root.get<picojson::object>(), partition, capture,
             [&](const converter_info &, void *structure) {
                 std::string error;
                 if (write_json_checked(target,
@@ -69,7 +69,8 @@ export_result export_case(const export_settings &settings) {
         result.no_frame = true;
         return result;
     }
-    const std::string problem = prepare_output_dir(settings.out_dir, existing_contents::keep);
+    std::string problem = case_place_problem(settings.out_dir, settings.case_path);
+    if (problem.empty()) problem = prepare_output_dir(settings.out_dir, existing_contents::keep);
     if (!problem.empty()) {
         result.refused = settings.out_dir + ": " + problem;
         return result;

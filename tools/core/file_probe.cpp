@@ -2,26 +2,17 @@
 #include "tools/core/file_probe.h"
 
 #include <errno.h>
+#include <fcntl.h>
+#include <unistd.h>
 #include <sys/stat.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace isp_case {
 namespace {
-
-const char *type_name(const picojson::value &value) {
-    if (value.is<picojson::null>()) return "null";
-    if (value.is<bool>()) return "a boolean";
-    if (value.is<double>()) return "a number";
-    if (value.is<std::string>()) return "a string";
-    if (value.is<picojson::array>()) return "an array";
-    return "an object";
-}
 
 bool starts_number(char c) {
     return c == '-' || (c >= '0' && c <= '9');
@@ -61,23 +52,62 @@ std::string locate_non_finite(const std::string &text) {
     return "";
 }
 
+const char *kind_of(mode_t mode) {
+    if (S_ISDIR(mode)) return "a directory";
+    if (S_ISFIFO(mode)) return "a FIFO";
+    if (S_ISCHR(mode)) return "a character device";
+    if (S_ISBLK(mode)) return "a block device";
+    if (S_ISSOCK(mode)) return "a socket";
+    return "not a regular file";
+}
+
+file_read read_regular_file(const std::string &path, long long limit, std::string &text) {
+    file_read result;
+    /* non-blocking: a FIFO without a writer would hold the open forever; the type is taken from
+     * what was opened, so a link that changes afterwards cannot lead elsewhere */
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) {
+        const int error = errno;
+        result.absent   = error == ENOENT || error == ENOTDIR;
+        result.problem  = result.absent ? "no such file" : std::strerror(error);
+        return result;
+    }
+    struct stat st;
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        result.problem = fstat(fd, &st) != 0 ? std::strerror(errno) : kind_of(st.st_mode);
+    } else if (st.st_size > limit) {
+        result.problem = std::to_string(st.st_size) + " bytes, more than the " +
+                         std::to_string(limit >> 20) + " MiB read of such a file";
+    } else {
+        /* the size when opened bounds the text, however the file grows meanwhile */
+        text.resize(size_t(st.st_size));
+        size_t got = 0;
+        while (got < text.size()) {
+            const ssize_t n = read(fd, &text[got], text.size() - got);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) break;
+            got += size_t(n);
+        }
+        text.resize(got);
+    }
+    close(fd);
+    return result;
+}
+
 probed_file read_text(const std::string &path, std::string &text) {
     probed_file probe;
-    struct stat st;
-    if (stat(path.c_str(), &st) != 0) {
-        const int error   = errno;
-        const bool absent = error == ENOENT || error == ENOTDIR;
-        probe.state       = absent ? file_state::missing : file_state::unreadable;
-        probe.detail      = absent ? "no such file" : std::strerror(error);
+    const file_read read = read_regular_file(path, max_register_file_bytes, text);
+    if (!read.problem.empty()) {
+        probe.state  = read.absent ? file_state::missing : file_state::unreadable;
+        probe.detail = read.problem;
         return probe;
     }
-    std::ifstream in(path, std::ios::in);
-    if (S_ISDIR(st.st_mode) || !in) {
-        probe.state  = file_state::unreadable;
-        probe.detail = S_ISDIR(st.st_mode) ? "a directory" : "cannot be opened for reading";
-        return probe;
+    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+        probe.state = file_state::byte_order_mark;
+        probe.detail =
+            "the file starts with a UTF-8 byte-order mark, which picojson does not "
+            "accept: the library aborts";
     }
-    text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
     return probe;
 }
 
@@ -85,22 +115,21 @@ probed_file probe_file(const std::string &path) {
     std::string text;
     probed_file probe = read_text(path, text);
     if (probe.state != file_state::ok) return probe;
-    std::string error;
     try {
-        picojson::parse(probe.root, text.begin(), text.end(), &error);
+        probe.doc = parse_located(text);
     } catch (const std::overflow_error &) {
         probe.state  = file_state::non_finite;
         probe.detail = locate_non_finite(text);
         return probe;
     }
-    if (!error.empty()) {
+    if (!probe.doc.error.empty()) {
         probe.state  = file_state::syntax;
-        probe.detail = error;
+        probe.detail = probe.doc.error;
         return probe;
     }
-    if (!probe.root.is<picojson::object>()) {
+    if (!probe.doc.root.is<picojson::object>()) {
         probe.state  = file_state::not_object;
-        probe.detail = std::string("the root is ") + type_name(probe.root);
+        probe.detail = "the root is " + describe_value(probe.doc.root, probe.doc.where);
     }
     return probe;
 }
@@ -113,6 +142,8 @@ std::string describe(const probed_file &probe) {
             return "missing file";
         case file_state::unreadable:
             return "cannot read the file: " + probe.detail;
+        case file_state::byte_order_mark:
+            return probe.detail;
         case file_state::syntax:
             return "JSON does not parse: " + probe.detail;
         case file_state::non_finite:

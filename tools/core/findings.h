@@ -33,11 +33,14 @@ inline const char *severity_name(severity level) {
     X(channels, "channels")         /* a channel count the channelled modules reject or ignore */ \
     X(module_order, "module-order") /* modules sharing a wrapper in an order that breaks it */    \
     X(missing_file, "missing-file")                                                               \
+    X(path_too_long, "path-too-long") /* the library would cut the file's path */                 \
     X(unreadable_file, "unreadable-file")                                                         \
     X(byte_order_mark, "byte-order-mark")                                                         \
     X(syntax, "syntax")                                                                           \
     X(non_finite, "number-out-of-range") /* picojson raises overflow_error while parsing */       \
     X(not_object, "root-not-object")                                                              \
+    X(trailing_content,                                                                           \
+      "trailing-content") /* text after the root value, which picojson ignores */                 \
     X(duplicate_key, "duplicate-key")                                                             \
     X(unknown_key, "unknown-key")                                                                 \
     X(missing_field, "missing-field")                                                             \
@@ -47,6 +50,7 @@ inline const char *severity_name(severity level) {
     X(wrapped, "wrapped")                                                                         \
     X(truncated, "truncated")                                                                     \
     X(saturated, "saturated")                                                                     \
+    X(underflow, "underflow") /* a number written non-zero that reads as 0 */                     \
     X(partitions_disagree, "partitions-disagree")                                                 \
     /* a converter printed "read json_obj failed: ...": in the lint, one the rows do not          \
        explain; in a replay, every such line */                                                   \

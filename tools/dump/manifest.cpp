@@ -2,8 +2,8 @@
 #include "tools/dump/manifest.h"
 
 #include <cstdio>
-#include <fstream>
-#include <sstream>
+
+#include "tools/core/file_probe.h"
 
 namespace isp_case {
 namespace {
@@ -32,7 +32,9 @@ value step_json(const step_id &step) {
     return value(o);
 }
 
-value push_json(const manifest_push &p) {
+}  // namespace
+
+picojson::value push_json(const manifest_push &p) {
     picojson::object o;
     o["step"]     = step_json(p.id);
     o["step_dir"] = value(p.step);
@@ -60,8 +62,6 @@ value push_json(const manifest_push &p) {
     o["files"]       = value(files);
     return value(o);
 }
-
-}  // namespace
 
 picojson::value manifest_json(const manifest &m) {
     picojson::object o;
@@ -91,15 +91,11 @@ picojson::value manifest_json(const manifest &m) {
 }
 
 bool read_file_bytes(const std::string &path, std::string &out, std::string &error) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        error = path + ": cannot be read";
-        return false;
-    }
-    std::stringstream text;
-    text << in.rdbuf();
-    out = text.str();
-    return true;
+    /* a dump's files: a manifest of many thousand frames is large, a FIFO never read */
+    const file_read read = read_regular_file(path, 1LL << 32, out);
+    if (read.problem.empty()) return true;
+    error = path + ": cannot be read" + (read.absent ? "" : ": " + read.problem);
+    return false;
 }
 
 bool read_json_file(const std::string &path, picojson::value &out, std::string &error) {

@@ -61,6 +61,8 @@ struct manifest {
 };
 
 picojson::value manifest_json(const manifest &m);
+/* One entry of the manifest's "pushes". */
+picojson::value push_json(const manifest_push &p);
 
 /* A file's bytes, and a file's JSON value: false with "<path>: cannot be read" or "<path>: not
  * JSON: <reason>" in error. */

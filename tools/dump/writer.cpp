@@ -2,6 +2,7 @@
 #include "tools/dump/writer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
@@ -102,6 +103,11 @@ dump_writer::dump_writer(const std::string &dir, const replay_settings &settings
     manifest_.pointer_bytes = sizeof(void *);
     for (const module_info *m : settings.run.modules) manifest_.modules.push_back(m->name);
     for (const module_info *m : settings.bypass) manifest_.bypass.push_back(m->name);
+    pushes_ = std::tmpfile();
+}
+
+dump_writer::~dump_writer() {
+    if (pushes_) std::fclose(pushes_);
 }
 
 void dump_writer::write_step(const replay_step &step) {
@@ -116,16 +122,40 @@ void dump_writer::write_step(const replay_step &step) {
         }
 }
 
+/* The manifest laid out as laid_out() would, its pushes (one line each at the second level)
+ * copied in from the file they were kept in, without holding them all at once. */
 bool dump_writer::finish(const run_record &record, const verdict &judged) {
     manifest_.judged              = true;
     manifest_.run                 = judged;
     manifest_.findings            = record.findings().kept();
     manifest_.findings_not_listed = record.findings().not_kept();
     const std::string path        = dir_ + "/manifest.json";
-    std::string error;
-    if (write_text_file(path, laid_out(manifest_json(manifest_)), error)) return true;
-    summary_.problems.push_back(path + ": " + error);
-    return false;
+    const std::string text        = laid_out(manifest_json(manifest_));
+    const std::string none        = "\"pushes\": []";
+    const size_t at               = text.find(none);
+    errno                         = 0;
+    std::FILE *out                = std::fopen(path.c_str(), "wb");
+    bool ok = out && pushes_ && at != std::string::npos && std::fflush(pushes_) == 0;
+    if (ok) {
+        const bool any = summary_.pushes > 0;
+        std::fwrite(text.data(), 1, at, out);
+        std::fputs(any ? "\"pushes\": [\n    " : "\"pushes\": [", out);
+        std::rewind(pushes_);
+        char buffer[1 << 16];
+        for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pushes_)) > 0;)
+            std::fwrite(buffer, 1, n, out);
+        std::fputs(any ? "\n  ]" : "]", out);
+        std::fwrite(text.data() + at + none.size(), 1, text.size() - at - none.size(), out);
+        ok = !std::ferror(pushes_) && !std::ferror(out);
+    }
+    const int reason = errno;
+    if (out && std::fclose(out) != 0) ok = false;
+    if (!ok)
+        summary_.problems.push_back(path + ": cannot be written: " +
+                                    std::strerror(reason  ? reason
+                                                  : errno ? errno
+                                                          : EIO));
+    return ok;
 }
 
 void dump_writer::write_push(const step_id &step, const module_step &m, const op_outcome &op,
@@ -175,7 +205,9 @@ void dump_writer::write_push(const step_id &step, const module_step &m, const op
                 cmodel(fmt::format("{}.p{}.cmodel.json", base, p), push, static_cast<uint8_t>(p),
                        entry);
     }
-    manifest_.pushes.push_back(std::move(entry));
+    if (pushes_)
+        std::fprintf(pushes_, "%s%s", summary_.pushes > 1 ? ",\n    " : "",
+                     push_json(entry).serialize().c_str());
 }
 
 void dump_writer::raw(const std::string &relative, const std::vector<uint8_t> &bytes) {

@@ -3,6 +3,7 @@
 #ifndef ISP_CASE_DUMP_H
 #define ISP_CASE_DUMP_H
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,9 @@ struct dump_summary {
 class dump_writer {
   public:
     dump_writer(const std::string &dir, const replay_settings &settings);
+    ~dump_writer();
+    dump_writer(const dump_writer &)            = delete;
+    dump_writer &operator=(const dump_writer &) = delete;
 
     /* The pushes of one step. */
     void write_step(const replay_step &step);
@@ -50,7 +54,9 @@ class dump_writer {
 
     std::string dir_;
     int partitions_;
-    manifest manifest_;
+    manifest manifest_;           /* without its pushes, which go to pushes_ as they come */
+    std::FILE *pushes_ = nullptr; /* one line of JSON per push: a long replay's manifest stays on
+                                     disk, not in memory */
     dump_summary summary_;
 };
 

@@ -59,13 +59,20 @@ command_runner add_batch_command(CLI::App &app) {
         ->type_name("K/N")
         ->check(shard_check);
     cmd.add_option("--junit", b.junit_file, "Write JUnit XML: one testcase per case")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(non_empty_path());
     cmd.add_option("--json", b.json_file, "Write the results as one JSON document")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(non_empty_path());
     cmd.add_option("--frames", options->frames, "Frames each replay runs (default: the case's)")
         ->type_name("N")
         ->check(CLI::Range(0, 1000000));
     cmd.add_flag("--strict", b.strict, "Warnings fail a case too");
+    cmd.add_option("--timeout", b.timeout,
+                   "Seconds a case may take before it is killed and fails as timed out; 0: no "
+                   "limit (default: 300)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0, 86400));
     return [options] {
         batch_settings &b = options->batch;
         b.frames          = options->frames;

@@ -37,6 +37,12 @@ CLI::Validator name_check(const std::vector<std::string> &names, const std::stri
         "");
 }
 
+CLI::Validator non_empty_path() {
+    return CLI::Validator(
+        [](std::string &text) { return text.empty() ? std::string("empty path") : std::string(); },
+        "");
+}
+
 CLI::Validator module_name_check() {
     std::vector<std::string> names;
     for (const module_info *m : pipeline_order()) names.push_back(m->name);
@@ -53,7 +59,9 @@ CLI::Option *add_format_option(CLI::App &command, std::string &format, const std
 
 CLI::Option *add_out_option(CLI::App &command, std::string &path, const std::string &what,
                             const std::string &type_name) {
-    return command.add_option("-o,--out", path, what)->type_name(type_name);
+    return command.add_option("-o,--out", path, what)
+        ->type_name(type_name)
+        ->check(non_empty_path());
 }
 
 case_options case_flags::options() const {

@@ -45,6 +45,9 @@ CLI::Validator name_check(const std::vector<std::string> &names, const std::stri
 /* Accepts a finite tolerance, zero or more (diff, report --against). */
 CLI::Validator tolerance_check();
 
+/* Refuses an empty path: "--dump ''" is a mistake, not "no dump". */
+CLI::Validator non_empty_path();
+
 CLI::Validator module_name_check();
 
 /* The options every command spells the same way: --format text|json for how it writes to

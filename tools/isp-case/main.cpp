@@ -1,15 +1,20 @@
 /* isp-case: the replay, check and export of register-file cases on a workstation, with the
  * library and the simulated platform, the comparison of two dumps, and batches of cases for CI.
  * Each subcommand lives in a file of its own beside this one. */
+#include <cstdio>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include "tools/isp-case/commands.h"
+#include "tools/output/files.h"
 
 using namespace isp_case;
 
 int main(int argc, char **argv) {
+    reserve_standard_streams();
     CLI::App app(
         "Replays, checks and exports the register-file cases of the ISP JSON modules with the "
         "library and a simulated platform.",
@@ -28,7 +33,22 @@ int main(int argc, char **argv) {
     }
     /* every subcommand, in the order they were added, whether parsed or not */
     const std::vector<CLI::App *> commands = app.get_subcommands([](CLI::App *) { return true; });
-    for (size_t i = 0; i < runners.size(); ++i)
-        if (commands[i]->parsed()) return runners[i]();
+    for (size_t i = 0; i < runners.size(); ++i) {
+        if (!commands[i]->parsed()) continue;
+        /* a failed write to standard output is one line and status 1, never an abort */
+        std::string failure;
+        int status = exit_failed;
+        try {
+            status = runners[i]();
+        } catch (const std::system_error &e) {
+            if (!std::ferror(stdout)) throw; /* not a write of standard output */
+            failure = e.code().message();
+        }
+        if (failure.empty()) failure = finish_standard_output();
+        if (failure.empty()) return status;
+        fmt::print(stderr, "isp-case {}: cannot write the standard output: {}\n",
+                   commands[i]->get_name(), failure);
+        return exit_failed;
+    }
     return exit_usage;
 }

@@ -32,6 +32,13 @@ int run_replay_command(const case_options &options, const replay_flags &flags,
     if (!settings_or_report(options, "replay", settings.run, contents, report)) return exit_no_case;
     for (const std::string &name : flags.bypass) settings.bypass.push_back(find_module(name));
 
+    if (!flags.dump_dir.empty()) {
+        const std::string problem = case_place_problem(flags.dump_dir, settings.run.case_path);
+        if (!problem.empty()) {
+            fmt::print(stderr, "isp-case replay: {}: {}\n", flags.dump_dir, problem);
+            return exit_failed;
+        }
+    }
     /* the pre-flight: the check's own lint, so that check and replay never disagree */
     const lint_result lint = lint_case(settings.run, contents);
     std::vector<finding> blockers;
@@ -117,7 +124,8 @@ command_runner add_replay_command(CLI::App &app) {
     cmd.add_option("--dump", f.dump_dir,
                    "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
                    "into this directory (new or empty), step by step as the replay runs")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(non_empty_path());
     cmd.add_flag("--force", f.force, "Empty a dump directory that is not empty first");
     const CLI::Validator level_check(
         [](std::string &text) {

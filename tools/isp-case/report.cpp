@@ -19,7 +19,8 @@ command_runner add_report_command(CLI::App &app) {
         ->required()
         ->type_name("DIR");
     cmd.add_option("--against", r.against_dir, "Another dump to compare with, side by side")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(non_empty_path());
     add_out_option(cmd, r.out_file, "Page to write (default: report.html)", "FILE");
     cmd.add_option("--frame", r.frame,
                    "The step shown beside setup: frame N, the cycle that read cfgs/fN (0: setup "

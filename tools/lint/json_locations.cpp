@@ -2,6 +2,7 @@
 #include "tools/lint/json_locations.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace isp_case {
 namespace {
@@ -14,6 +15,7 @@ struct parse_state {
     std::vector<size_t> line_starts;
     std::vector<std::string> path;
     std::vector<repeated_key> &repeated;
+    size_t too_deep = std::string::npos; /* where the nesting passed picojson's limit */
 
     parse_state(const std::string &t, std::vector<repeated_key> &r) : text(t), repeated(r) {
         line_starts.push_back(0);
@@ -82,7 +84,7 @@ class located_context {
         return picojson::_parse_string(out_->get<std::string>(), in);
     }
     bool parse_array_start() {
-        if (depths_ == 0) return false;
+        if (depths_ == 0) return too_deep();
         --depths_;
         *out_ = picojson::value(picojson::array_type, false);
         where_->items.clear();
@@ -102,7 +104,7 @@ class located_context {
         return true;
     }
     bool parse_object_start() {
-        if (depths_ == 0) return false;
+        if (depths_ == 0) return too_deep();
         *out_ = picojson::value(picojson::object_type, false);
         where_->members.clear();
         return true;
@@ -139,10 +141,18 @@ class located_context {
     }
 
   private:
+    /* the opening bracket has just been read */
+    bool too_deep() {
+        if (state_.too_deep == std::string::npos && in_)
+            state_.too_deep = size_t(in_->cur() - state_.text.begin()) - 1;
+        return false;
+    }
+
     bool parse_child(picojson::input<text_iter> &in, picojson::value *out, located_value *where) {
         const size_t begin = state_.skip_blanks(size_t(in.cur() - state_.text.begin()));
         where->at          = state_.place(begin);
         located_context child(out, where, state_, depths_);
+        child.in_ = &in;
         if (!picojson::_parse(child, in)) return false;
         where->text = state_.scalar_text(begin, size_t(in.cur() - state_.text.begin()));
         return true;
@@ -152,7 +162,54 @@ class located_context {
     located_value *where_;
     parse_state &state_;
     size_t depths_;
+    const picojson::input<text_iter> *in_ = nullptr; /* none for the root */
 };
+
+/* At most a few bytes of text, bytes outside printable ASCII written as \xNN. */
+std::string excerpt(const std::string &bytes) {
+    const size_t shown = 16;
+    std::string out;
+    for (size_t i = 0; i < bytes.size() && i < shown; ++i) {
+        const unsigned char c = static_cast<unsigned char>(bytes[i]);
+        if (c >= 0x20 && c < 0x7f && c != '\\') {
+            out += char(c);
+        } else {
+            char hex[8];
+            std::snprintf(hex, sizeof hex, "\\x%02X", c);
+            out += hex;
+        }
+    }
+    return bytes.size() > shown ? out + "..." : out;
+}
+
+/* picojson's error ends with the rest of the line from where it stopped (control characters
+ * left out), however long; parsing stopped after that line, so its start is found by walking
+ * back over as many kept bytes. */
+std::string short_error(const std::string &error, const std::string &text, size_t stop,
+                        const parse_state &state) {
+    if (state.too_deep != std::string::npos) {
+        const json_place at = state.place(state.too_deep);
+        return "nesting deeper than picojson's limit of " +
+               std::to_string(picojson::DEFAULT_MAX_DEPTHS) + " levels at line " +
+               std::to_string(at.line) + " column " + std::to_string(at.column);
+    }
+    const std::string marker = " near: ";
+    const size_t at          = error.find(marker);
+    if (at == std::string::npos) return error;
+    const std::string rest = error.substr(at + marker.size());
+    size_t from            = std::min(stop, text.size());
+    if (from > 0 && text[from - 1] == '\n') --from;
+    for (size_t kept = 0; from > 0 && kept < rest.size();)
+        if (static_cast<unsigned char>(text[--from]) >= 0x20) ++kept;
+    /* parsing that stopped at the end of the text took no newline: picojson's line is right */
+    json_place place = state.place(from);
+    int line         = 0;
+    if (std::sscanf(error.c_str(), "syntax error at line %d", &line) == 1 && line != place.line &&
+        line > 0 && size_t(line) <= state.line_starts.size())
+        place = {line, int(std::min(stop, text.size()) - state.line_starts[size_t(line) - 1] + 1)};
+    return "syntax error at line " + std::to_string(place.line) + " column " +
+           std::to_string(place.column) + " near: " + excerpt(rest);
+}
 
 }  // namespace
 
@@ -163,7 +220,14 @@ located_document parse_located(const std::string &text) {
     doc.where.at       = state.place(begin);
     located_context context(&doc.root, &doc.where, state);
     const text_iter end = picojson::_parse(context, text.begin(), text.end(), &doc.error);
-    if (doc.error.empty()) doc.where.text = state.scalar_text(begin, size_t(end - text.begin()));
+    const size_t stop   = size_t(end - text.begin());
+    if (!doc.error.empty()) {
+        doc.error = short_error(doc.error, text, stop, state);
+        return doc;
+    }
+    doc.where.text     = state.scalar_text(begin, stop);
+    const size_t after = state.skip_blanks(stop);
+    if (after < text.size()) doc.trailing = state.place(after);
     return doc;
 }
 

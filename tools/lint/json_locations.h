@@ -37,11 +37,14 @@ struct located_document {
     picojson::value root; /* what picojson::parse gives for the same text */
     located_value where;
     std::vector<repeated_key> repeated;
-    std::string error; /* picojson's syntax error text; empty when the text parsed */
+    std::string error;   /* the syntax error, in one short line; empty when the text parsed */
+    json_place trailing; /* text after the root value, which picojson ignores; line 0: none */
 };
 
 /* Parses the first JSON value of text. Like picojson::parse it raises std::overflow_error for a
- * number too large for a double. */
+ * number too large for a double. A syntax error says where (line and column) with at most a
+ * few bytes of the text, escaped, rather than picojson's rest of the line; nesting past
+ * picojson's depth limit is named as such. */
 located_document parse_located(const std::string &text);
 
 /* "the string \"12\"", "null", "a boolean", "an object", "an array", "the number 5". */

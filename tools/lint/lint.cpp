@@ -128,6 +128,16 @@ verdict judge_field(double value, const field_row &row) {
 
 /* Raw numbers of curves and meshes are saturated into unsigned codes, stored into the member
  * and kept to the entry's width. */
+/* A number written with a non-zero digit before its exponent that reads as 0 ("1e-400"). */
+bool underflows(const std::string &written, double value) {
+    if (value != 0) return false;
+    for (char c : written) {
+        if (c == 'e' || c == 'E') break;
+        if (c >= '1' && c <= '9') return true;
+    }
+    return false;
+}
+
 verdict judge_entry(double value, const field_row &row) {
     verdict v;
     const format_info format = format_of(row.format);
@@ -415,6 +425,12 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
             frame_path + std::to_string(contents.frames),
             "missing frame directory: the frames after it are never read (" + never_read + ")"));
     }
+    for (const std::string &name : contents.misnamed)
+        out.push_back(make(severity::warning, finding_kind::frame_directory,
+                           join_path(settings.case_path, "cfgs/" + name),
+                           fmt::format("frame directory {} is never read: the library reads "
+                                       "frame directories named f0, f1, ... without leading zeros",
+                                       name)));
     if (contents.frames > 0 && settings.frames > contents.frames)
         out.push_back(make(
             severity::warning, finding_kind::frames, "",
@@ -432,9 +448,12 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
         out.push_back(
             make(severity::warning, finding_kind::grid, "",
                  fmt::format("grid {}x{} has {} partitions and the partition index is 8 bits wide: "
-                             "partitions 256 to {} read the files of p0 to p{} again",
+                             "partitions 256 to {} read the files of p0 to p{} again{}",
                              settings.part_h, settings.part_v, partitions, partitions - 1,
-                             partitions - 257)));
+                             std::min(partitions - 257, 255),
+                             partitions > 512
+                                 ? fmt::format(", up to {} times each", (partitions - 1) / 256)
+                                 : "")));
 
     if (!channelled.empty() && (settings.channels < 0 || settings.channels > max_channels))
         out.push_back(make(severity::error, finding_kind::channels, "",
@@ -477,8 +496,23 @@ void lint_settings(const run_settings &settings, const case_contents &contents,
     }
 }
 
-bool has_bom(const std::string &text) {
-    return text.size() >= 3 && text.compare(0, 3, "\xEF\xBB\xBF") == 0;
+finding_kind kind_of(file_state state) {
+    switch (state) {
+        case file_state::missing:
+            return finding_kind::missing_file;
+        case file_state::byte_order_mark:
+            return finding_kind::byte_order_mark;
+        case file_state::syntax:
+            return finding_kind::syntax;
+        case file_state::non_finite:
+            return finding_kind::non_finite;
+        case file_state::not_object:
+            return finding_kind::not_object;
+        case file_state::ok:
+        case file_state::unreadable:
+            break;
+    }
+    return finding_kind::unreadable_file;
 }
 
 /* The values a load's partitions gave one member, by partition. */
@@ -493,49 +527,45 @@ class case_lint {
     case_lint(const run_settings &settings, lint_result &result)
         : settings_(settings), result_(result) {}
 
-    void file(const planned_file &planned) {
+    void read(const planned_file &planned) {
         const std::string path    = join_path(settings_.case_path, planned.relative);
         const std::string readers = names_of(planned.readers);
         ++result_.files_read;
-        std::string text;
-        const probed_file probe = read_text(path, text);
-        if (probe.state != file_state::ok) {
-            const bool missing = probe.state == file_state::missing;
-            push(make(severity::error,
-                      missing ? finding_kind::missing_file : finding_kind::unreadable_file, path,
-                      describe(probe)),
+        if (path.size() > max_library_path) {
+            push(make(severity::error, finding_kind::path_too_long, path,
+                      fmt::format("the path has {} characters and the library cuts every path "
+                                  "at {}: it would not find the file",
+                                  path.size(), max_library_path)),
                  readers);
             return;
         }
-        if (has_bom(text)) {
-            finding f = make(severity::error, finding_kind::byte_order_mark, path,
-                             "the file starts with a UTF-8 byte-order mark, which picojson does "
-                             "not accept: the library aborts");
-            f.line = f.column = 1;
-            push(f, readers);
-            return;
-        }
-        located_document doc;
-        try {
-            doc = parse_located(text);
-        } catch (const std::overflow_error &) {
-            push(make(severity::error, finding_kind::non_finite, path,
-                      "number out of range (picojson raises overflow_error): " +
-                          locate_non_finite(text)),
-                 readers);
-            return;
-        }
-        if (!doc.error.empty()) {
-            push(make(severity::error, finding_kind::syntax, path,
-                      "JSON does not parse: " + doc.error),
-                 readers);
-            return;
+        const probed_file probe     = probe_file(path);
+        const located_document &doc = probe.doc;
+        switch (probe.state) {
+            case file_state::ok:
+            case file_state::not_object: /* its repeated keys first, then where it starts */
+                break;
+            case file_state::missing:
+            case file_state::unreadable:
+            case file_state::byte_order_mark:
+            case file_state::syntax:
+            case file_state::non_finite: {
+                finding f = make(severity::error, kind_of(probe.state), path, describe(probe));
+                if (probe.state == file_state::byte_order_mark) f.line = f.column = 1;
+                push(f, readers);
+                return;
+            }
         }
         repeated(path, doc, readers);
+        if (doc.trailing.line > 0) {
+            finding f = make(severity::warning, finding_kind::trailing_content, path,
+                             "content after the root value: picojson reads the first value and "
+                             "the library ignores the rest without a word");
+            place(f, doc.trailing);
+            push(f, readers);
+        }
         if (!doc.root.is<picojson::object>()) {
-            finding f =
-                make(severity::error, finding_kind::not_object, path,
-                     "root is not an object: the root is " + describe_value(doc.root, doc.where));
+            finding f = make(severity::error, finding_kind::not_object, path, describe(probe));
             place(f, doc.where.at);
             push(f, readers);
             return;
@@ -555,17 +585,47 @@ class case_lint {
             };
             for (finding &f : lint_rows(*map, doc, path, run_by, &singles, &unreadable, &raising))
                 result_.findings.push_back(std::move(f));
-            remember(planned, path, first.block, singles);
+            remember(planned, path, singles);
         }
         converters(planned, path, doc.root.get<picojson::object>(), unreadable, raising);
     }
 
-    /* Members that are not per partition, compared over each load's partitions. */
+    /* The files each load reads, so that a load is judged and dropped once its last file is
+     * read: the lint holds the values of the loads under way, not of every frame. */
+    void expect(const std::vector<planned_file> &plan) {
+        for (const planned_file &planned : plan) ++files_left_[load_key(planned)];
+    }
+
+    void file(const planned_file &planned) {
+        read(planned);
+        const std::string key = load_key(planned);
+        if (--files_left_[key] > 0) return;
+        files_left_.erase(key);
+        const auto it = loads_.find(key);
+        if (it == loads_.end()) return;
+        disagreements(it->second, judged_[key]);
+        loads_.erase(it);
+    }
+
+    /* The loads' disagreements, in the order of their keys as they always were listed. */
     void disagreements() {
+        for (const auto &[key, values] : loads_) disagreements(values, judged_[key]);
+        for (auto &[key, found] : judged_)
+            for (finding &f : found) result_.findings.push_back(std::move(f));
+    }
+
+  private:
+    static std::string load_key(const planned_file &planned) {
+        return fmt::format("{} f{} c{}", planned.readers.front()->block, planned.frame,
+                           planned.channel);
+    }
+
+    /* Members that are not per partition, compared over a load's partitions. */
+    void disagreements(const load_values &values, std::vector<finding> &out) const {
         const int partitions = settings_.part_h * settings_.part_v;
         if (partitions < 2) return;
         const int last = (partitions - 1) % 256;
-        for (const auto &[load, values] : loads_) {
+        {
             for (const auto &[member, by_partition] : values.members) {
                 bool differ = false;
                 for (const auto &[p, v] : by_partition)
@@ -593,12 +653,11 @@ class case_lint {
                 f.format   = shown.format;
                 f.hardware = shown.codes.size() == 1 ? std::to_string(shown.codes.front()) : "";
                 split_label(shown.label, f);
-                result_.findings.push_back(f);
+                out.push_back(f);
             }
         }
     }
 
-  private:
     void push(finding f, const std::string &modules) {
         f.module = modules;
         result_.findings.push_back(std::move(f));
@@ -626,10 +685,9 @@ class case_lint {
         return text.empty() ? "a container" : text;
     }
 
-    void remember(const planned_file &planned, const std::string &path, const char *block,
+    void remember(const planned_file &planned, const std::string &path,
                   const single_values &singles) {
-        const std::string load = fmt::format("{} f{} c{}", block, planned.frame, planned.channel);
-        load_values &values    = loads_[load];
+        load_values &values             = loads_[load_key(planned)];
         values.files[planned.partition] = path;
         for (const auto &[member, value] : singles)
             values.members[member].push_back({planned.partition, value});
@@ -673,7 +731,9 @@ class case_lint {
 
     const run_settings &settings_;
     lint_result &result_;
-    std::map<std::string, load_values> loads_;
+    std::map<std::string, load_values> loads_; /* the loads under way */
+    std::map<std::string, size_t> files_left_;
+    std::map<std::string, std::vector<finding>> judged_; /* by load, listed at the end */
     stderr_stream capture_; /* what the converters write, for the whole lint */
 };
 
@@ -714,8 +774,10 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
             const bool per_partition = read.element == per_partition_element;
             single_value single{read.label, at.where->text, f.format, modules, at.at, {}};
             if (!table) {
-                const verdict v = judge_field(at.value->get<double>(), row);
-                single.codes    = {v.hardware};
+                verdict v = judge_field(at.value->get<double>(), row);
+                if (underflows(at.where->text, at.value->get<double>()))
+                    v.add(finding_kind::underflow, "too small for a double, it reads as 0");
+                single.codes = {v.hardware};
                 if (!per_partition && singles)
                     (*singles)[fmt::format("{}/{}[{}]", row.group, row.member.name, read.element)] =
                         single;
@@ -752,7 +814,9 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
                     single.codes.clear();
                     break;
                 }
-                const verdict v = judge_entry(entries[k].get<double>(), row);
+                verdict v = judge_entry(entries[k].get<double>(), row);
+                if (underflows(at.where->items[k].text, entries[k].get<double>()))
+                    v.add(finding_kind::underflow, "too small for a double, it reads as 0");
                 single.codes.push_back(v.hardware);
                 if (v.kinds.empty() || faults++ > 0) continue;
                 first       = f;
@@ -783,6 +847,7 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
 bool stops_library(const finding &f) {
     switch (f.kind) {
         case finding_kind::missing_file:
+        case finding_kind::path_too_long:
         case finding_kind::unreadable_file:
         case finding_kind::byte_order_mark:
         case finding_kind::syntax:
@@ -797,7 +862,9 @@ lint_result lint_case(const run_settings &settings, const case_contents &content
     lint_result result;
     lint_settings(settings, contents, result.findings);
     case_lint lint(settings, result);
-    for (const planned_file &file : plan_reads(settings)) {
+    const std::vector<planned_file> plan = plan_reads(settings);
+    lint.expect(plan);
+    for (const planned_file &file : plan) {
         const size_t first = result.findings.size();
         lint.file(file);
         /* in the order of the file's lines, the findings without a line last */
