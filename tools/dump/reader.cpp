@@ -295,6 +295,9 @@ dump_member member_of(const value &m) {
     v.scalar = holder.contains("code");
     v.codes  = numbers(field(holder, v.scalar ? "code" : "codes"));
     v.values = numbers(field(holder, v.scalar ? "value" : "values"));
+    if (field(m, "registers").is<picojson::array>())
+        for (const value &e : field(m, "registers").get<picojson::array>())
+            v.locations.push_back(text_of(e));
     return v;
 }
 
