@@ -1071,11 +1071,14 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
 
     EXPECT_EQ(of_all(elements, "section", "id"),
               (lines_t{"verdict", "summary", "changes", "pushes", "step-setup", "step-frame1"}));
-    // what changed: the curve alone, in each of the three steps; sRGB at 0.5 is 187.5 in u8.4
-    EXPECT_EQ(of_all(elements, "tr", "", "gamma lut#3"),
-              (lines_t{"setup (f0)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
-                       "frame 1 (f1)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
-                       "frame 2 (f1 again)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
+    // what changed: the curve alone, in each of the three steps; sRGB at 0.5 is 187.5 in u8.4;
+    // point 2k comes from the "low" field of element k
+    const std::string change =
+        "gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4) from "
+        "isp_gamma.grp0[32].gam_lut.low";
+    EXPECT_EQ(
+        of_all(elements, "tr", "", "gamma lut#3"),
+        (lines_t{"setup (f0)" + change, "frame 1 (f1)" + change, "frame 2 (f1 again)" + change}));
     // B's two points, code and real value, highlighted in the member tables of setup and frame 1
     EXPECT_EQ(of_all(elements, "mark"), lines_t(8, "0"));
     // the curve drawn twice, once per run, with a legend naming each

@@ -287,8 +287,11 @@ std::string change_text(const change_row &r) {
         default:
             break;
     }
-    return fmt::format("[{}] {} &#8594; {} ({})", d.index < 0 ? 0 : d.index, element_text(d.in_a),
-                       element_text(d.in_b), markup_escape(r.format.empty() ? "code" : r.format));
+    /* the register that fills this element, which need not be the member's first */
+    const std::string &from = d.in_a.location.empty() ? d.in_b.location : d.in_a.location;
+    return fmt::format("[{}] {} &#8594; {} ({}){}", d.index < 0 ? 0 : d.index, element_text(d.in_a),
+                       element_text(d.in_b), markup_escape(r.format.empty() ? "code" : r.format),
+                       from.empty() ? "" : " from " + markup_escape(from));
 }
 
 void changes(std::string &out, const dump &a, const dump &b, const page_changes &c) {
