@@ -96,24 +96,28 @@ std::string html(const std::string &text) {
 }
 
 /* How one format's codes become real values, said once per format of a block. */
-std::string decoding_words(const isp::fixed_format &fmt_, const char *text) {
-    const int bits = (fmt_.is_signed ? 1 : 0) + fmt_.integer_bits + fmt_.fraction_bits;
+std::string decoding_words(const isp::fixed_format &format, const char *text) {
+    const int bits = (format.is_signed ? 1 : 0) + format.integer_bits + format.fraction_bits;
+    const int f    = format.fraction_bits;
     std::string words =
-        fmt::format("<code>{}</code>: {} bits, ", html(text), bits) +
-        (fmt_.is_signed ? fmt::format("a sign bit (bit {}) above {} integer and {} fraction bits. "
-                                      "A code with the sign bit set is negative: value = "
-                                      "&minus;((2<sup>{}</sup> &minus; code) mod 2<sup>{}</sup>)"
-                                      " / 2<sup>{}</sup>; the sign bit alone decodes as 0. ",
-                                      bits - 1, fmt_.integer_bits, fmt_.fraction_bits, bits,
-                                      bits - 1, fmt_.fraction_bits)
-                        : fmt::format("unsigned, {} integer and {} fraction bits. ",
-                                      fmt_.integer_bits, fmt_.fraction_bits));
-    words += fmt::format(
-        "Real value = code / 2<sup>{0}</sup>; the register file writes the integer before "
-        "encoding, so a real value v is written as v &times; 2<sup>{0}</sup>, truncated toward "
-        "zero.",
-        fmt_.fraction_bits);
-    return words;
+        fmt::format("<code>{}</code>: {} bit{}, ", html(text), bits, bits == 1 ? "" : "s");
+    if (format.is_signed)
+        words += fmt::format(
+            "a sign bit (bit {0}) above {1} integer and {2} fraction bits. A code below "
+            "2<sup>{0}</sup> is the value code / 2<sup>{2}</sup>; a code with the sign bit set "
+            "is negative, &minus;((2<sup>{3}</sup> &minus; code) mod 2<sup>{0}</sup>) / "
+            "2<sup>{2}</sup> (the sign bit alone decodes as 0). ",
+            bits - 1, format.integer_bits, f, bits);
+    else
+        words += fmt::format(
+            "unsigned, {} integer and {} fraction bits: the value is code / "
+            "2<sup>{}</sup>. ",
+            format.integer_bits, f, f);
+    return words + fmt::format(
+                       "The register file writes the integer before encoding: a real "
+                       "value v is written as v &times; 2<sup>{}</sup>, truncated toward "
+                       "zero{}.",
+                       f, format.is_signed ? ", a negative one as a negative integer" : "");
 }
 
 }  // namespace

@@ -209,10 +209,12 @@ std::vector<where_answer> where_element(const std::vector<regmap_field> &all,
         problem = fmt::format("{} has no member \"{}\"", type->type, name);
         return {};
     }
-    uint32_t element = idx.empty() ? 0 : idx[0], partition = 0;
+    uint32_t element   = idx.empty() ? 0 : idx[0];
+    int partition      = -1;
     const uint32_t row = partition_row(*m);
     if (m->per_partition || m->pointer) {
-        partition = element;
+        /* without indices, the element of the file's partition */
+        partition = idx.empty() ? -1 : int(idx[0]);
         element   = idx.size() > 1 ? idx[1] : 0;
         if (partition >= ISP_MAX_PARTITIONS || element >= row) element = UINT32_MAX;
     } else if (idx.size() == 2 && m->inner) {
@@ -326,8 +328,8 @@ std::vector<regmap_field> all_fields() {
     return all;
 }
 
-std::string element_for_partition(const regmap_field &f, uint32_t partition) {
-    return element_text(f, std::to_string(partition));
+std::string element_for_partition(const regmap_field &f, int partition) {
+    return element_text(f, partition < 0 ? "p" : std::to_string(partition));
 }
 
 std::vector<std::string> element_paths(const isp::block_map &map, const isp::struct_desc &type,
@@ -353,7 +355,7 @@ std::vector<where_answer> where(const std::vector<regmap_field> &all, const std:
     if (query.rfind("isp_", 0) == 0 && dot != std::string::npos) {
         std::vector<where_answer> answers;
         for (const regmap_field &f : all)
-            if (f.path == query) answers.push_back({&f, 0});
+            if (f.path == query) answers.push_back({&f, -1});
         if (answers.empty()) problem = fmt::format("no register row reads {}", query);
         return answers;
     }

@@ -60,8 +60,9 @@ std::vector<regmap_field> block_fields(const isp::block_map &map);
 std::vector<std::string> block_names();
 bool has_register_map(const isp::block_map &map);
 
-/* A field's element for partition p, as written in driver-element text (no module or group). */
-std::string element_for_partition(const regmap_field &f, uint32_t partition);
+/* A field's element for partition p (-1: "p", the file's), as written in driver-element text
+ * (no module or group). */
+std::string element_for_partition(const regmap_field &f, int partition);
 
 /* The register path that fills each element of a member (flattened index, all partitions);
  * empty strings for elements no row writes. */
@@ -71,7 +72,7 @@ std::vector<std::string> element_paths(const isp::block_map &map, const isp::str
 /* Answers of `where`. */
 struct where_answer {
     const regmap_field *field = nullptr;
-    uint32_t partition        = 0; /* the partition an element query named */
+    int partition             = -1; /* the partition an element query named; -1: the file's */
 };
 /* From a register path ("isp_clc.matrix_list[1].matrix_list0.val1") or a driver element
  * ("wbc.ctrl.wb_gain[3]", "cc.clc.matrix_list[0][7]", a block name for the module too) to the
