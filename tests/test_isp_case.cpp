@@ -753,6 +753,17 @@ TEST(IspCaseRegmap, TemplatesReadBackCleanAndTheMapNamesTheLastGammaPoint) {
                               "field yet"));
     const std::string last = gamma.out.substr(gamma.out.find("  isp_gamma.gam_lut_65.low "));
     EXPECT_NE(last.substr(0, last.find('\n')).find(" gam_lut[128] "), std::string::npos);
+    // scripts read the same fields; a module stands for its block
+    const tool_run json           = run_tool(dir, "regmap --format json wbc cc");
+    const picojson::object map    = isp_test::parse_object(json.out);
+    const picojson::array &blocks = map.at("blocks").get<picojson::array>();
+    ASSERT_EQ(blocks.size(), 2u);
+    EXPECT_EQ(blocks[0].get("fields").get<picojson::array>().size(), 9u);
+    EXPECT_EQ(blocks[1].get("top_key").to_str(), "isp_clc");
+    EXPECT_EQ(split_lines(run_tool(dir, "regmap --format csv wbc").out).size(), 10u);
+    const tool_run where = run_tool(dir, "where 'gamma.lut.gam_lut[129]'");
+    EXPECT_EQ(where.status, 1);
+    EXPECT_EQ(where.err, "isp-case where: no register row fills gamma.lut.gam_lut[129]\n");
     EXPECT_EQ(run_tool(dir, "regmap gama").status, 2);
     EXPECT_NE(run_tool(dir, "regmap gama").err.find("did you mean \"gamma\"?"), std::string::npos);
 }

@@ -212,6 +212,10 @@ std::string regmap_page(const std::vector<regmap_block> &blocks) {
         "carries, the driver structure element it lands in and the C-model key an exporter "
         "writes it under. <code>[p]</code> is the partition of the file.</p>\n",
         k_page_style);
+    page += "<nav>";
+    for (const regmap_block &b : blocks)
+        page += fmt::format("<a href=\"#{0}\">{0}</a> ", html(b.map->block));
+    page += "</nav>\n";
     for (const regmap_block &b : blocks) {
         page += fmt::format("<h2 id=\"{0}\">{0} <code>{1}</code></h2>\n", html(b.map->block),
                             html(b.map->top_key));
