@@ -757,6 +757,18 @@ std::string shape_text(const dump_member &m) {
     return s;
 }
 
+/* The member's register path; for a member whose elements come from rows of their own, the
+ * first element's and the last's. */
+std::string registers_text(const dump_member &m) {
+    if (m.location.empty()) return "no register row";
+    const std::vector<std::string> &all = m.locations;
+    if (all.size() < 2 ||
+        std::all_of(all.begin(), all.end(), [&](const std::string &l) { return l == all.front(); }))
+        return markup_escape(m.location);
+    return fmt::format("{} &#8230; {} (element by element)", markup_escape(all.front()),
+                       markup_escape(all.back()));
+}
+
 void member_tables(std::string &out, const std::vector<push_view> &shown, const pairing &pairs,
                    const step_id &step) {
     out +=
@@ -790,8 +802,7 @@ void member_tables(std::string &out, const std::vector<push_view> &shown, const 
                 "<tr{}><td>{}<br/><span class=\"t muted\">{}</span></td><td>{}<br/><span "
                 "class=\"t muted\">{}</span></td>",
                 marked.empty() ? "" : " class=\"diff\"", markup_escape(m.name), shape_text(m),
-                m.format.empty() ? "none" : markup_escape(m.format),
-                m.location.empty() ? "no register row" : markup_escape(m.location));
+                m.format.empty() ? "none" : markup_escape(m.format), registers_text(m));
             out += value_cell(m.codes, m, {}, 0) + value_cell(m.values, m, {}, 6);
             if (pairs.comparing()) {
                 if (n)
