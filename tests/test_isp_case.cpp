@@ -884,6 +884,50 @@ TEST(IspCaseSample, GeneratorReproducesTheCommittedCase) {
     EXPECT_TRUE(tree(generated) == expected);
 }
 
+/* A template holds every field the block's rows read, inside its range: check reads it with
+ * no missing or ignored key and no value the hardware would get changed. */
+TEST(IspCaseRegmap, TemplatesReadBackCleanAndTheMapNamesTheLastGammaPoint) {
+    temp_dir dir;
+    const std::string c = dir.path() + "/case";
+    fs::create_directories(c + "/cfgs/f0");
+    for (const char *made : {"clc --value min", "gamma --value max", "lsc --value max"}) {
+        const std::string block = std::string(made).substr(0, std::string(made).find(' '));
+        EXPECT_EQ(run_tool(dir, std::string("template ") + made + " -o " + c + "/cfgs/f0/rtl_" +
+                                    block + "_p0.json")
+                      .status,
+                  0)
+            << made;
+    }
+    const tool_run check = run_tool(dir, "check --format json --modules cc,gamma,lsc " + c);
+    EXPECT_EQ(check.status, 0) << check.out << check.err;
+    const picojson::object doc = isp_test::parse_object(check.out);
+    EXPECT_EQ(doc.at("files_read").to_str() + " " + doc.at("errors").to_str() + " " +
+                  doc.at("warnings").to_str(),
+              "3 0 0");
+
+    const tool_run gamma = run_tool(dir, "regmap gamma hdr");
+    EXPECT_EQ(gamma.status, 0);
+    EXPECT_EQ(count_lines_starting(gamma.out, "  isp_gamma."), 139u);
+    EXPECT_TRUE(contains_line(gamma.out,
+                              "hdr (isp_hdr): no register map: its converters read no "
+                              "field yet"));
+    const std::string last = gamma.out.substr(gamma.out.find("  isp_gamma.gam_lut_65.low "));
+    EXPECT_NE(last.substr(0, last.find('\n')).find(" gam_lut[128] "), std::string::npos);
+    // scripts read the same fields; a module stands for its block
+    const tool_run json           = run_tool(dir, "regmap --format json wbc cc");
+    const picojson::object map    = isp_test::parse_object(json.out);
+    const picojson::array &blocks = map.at("blocks").get<picojson::array>();
+    ASSERT_EQ(blocks.size(), 2u);
+    EXPECT_EQ(blocks[0].get("fields").get<picojson::array>().size(), 9u);
+    EXPECT_EQ(blocks[1].get("top_key").to_str(), "isp_clc");
+    EXPECT_EQ(split_lines(run_tool(dir, "regmap --format csv wbc").out).size(), 10u);
+    const tool_run where = run_tool(dir, "where 'gamma.lut.gam_lut[129]'");
+    EXPECT_EQ(where.status, 1);
+    EXPECT_EQ(where.err, "isp-case where: no register row fills gamma.lut.gam_lut[129]\n");
+    EXPECT_EQ(run_tool(dir, "regmap gama").status, 2);
+    EXPECT_NE(run_tool(dir, "regmap gama").err.find("did you mean \"gamma\"?"), std::string::npos);
+}
+
 /* The dump of a replay holds, push by push, the bytes the simulated wrapper copied (with the
  * host's pointers cleared) and every member decoded. */
 TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
@@ -934,12 +978,16 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
         {"frame2/wbc/cmd01_ctrl", "wb_gain",
          R"({"codes":[256,256,256,256],"count":4,"elem_size":2,"format":"u4.8","name":"wb_gain",)"
          R"("offset":4,"per_partition":false,"pointer":false,)"
-         R"("register":"isp_wbc.wb_gain0.val0","signed":false,"values":[1,1,1,1]})"},
+         R"("register":"isp_wbc.wb_gain0.val0","registers":["isp_wbc.wb_gain0.val0",)"
+         R"("isp_wbc.wb_gain0.val1","isp_wbc.wb_gain2.val2","isp_wbc.wb_gain2.val3"],)"
+         R"("signed":false,"values":[1,1,1,1]})"},
         // only the grid's four partitions of the 256 elements
         {"frame1/lsc/cmd01_setup", "img_size_h",
          R"({"codes":[960,960,960,960],"count":256,"elem_size":2,"format":"u14",)"
          R"("name":"img_size_h","offset":522,"per_partition":true,"pointer":false,)"
-         R"("register":"isp_lsc.img_size.h","signed":false,"values":[960,960,960,960]})"},
+         R"("register":"isp_lsc.img_size.h","registers":["isp_lsc.img_size.h",)"
+         R"("isp_lsc.img_size.h","isp_lsc.img_size.h","isp_lsc.img_size.h"],)"
+         R"("signed":false,"values":[960,960,960,960]})"},
         {"setup/cc/cmd03_init", "part_size_v",
          isp_test::format(
              R"({"code":0,"count":1,"elem_size":%u,"format":"u14","name":"part_size_v",)"
@@ -1215,11 +1263,14 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
 
     EXPECT_EQ(of_all(elements, "section", "id"),
               (lines_t{"verdict", "summary", "changes", "pushes", "step-setup", "step-frame1"}));
-    // what changed: the curve alone, in each of the three steps; sRGB at 0.5 is 187.5 in u8.4
-    EXPECT_EQ(of_all(elements, "tr", "", "gamma lut#3"),
-              (lines_t{"setup (f0)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
-                       "frame 1 (f1)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)",
-                       "frame 2 (f1 again)gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4)"}));
+    // what changed: the curve alone, in each of the three steps; sRGB at 0.5 is 187.5 in u8.4;
+    // point 2k comes from the "low" field of element k
+    const std::string change =
+        "gamma lut#3gam_lut2 of 129[64] 187.5 &#8594; 0 (u8.4) from "
+        "isp_gamma.grp0[32].gam_lut.low";
+    EXPECT_EQ(
+        of_all(elements, "tr", "", "gamma lut#3"),
+        (lines_t{"setup (f0)" + change, "frame 1 (f1)" + change, "frame 2 (f1 again)" + change}));
     // B's two points, code and real value, highlighted in the member tables of setup and frame 1
     EXPECT_EQ(of_all(elements, "mark"), lines_t(8, "0"));
     // the curve drawn twice, once per run, with a legend naming each

@@ -40,6 +40,8 @@ struct member_desc {
     bool per_partition; /* the first dimension is the partition: count / ISP_MAX_PARTITIONS
                          * elements each, partition p's first at element p * that */
     bool pointer;       /* holds a host address, not a register value */
+    uint32_t inner;     /* elements of the last dimension of a two-dimensional array (12 for
+                         * [8][12]); 0 for a scalar or a one-dimensional array */
 };
 
 struct struct_desc {

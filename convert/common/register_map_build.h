@@ -66,7 +66,8 @@ constexpr const char *no_key = nullptr;
      sizeof(ISP_DEF_ELEM(group, member)),                             \
      ::isp::detail::is_signed_element<decltype(group##_t::member)>(), \
      part,                                                            \
-     std::is_pointer<ISP_DEF_ELEM(group, member)>::value},
+     std::is_pointer<ISP_DEF_ELEM(group, member)>::value,             \
+     std::extent<decltype(group##_t::member), 1>::value},
 #define ISP_MEMBER(group, member) ISP_DEF_DESC(group, member, false)
 #define ISP_DEF_PART_WHOLE(group, member) ISP_DEF_DESC(group, member, true)
 #define ISP_DEF_PART_SUB(group, member, sub)                                   \
@@ -77,13 +78,14 @@ constexpr const char *no_key = nullptr;
      sizeof(ISP_DEF_ELEM(group, member)::sub),                                 \
      std::is_signed<decltype(ISP_DEF_ELEM(group, member)::sub)>::value,        \
      true,                                                                     \
-     false},
+     false,                                                                    \
+     0},
 #define ISP_PART_MEMBER ISP_DEF_PART_MEMBER
 constexpr member_desc members[] = {
 #include "convert/common/register_map_rows.h"
 #include ISP_DEF_FILE
 #include "convert/common/register_map_rows.h"
-    {nullptr, 0, 0, 0, 0, false, false, false}};
+    {nullptr, 0, 0, 0, 0, false, false, false, 0}};
 
 /* What each member occupies, for the checks below; a per-partition array of structures counts
  * once as a whole. */

@@ -26,8 +26,10 @@ std::pair<int, int> step_rank(const step_id &s) {
 element_side side_of(const dump_member &m, long index) {
     element_side s;
     s.format       = m.format;
-    s.location     = m.location;
     const size_t k = index < 0 ? 0 : size_t(index);
+    /* an element names the row that fills it; the member, its first row */
+    s.location = index >= 0 && k < m.locations.size() && !m.locations[k].empty() ? m.locations[k]
+                                                                                 : m.location;
     if (k >= m.codes.size()) return s;
     s.present = true;
     s.code    = m.codes[k];

@@ -7,6 +7,7 @@
 
 #include "convert/common/register_map.h"
 #include "isp_json_utils.h"
+#include "tools/regmap/regmap.h"
 
 namespace isp_case {
 namespace {
@@ -103,8 +104,15 @@ picojson::value decode_structure(const decode_input &input) {
         const uint32_t shown =
             m.per_partition ? std::min<uint32_t>(m.count, static_cast<uint32_t>(input.partitions))
                             : m.count;
-        picojson::array codes, values;
+        picojson::array codes, values, registers;
+        /* every element names the row that fills it: a member's rows differ element by element
+         * (the colour matrix, the gamma curve's last point) */
+        const std::vector<std::string> paths =
+            row ? isp_case::element_paths(*map, *type, m) : std::vector<std::string>();
         for (uint32_t k = 0; k < shown; ++k) {
+            if (row)
+                registers.push_back(k < paths.size() && !paths[k].empty() ? value(paths[k])
+                                                                          : value());
             const uint64_t code = raw_code(base + m.offset + size_t{k} * m.stride, m.elem_size);
             codes.push_back(number(code));
             if (format) values.push_back(real(code, format));
@@ -115,6 +123,7 @@ picojson::value decode_structure(const decode_input &input) {
         } else {
             o["codes"] = value(codes);
             if (format) o["values"] = value(values);
+            if (row) o["registers"] = value(registers);
         }
         members.push_back(value(o));
     }

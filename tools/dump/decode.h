@@ -33,9 +33,10 @@ struct decode_input {
  * name, offset, elem_size, count, signed, per_partition, pointer, format and register (null when
  * no register row reads it), and its raw codes ("code" for a scalar, "codes" for an array; the
  * grid's partitions only for a per-partition member) and real values ("value" / "values", only
- * where it has a format). Pointers are written as 0, with the array they lead to under "target"
- * when it was recorded. A structure the layouts do not know, or whose recorded size is not its
- * size, gets "members": [] and a "problem". */
+ * where it has a format), with, for an array a register row reads, "registers": the register
+ * path that fills each element shown (null for one no row fills). Pointers are written as 0, with
+ * the array they lead to under "target" when it was recorded. A structure the layouts do not know,
+ * or whose recorded size is not its size, gets "members": [] and a "problem". */
 picojson::value decode_structure(const decode_input &input);
 
 /* The recorded bytes with every pointer member cleared, so that a dump does not depend on where

@@ -56,6 +56,8 @@ struct dump_member {
     bool pointer       = false;
     std::vector<double> codes;
     std::vector<double> values; /* real values (NaN where none is finite); empty without format */
+    std::vector<std::string> locations; /* each element's register path, where the file names
+                                         * them (dumps written before elements had their own) */
 };
 
 /* A push's structure: its members, or why it has none, and its raw bytes. */

@@ -22,6 +22,9 @@ command_runner add_export_command(CLI::App &app);
 command_runner add_diff_command(CLI::App &app);
 command_runner add_batch_command(CLI::App &app);
 command_runner add_report_command(CLI::App &app);
+command_runner add_regmap_command(CLI::App &app);
+command_runner add_where_command(CLI::App &app);
+command_runner add_template_command(CLI::App &app);
 
 /* The exit statuses of every subcommand, as isp-case --help gives them; each subcommand's help
  * gives its own in one line. */
@@ -53,6 +56,9 @@ CLI::Validator module_name_check();
 /* The options every command spells the same way: --format text|json for how it writes to
  * standard output (`json` says what the JSON form is), -o,--out PATH for what it writes. */
 CLI::Option *add_format_option(CLI::App &command, std::string &format, const std::string &json);
+/* --format for a command with views beyond text and json (regmap: csv, html). */
+CLI::Option *add_view_format_option(CLI::App &command, std::string &format,
+                                    const std::vector<std::string> &formats);
 CLI::Option *add_out_option(CLI::App &command, std::string &path, const std::string &what,
                             const std::string &type_name);
 

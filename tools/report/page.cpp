@@ -287,8 +287,11 @@ std::string change_text(const change_row &r) {
         default:
             break;
     }
-    return fmt::format("[{}] {} &#8594; {} ({})", d.index < 0 ? 0 : d.index, element_text(d.in_a),
-                       element_text(d.in_b), markup_escape(r.format.empty() ? "code" : r.format));
+    /* the register that fills this element, which need not be the member's first */
+    const std::string &from = d.in_a.location.empty() ? d.in_b.location : d.in_a.location;
+    return fmt::format("[{}] {} &#8594; {} ({}){}", d.index < 0 ? 0 : d.index, element_text(d.in_a),
+                       element_text(d.in_b), markup_escape(r.format.empty() ? "code" : r.format),
+                       from.empty() ? "" : " from " + markup_escape(from));
 }
 
 void changes(std::string &out, const dump &a, const dump &b, const page_changes &c) {
@@ -754,6 +757,18 @@ std::string shape_text(const dump_member &m) {
     return s;
 }
 
+/* The member's register path; for a member whose elements come from rows of their own, the
+ * first element's and the last's. */
+std::string registers_text(const dump_member &m) {
+    if (m.location.empty()) return "no register row";
+    const std::vector<std::string> &all = m.locations;
+    if (all.size() < 2 ||
+        std::all_of(all.begin(), all.end(), [&](const std::string &l) { return l == all.front(); }))
+        return markup_escape(m.location);
+    return fmt::format("{} &#8230; {} (element by element)", markup_escape(all.front()),
+                       markup_escape(all.back()));
+}
+
 void member_tables(std::string &out, const std::vector<push_view> &shown, const pairing &pairs,
                    const step_id &step) {
     out +=
@@ -787,8 +802,7 @@ void member_tables(std::string &out, const std::vector<push_view> &shown, const 
                 "<tr{}><td>{}<br/><span class=\"t muted\">{}</span></td><td>{}<br/><span "
                 "class=\"t muted\">{}</span></td>",
                 marked.empty() ? "" : " class=\"diff\"", markup_escape(m.name), shape_text(m),
-                m.format.empty() ? "none" : markup_escape(m.format),
-                m.location.empty() ? "no register row" : markup_escape(m.location));
+                m.format.empty() ? "none" : markup_escape(m.format), registers_text(m));
             out += value_cell(m.codes, m, {}, 0) + value_cell(m.values, m, {}, 6);
             if (pairs.comparing()) {
                 if (n)
