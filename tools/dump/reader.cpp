@@ -159,6 +159,11 @@ void read_manifest(const value &root, dump &d) {
     d.version = int(number_at(o, version_key, 0, k_most));
     if (d.version != 1 && d.version != 2)
         throw bad_field(fmt::format("manifest_version {} is not 1 or 2", d.version));
+    if (o.count("recording")) {
+        const value &recording = at(o, "recording");
+        if (!recording.is<bool>()) throw bad_field("recording: not true or false");
+        d.recording = recording.get<bool>();
+    }
     d.tool                       = string_at(o, "tool");
     d.library                    = string_at(o, "library");
     d.case_path                  = string_at(o, "case");
@@ -235,7 +240,8 @@ void check_files(const dump &d) {
     size_t lacking = 0;
     std::string first;
     for (const dump_push &p : d.pushes) {
-        std::vector<const std::string *> files = {&p.bin, &p.json};
+        std::vector<const std::string *> files = {&p.bin};
+        if (!d.recording || !p.json.empty()) files.push_back(&p.json);
         for (const std::string &f : p.cmodel) files.push_back(&f);
         for (const std::string &f : p.targets) files.push_back(&f);
         bool whole = true;
@@ -350,20 +356,24 @@ dump open_dump(const std::string &dir) {
 
 decoded_push read_push(const dump &d, const dump_push &push) {
     const std::string json_path = d.dir + "/" + push.json, bin_path = d.dir + "/" + push.bin;
+    const bool decoded_file = !push.json.empty();
     value written;
     std::string error;
-    if (!read_json_file(json_path, written, error)) throw dump_error(error);
-    if (!field(written, "members").is<picojson::array>())
-        throw dump_error(json_path + ": not a decoded structure");
     decoded_push out;
-    out.problem = text_of(field(written, "problem"));
-    for (const value &m : field(written, "members").get<picojson::array>()) {
-        if (!m.is<picojson::object>() || !field(m, "name").is<std::string>())
-            throw dump_error(json_path + ": a member without a name");
-        out.members.push_back(member_of(m));
+    if (decoded_file) {
+        if (!read_json_file(json_path, written, error)) throw dump_error(error);
+        if (!field(written, "members").is<picojson::array>())
+            throw dump_error(json_path + ": not a decoded structure");
+        out.problem = text_of(field(written, "problem"));
+        for (const value &m : field(written, "members").get<picojson::array>()) {
+            if (!m.is<picojson::object>() || !field(m, "name").is<std::string>())
+                throw dump_error(json_path + ": a member without a name");
+            out.members.push_back(member_of(m));
+        }
     }
     out.bytes = read_bytes(bin_path); /* its size checked when the dump was opened */
-    if (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size)
+    if (decoded_file &&
+        (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size))
         throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
                                      json_path, field(written, "size").serialize(), push.size));
 
@@ -377,8 +387,9 @@ decoded_push read_push(const dump &d, const dump_push &push) {
     const isp::struct_desc *layout = input.type ? isp::find_struct(input.type) : nullptr;
     const isp::block_map *map      = isp::find_block_map(push.block.c_str());
     /* a structure this build does not lay out, or lays out otherwise (a dump of a target whose
-     * pointers have another width): its decoded file is taken as written */
-    if (!layout || layout->size != bytes.size()) return out;
+     * pointers have another width): its decoded file is taken as written; without one, the
+     * decoder says what it cannot lay out */
+    if (decoded_file && (!layout || layout->size != bytes.size())) return out;
     for (const std::string &target : push.targets) {
         /* "<push>.<member>.bin": the element size is the one its register rows store */
         const std::string stem   = target.substr(0, target.size() - 4);
@@ -396,6 +407,11 @@ decoded_push read_push(const dump &d, const dump_push &push) {
     const value decoded = decode_structure(input);
     for (const value &m : field(decoded, "members").get<picojson::array>())
         from_bytes.push_back(member_of(m));
+    if (!decoded_file) {
+        out.problem = text_of(field(decoded, "problem"));
+        out.members = std::move(from_bytes);
+        return out;
+    }
     if (const std::string member = disagreeing_member(from_bytes, out.members); !member.empty())
         throw dump_error(bin_path + ": its bytes disagree with " + json_path + " (member " +
                          member + ")");

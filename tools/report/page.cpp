@@ -11,6 +11,7 @@
 
 #include "convert/common/register_map.h"
 #include "isp_json_utils.h"
+#include "tools/core/findings.h"
 #include "tools/output/escape.h"
 #include "tools/report/svg.h"
 

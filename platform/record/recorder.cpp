@@ -1,0 +1,373 @@
+/* The recording: each push's bytes as a .bin file the moment the wrapper accepts it, and a
+ * manifest (the dump manifest, version 2, marked as a recording, without decoded files: the
+ * workstation decodes the .bin files) whenever the last wrapper is destroyed and when the process
+ * ends. Calls from several threads take one lock; nothing here fails a call of the pipeline: a
+ * file that cannot be written stops the recording with one line on the standard error the
+ * process started with. */
+#include "platform/record/recorder.h"
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <picojson.h>
+
+#include "tools/core/step.h"
+#include "tools/dump/decode.h"
+
+namespace isp_record {
+namespace {
+
+using isp_case::phase;
+using isp_case::step_id;
+
+/* What the wrapped operation running on this thread is. */
+thread_local const attribution *t_current = nullptr;
+
+struct wrapper {
+    std::string block;
+    int channel                     = 0;
+    const isp::module_desc *creator = nullptr;
+    /* without wrapped operations: a command pushed again starts the next cycle */
+    std::set<uint32_t> pushed;
+    int cycle = 0;
+};
+
+struct push_entry {
+    step_id step;
+    std::string module, block, group, type, bin;
+    int channel  = 0;
+    uint32_t cmd = 0;
+    size_t size  = 0;
+    std::vector<std::string> targets;
+};
+
+struct recording {
+    std::mutex lock;
+    std::string dir;
+    std::atomic<bool> stopped{true};
+    int log_fd = -1; /* the standard error the process started with */
+
+    std::string library;
+    bool pipe_seen = false;
+    std::string case_path;
+    int part_h = 0, part_v = 0, channels = 0, frames = 0;
+    std::vector<std::string> modules, bypass;
+    std::vector<int> processes = std::vector<int>(isp::modules().size(), 0);
+    std::map<int, int> dir_of_frame; /* cycle: the frame directory its loads read */
+
+    std::map<uint32_t, wrapper> wrappers;
+    size_t live_wrappers = 0;
+    std::vector<push_entry> pushes;
+    std::set<std::string> made_dirs;
+
+    recording() {
+        log_fd           = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+        const char *root = std::getenv("ISP_RECORD_DIR");
+        if (!root || !*root) return;
+        dir     = root;
+        stopped = !make_dirs(dir);
+    }
+    ~recording() {
+        std::lock_guard<std::mutex> hold(lock);
+        write_manifest();
+    }
+
+    void stop(const std::string &path) {
+        const std::string line = "isp-record: " + path + ": " + std::strerror(errno) +
+                                 "; recording stopped, the pipeline goes on\n";
+        stopped = true;
+        if (log_fd >= 0 && write(log_fd, line.data(), line.size()) < 0) return;
+    }
+
+    /* dir and its parents; false (after the log line) when one cannot be made */
+    bool make_dirs(const std::string &path) {
+        if (made_dirs.count(path)) return true;
+        const size_t slash = path.rfind('/');
+        if (slash != std::string::npos && slash > 0 && !make_dirs(path.substr(0, slash)))
+            return false;
+        if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
+            stop(path);
+            return false;
+        }
+        made_dirs.insert(path);
+        return true;
+    }
+
+    bool write_file(const std::string &relative, const void *bytes, size_t size) {
+        const std::string path = dir + "/" + relative;
+        const size_t slash     = path.rfind('/');
+        if (!make_dirs(path.substr(0, slash))) return false;
+        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        if (fd < 0) {
+            stop(path);
+            return false;
+        }
+        const char *at = static_cast<const char *>(bytes);
+        for (size_t left = size; left > 0;) {
+            const ssize_t n = write(fd, at, left);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) {
+                if (n == 0) errno = ENOSPC;
+                stop(path);
+                close(fd);
+                return false;
+            }
+            at += n;
+            left -= size_t(n);
+        }
+        if (close(fd) != 0) {
+            stop(path);
+            return false;
+        }
+        return true;
+    }
+
+    void see_pipe(const PipeContext *pipe) {
+        if (pipe_seen || !pipe) return;
+        pipe_seen = true;
+        case_path.assign(pipe->case_path, strnlen(pipe->case_path, sizeof pipe->case_path));
+        part_h   = pipe->attr.part_h;
+        part_v   = pipe->attr.part_v;
+        channels = pipe->channel_count;
+        for (const isp::module_desc &m : isp::modules())
+            if (pipe->bypass[m.bypass_bit / 8] >> (m.bypass_bit % 8) & 1u) bypass.push_back(m.name);
+    }
+
+    void note_module(const isp::module_desc &m) {
+        for (const std::string &name : modules)
+            if (name == m.name) return;
+        modules.push_back(m.name);
+    }
+
+    void write_manifest();
+};
+
+recording &rec() {
+    static recording r;
+    return r;
+}
+
+/* Made when the preload is loaded, so that the standard error kept for the log line is the one
+ * the process started with, not one a program has redirected meanwhile. */
+__attribute__((constructor)) void start_recording() {
+    rec();
+}
+
+/* The frame directory a module's next load reads, from its context; -1 where it reads none. */
+int next_frame(const isp::module_desc &m, const void *context) {
+    if (!context || isp::file_kind_of(m) == isp::file_kind::pattern) return -1;
+    if (isp::file_kind_of(m) == isp::file_kind::per_channel)
+        return static_cast<const JsonChnContext *>(context)->frame;
+    return static_cast<const JsonModuleContext *>(context)->frame;
+}
+
+picojson::value number(double v) {
+    return picojson::value(v);
+}
+
+picojson::value strings(const std::vector<std::string> &items) {
+    picojson::array a;
+    for (const std::string &s : items) a.push_back(picojson::value(s));
+    return picojson::value(a);
+}
+
+picojson::value text_or_null(const std::string &text) {
+    return text.empty() ? picojson::value() : picojson::value(text);
+}
+
+void recording::write_manifest() {
+    if (stopped || pushes.empty()) return;
+    picojson::object o;
+    o["manifest_version"] = number(2);
+    o["recording"]        = picojson::value(true);
+    o["tool"]             = picojson::value("libisp_record " ISP_JSON_VERSION);
+    o["library"]          = picojson::value(library);
+    o["case"]             = picojson::value(case_path);
+    picojson::object grid;
+    grid["h"]          = number(part_h);
+    grid["v"]          = number(part_v);
+    grid["partitions"] = number(part_h * part_v);
+    o["grid"]          = picojson::value(grid);
+    o["channels"]      = number(channels);
+    o["frames"]        = number(frames);
+    o["pointer_bytes"] = number(sizeof(void *));
+    o["modules"]       = strings(modules);
+    o["bypass"]        = strings(bypass);
+    picojson::array list;
+    for (const push_entry &p : pushes) {
+        picojson::object e, step, files;
+        step["phase"] = picojson::value(isp_case::phase_name(p.step.kind));
+        step["frame"] = number(p.step.number);
+        step["dir"]   = number(p.step.dir);
+        e["step"]     = picojson::value(step);
+        e["step_dir"] = picojson::value(isp_case::step_dir(p.step));
+        e["module"]   = picojson::value(p.module);
+        e["block"]    = picojson::value(p.block);
+        e["channel"]  = number(p.channel);
+        e["cmd"]      = number(p.cmd);
+        e["group"]    = text_or_null(p.group);
+        e["type"]     = text_or_null(p.type);
+        e["size"]     = number(double(p.size));
+        e["sources"]  = picojson::value(picojson::array());
+        files["bin"]  = picojson::value(p.bin);
+        /* decoded on the workstation, from the .bin */
+        files["json"]    = picojson::value();
+        files["cmodel"]  = picojson::value(picojson::array());
+        files["targets"] = strings(p.targets);
+        e["files"]       = picojson::value(files);
+        list.push_back(picojson::value(e));
+    }
+    o["pushes"]            = picojson::value(list);
+    const std::string text = picojson::value(o).serialize(true);
+    write_file("manifest.json", text.data(), text.size());
+}
+
+}  // namespace
+
+op_scope::op_scope(const isp::module_desc &module, op kind, const JsonModuleHandle *handle)
+    : now_{&module, {}}, outer_(t_current) {
+    attribution *now = &now_;
+    recording &r     = rec();
+    if (!r.stopped) {
+        std::lock_guard<std::mutex> hold(r.lock);
+        if (handle) r.see_pipe(handle->pipe);
+        int &cycles = r.processes[size_t(&module - isp::modules().begin())];
+        switch (kind) {
+            case op::create:
+            case op::init:
+                break;
+            case op::process: {
+                ++cycles;
+                if (cycles > r.frames) r.frames = cycles;
+                const int dir = next_frame(module, handle ? handle->priv : nullptr);
+                if (dir >= 0) r.dir_of_frame.emplace(cycles, dir);
+            }
+                [[fallthrough]];
+            case op::trigger:
+            case op::sync:
+                if (cycles > 0) {
+                    const auto it = r.dir_of_frame.find(cycles);
+                    now->step     = {phase::frame, cycles,
+                                 it == r.dir_of_frame.end() ? cycles : it->second};
+                }
+                break;
+            case op::deinit:
+            case op::destroy:
+                now->step = isp_case::teardown_step();
+                break;
+        }
+    }
+    t_current = now;
+}
+
+op_scope::~op_scope() {
+    t_current = outer_;
+}
+
+void registered(const isp::module_desc &module, JsonModuleOps *, const void *library_symbol) {
+    recording &r = rec();
+    if (r.stopped) return;
+    std::lock_guard<std::mutex> hold(r.lock);
+    r.note_module(module);
+    Dl_info info;
+    if (r.library.empty() && dladdr(library_symbol, &info) && info.dli_fname)
+        r.library = info.dli_fname;
+}
+
+void wrapper_created(uint32_t handle, const VinHalWrapperAttr *attr) {
+    recording &r = rec();
+    if (r.stopped) return;
+    std::lock_guard<std::mutex> hold(r.lock);
+    wrapper w;
+    if (t_current) w.creator = t_current->module;
+    /* without wrapped operations, the module of the wrapper type (the first of a shared block) */
+    for (const isp::module_desc &m : isp::modules())
+        if (!w.creator && attr && m.wrapper_type == attr->type) w.creator = &m;
+    r.wrappers[handle] = w;
+    ++r.live_wrappers;
+}
+
+void regio_created(uint32_t handle, const VinHalRegioAttr *attr) {
+    recording &r = rec();
+    if (r.stopped || !attr) return;
+    std::lock_guard<std::mutex> hold(r.lock);
+    wrapper &w = r.wrappers[handle];
+    const std::string name(attr->name, strnlen(attr->name, sizeof attr->name));
+    w.block   = name.rfind("mod_", 0) == 0 ? name.substr(4) : name;
+    w.channel = attr->channel;
+}
+
+void wrapper_destroyed(uint32_t handle) {
+    recording &r = rec();
+    if (r.stopped) return;
+    std::lock_guard<std::mutex> hold(r.lock);
+    if (r.wrappers.erase(handle) && --r.live_wrappers == 0) r.write_manifest();
+}
+
+void pushed(uint32_t handle, const VinHalSetupCmd *cmd) {
+    recording &r = rec();
+    if (r.stopped) return;
+    std::lock_guard<std::mutex> hold(r.lock);
+    const auto found = r.wrappers.find(handle);
+    if (found == r.wrappers.end()) return;
+    wrapper &w                   = found->second;
+    const isp::group_desc *group = isp::find_pushed_group(w.block, cmd->cmd);
+    const isp::module_desc *m    = t_current ? t_current->module : w.creator;
+    if (!group || !m) return; /* nothing the tool could decode */
+    push_entry p;
+    if (t_current) {
+        p.step = t_current->step;
+    } else {
+        if (!w.pushed.insert(cmd->cmd).second) {
+            ++w.cycle;
+            w.pushed = {cmd->cmd};
+        }
+        if (w.cycle > r.frames) r.frames = w.cycle;
+        if (w.cycle > 0) p.step = {phase::frame, w.cycle, w.cycle};
+    }
+    r.note_module(*m);
+    p.module  = m->name;
+    p.block   = w.block;
+    p.channel = w.channel;
+    p.cmd     = cmd->cmd;
+    p.group   = group->name;
+    p.type    = group->c_type ? group->c_type : "";
+    p.size    = group->size;
+    char name[64];
+    std::snprintf(name, sizeof name, "cmd%02u_%s", unsigned(cmd->cmd), group->name);
+    std::string base = isp_case::step_dir(p.step) + "/" + m->name + "/";
+    if (isp::file_kind_of(*m) == isp::file_kind::per_channel)
+        base += "chn" + std::to_string(p.channel) + "/";
+    base += name;
+    p.bin = base + ".bin";
+    /* pointer members cleared, the arrays behind them beside: as the tool's dumps hold them */
+    const uint8_t *data = static_cast<const uint8_t *>(cmd->data);
+    const std::vector<uint8_t> bytes =
+        isp_case::without_pointers(group->c_type, std::vector<uint8_t>(data, data + group->size));
+    if (!r.write_file(p.bin, bytes.data(), bytes.size())) return;
+    std::vector<uint8_t> h, v;
+    const size_t partitions = size_t(r.part_h) * size_t(r.part_v);
+    if (isp::copy_partition_sizes(*group, cmd->data, partitions, h, v)) {
+        for (const auto &[member, array] :
+             {std::make_pair("part_size_h", &h), std::make_pair("part_size_v", &v)}) {
+            p.targets.push_back(base + "." + member + ".bin");
+            if (!r.write_file(p.targets.back(), array->data(), array->size())) return;
+        }
+    }
+    r.pushes.push_back(std::move(p));
+}
+
+}  // namespace isp_record
