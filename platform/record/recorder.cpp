@@ -45,15 +45,6 @@ struct wrapper {
     int cycle = 0;
 };
 
-struct push_entry {
-    step_id step;
-    std::string module, block, group, type, bin;
-    int channel  = 0;
-    uint32_t cmd = 0;
-    size_t size  = 0;
-    std::vector<std::string> targets;
-};
-
 struct recording {
     std::mutex lock;
     std::string dir;
@@ -70,7 +61,11 @@ struct recording {
 
     std::map<uint32_t, wrapper> wrappers;
     size_t live_wrappers = 0;
-    std::vector<push_entry> pushes;
+    /* the manifest's pushes, one JSON object per line, made as they come: the manifest is the
+     * settings above and these */
+    std::string push_lines;
+    size_t pushes  = 0;
+    bool unwritten = false; /* pushes came since the manifest was last written */
     std::set<std::string> made_dirs;
 
     recording() {
@@ -184,12 +179,30 @@ picojson::value strings(const std::vector<std::string> &items) {
     return picojson::value(a);
 }
 
-picojson::value text_or_null(const std::string &text) {
-    return text.empty() ? picojson::value() : picojson::value(text);
+/* One push as the manifest lists it. Every name comes from the module table (lower case, digits
+ * and underscores) and needs no escaping. */
+std::string push_line(const step_id &step, const isp::module_desc &m, const std::string &block,
+                      int channel, const isp::group_desc &group, const std::string &bin,
+                      const std::vector<std::string> &targets) {
+    std::string files = "\"" + bin + "\"";
+    std::string arrays;
+    for (const std::string &t : targets) arrays += (arrays.empty() ? "\"" : ",\"") + t + "\"";
+    char line[1024];
+    std::snprintf(line, sizeof line,
+                  "{\"block\":\"%s\",\"channel\":%d,\"cmd\":%u,\"files\":{\"bin\":%s,\"cmodel\":[],"
+                  "\"json\":null,\"targets\":[%s]},\"group\":\"%s\",\"module\":\"%s\",\"size\":%zu,"
+                  "\"sources\":[],\"step\":{\"dir\":%d,\"frame\":%d,\"phase\":\"%s\"},"
+                  "\"step_dir\":\"%s\",\"type\":%s}",
+                  block.c_str(), channel, unsigned(group.cmd), files.c_str(), arrays.c_str(),
+                  group.name, m.name, group.size, step.dir, step.number,
+                  isp_case::phase_name(step.kind), isp_case::step_dir(step).c_str(),
+                  group.c_type ? ("\"" + std::string(group.c_type) + "\"").c_str() : "null");
+    return line;
 }
 
 void recording::write_manifest() {
-    if (stopped || pushes.empty()) return;
+    if (stopped || !unwritten) return;
+    unwritten = false;
     picojson::object o;
     o["manifest_version"] = number(2);
     o["recording"]        = picojson::value(true);
@@ -206,32 +219,11 @@ void recording::write_manifest() {
     o["pointer_bytes"] = number(sizeof(void *));
     o["modules"]       = strings(modules);
     o["bypass"]        = strings(bypass);
-    picojson::array list;
-    for (const push_entry &p : pushes) {
-        picojson::object e, step, files;
-        step["phase"] = picojson::value(isp_case::phase_name(p.step.kind));
-        step["frame"] = number(p.step.number);
-        step["dir"]   = number(p.step.dir);
-        e["step"]     = picojson::value(step);
-        e["step_dir"] = picojson::value(isp_case::step_dir(p.step));
-        e["module"]   = picojson::value(p.module);
-        e["block"]    = picojson::value(p.block);
-        e["channel"]  = number(p.channel);
-        e["cmd"]      = number(p.cmd);
-        e["group"]    = text_or_null(p.group);
-        e["type"]     = text_or_null(p.type);
-        e["size"]     = number(double(p.size));
-        e["sources"]  = picojson::value(picojson::array());
-        files["bin"]  = picojson::value(p.bin);
-        /* decoded on the workstation, from the .bin */
-        files["json"]    = picojson::value();
-        files["cmodel"]  = picojson::value(picojson::array());
-        files["targets"] = strings(p.targets);
-        e["files"]       = picojson::value(files);
-        list.push_back(picojson::value(e));
-    }
-    o["pushes"]            = picojson::value(list);
-    const std::string text = picojson::value(o).serialize(true);
+    o["pushes"]        = picojson::value(picojson::array());
+    /* the settings, with the pushes spliced into their empty array, one per line */
+    std::string text = picojson::value(o).serialize();
+    const size_t at  = text.find("\"pushes\":[]") + 10;
+    text.insert(at, "\n" + push_lines + "\n");
     write_file("manifest.json", text.data(), text.size());
 }
 
@@ -327,47 +319,42 @@ void pushed(uint32_t handle, const VinHalSetupCmd *cmd) {
     const isp::group_desc *group = isp::find_pushed_group(w.block, cmd->cmd);
     const isp::module_desc *m    = t_current ? t_current->module : w.creator;
     if (!group || !m) return; /* nothing the tool could decode */
-    push_entry p;
+    step_id step;
     if (t_current) {
-        p.step = t_current->step;
+        step = t_current->step;
     } else {
         if (!w.pushed.insert(cmd->cmd).second) {
             ++w.cycle;
             w.pushed = {cmd->cmd};
         }
         if (w.cycle > r.frames) r.frames = w.cycle;
-        if (w.cycle > 0) p.step = {phase::frame, w.cycle, w.cycle};
+        if (w.cycle > 0) step = {phase::frame, w.cycle, w.cycle};
     }
     r.note_module(*m);
-    p.module  = m->name;
-    p.block   = w.block;
-    p.channel = w.channel;
-    p.cmd     = cmd->cmd;
-    p.group   = group->name;
-    p.type    = group->c_type ? group->c_type : "";
-    p.size    = group->size;
     char name[64];
     std::snprintf(name, sizeof name, "cmd%02u_%s", unsigned(cmd->cmd), group->name);
-    std::string base = isp_case::step_dir(p.step) + "/" + m->name + "/";
+    std::string base = isp_case::step_dir(step) + "/" + m->name + "/";
     if (isp::file_kind_of(*m) == isp::file_kind::per_channel)
-        base += "chn" + std::to_string(p.channel) + "/";
+        base += "chn" + std::to_string(w.channel) + "/";
     base += name;
-    p.bin = base + ".bin";
     /* pointer members cleared, the arrays behind them beside: as the tool's dumps hold them */
     const uint8_t *data = static_cast<const uint8_t *>(cmd->data);
     const std::vector<uint8_t> bytes =
         isp_case::without_pointers(group->c_type, std::vector<uint8_t>(data, data + group->size));
-    if (!r.write_file(p.bin, bytes.data(), bytes.size())) return;
+    if (!r.write_file(base + ".bin", bytes.data(), bytes.size())) return;
+    std::vector<std::string> targets;
     std::vector<uint8_t> h, v;
     const size_t partitions = size_t(r.part_h) * size_t(r.part_v);
     if (isp::copy_partition_sizes(*group, cmd->data, partitions, h, v)) {
         for (const auto &[member, array] :
              {std::make_pair("part_size_h", &h), std::make_pair("part_size_v", &v)}) {
-            p.targets.push_back(base + "." + member + ".bin");
-            if (!r.write_file(p.targets.back(), array->data(), array->size())) return;
+            targets.push_back(base + "." + member + ".bin");
+            if (!r.write_file(targets.back(), array->data(), array->size())) return;
         }
     }
-    r.pushes.push_back(std::move(p));
+    r.push_lines += (r.pushes++ ? ",\n" : "") +
+                    push_line(step, *m, w.block, w.channel, *group, base + ".bin", targets);
+    r.unwritten = true;
 }
 
 }  // namespace isp_record
