@@ -337,11 +337,16 @@ void pushed(uint32_t handle, const VinHalSetupCmd *cmd) {
     if (isp::file_kind_of(*m) == isp::file_kind::per_channel)
         base += "chn" + std::to_string(w.channel) + "/";
     base += name;
-    /* pointer members cleared, the arrays behind them beside: as the tool's dumps hold them */
-    const uint8_t *data = static_cast<const uint8_t *>(cmd->data);
-    const std::vector<uint8_t> bytes =
-        isp_case::without_pointers(group->c_type, std::vector<uint8_t>(data, data + group->size));
-    if (!r.write_file(base + ".bin", bytes.data(), bytes.size())) return;
+    /* pointer members cleared, the arrays behind them beside: as the tool's dumps hold them
+     * (only the groups that point at the partition sizes have pointers) */
+    if (group->partition_sizes) {
+        const uint8_t *data              = static_cast<const uint8_t *>(cmd->data);
+        const std::vector<uint8_t> bytes = isp_case::without_pointers(
+            group->c_type, std::vector<uint8_t>(data, data + group->size));
+        if (!r.write_file(base + ".bin", bytes.data(), bytes.size())) return;
+    } else if (!r.write_file(base + ".bin", cmd->data, group->size)) {
+        return;
+    }
     std::vector<std::string> targets;
     std::vector<uint8_t> h, v;
     const size_t partitions = size_t(r.part_h) * size_t(r.part_v);
