@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -300,6 +301,13 @@ void regio_created(uint32_t handle, const VinHalRegioAttr *attr) {
     const std::string name(attr->name, strnlen(attr->name, sizeof attr->name));
     w.block   = name.rfind("mod_", 0) == 0 ? name.substr(4) : name;
     w.channel = attr->channel;
+    /* no pipeline context seen (the operations are not wrapped): the register I/O record gives
+     * the partition count, as a grid of one row, and the channels */
+    if (!r.pipe_seen) {
+        r.part_h   = attr->part_num;
+        r.part_v   = 1;
+        r.channels = std::max(r.channels, w.channel + 1);
+    }
 }
 
 void wrapper_destroyed(uint32_t handle) {
