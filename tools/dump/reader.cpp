@@ -51,15 +51,16 @@ std::string string_at(const picojson::object &o, const char *key) {
     return v.get<std::string>();
 }
 
-/* A whole number from min to max. */
-long number_at(const picojson::object &o, const char *key, long min, long max) {
+/* A whole number from min to max (64 bits wide: a command number's range does not fit the
+ * target's 32-bit long). */
+int64_t number_at(const picojson::object &o, const char *key, int64_t min, int64_t max) {
     const value &v = at(o, key);
     if (!v.is<double>()) throw bad_field(std::string(key) + ": not a number");
     const double d = v.get<double>();
     if (!(d >= double(min) && d <= double(max)) || d != std::floor(d))
         throw bad_field(fmt::format("{}: {} is not a whole number from {} to {}", key,
                                     v.serialize(), min, max));
-    return long(d);
+    return int64_t(d);
 }
 
 std::vector<std::string> strings_at(const picojson::object &o, const char *key) {
@@ -71,7 +72,7 @@ std::vector<std::string> strings_at(const picojson::object &o, const char *key) 
     return out;
 }
 
-constexpr long k_most = 1L << 30;
+constexpr int64_t k_most = int64_t{1} << 30;
 
 /* Version 2: {"phase": "frame", "frame": 3, "dir": 3}. Version 1 named the step "init" or
  * "frameK", K counted from 0 for the cycle that read f(K+1); its directory comes from the
@@ -121,7 +122,7 @@ dump_push push_of(const picojson::object &o, int version) {
     p.module  = string_at(o, "module");
     p.block   = string_at(o, "block");
     p.channel = int(number_at(o, "channel", 0, k_most));
-    p.command = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFFL));
+    p.command = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFF));
     p.group   = string_at(o, "group");
     p.type    = string_at(o, "type");
     p.size    = size_t(number_at(o, "size", 0, k_most));
