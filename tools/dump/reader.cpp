@@ -378,8 +378,14 @@ decoded_push read_push(const dump &d, const dump_push &push) {
         throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
                                      json_path, field(written, "size").serialize(), push.size));
 
-    /* the members again, from the raw bytes and the arrays behind the pointers */
-    const std::vector<uint8_t> bytes(out.bytes.begin(), out.bytes.end());
+    /* the members again, from the raw bytes and the arrays behind the pointers; a recording's
+     * bytes as this build lays the structure out, where the recorder's pointers were narrower */
+    std::vector<uint8_t> bytes(out.bytes.begin(), out.bytes.end());
+    if (!decoded_file) {
+        const std::vector<uint8_t> host = with_host_pointers(
+            push.type.empty() ? nullptr : push.type.c_str(), bytes, d.pointer_bytes);
+        if (!host.empty()) bytes = host;
+    }
     decode_input input;
     input.block                    = push.block.c_str();
     input.type                     = push.type.empty() ? nullptr : push.type.c_str();
