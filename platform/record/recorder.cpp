@@ -85,7 +85,7 @@ struct recording {
         const std::string line = "isp-record: " + path + ": " + std::strerror(errno) +
                                  "; recording stopped, the pipeline goes on\n";
         stopped = true;
-        if (log_fd >= 0 && write(log_fd, line.data(), line.size()) < 0) return;
+        if (log_fd >= 0) (void)!write(log_fd, line.data(), line.size());
     }
 
     /* dir and its parents; false (after the log line) when one cannot be made */
@@ -155,6 +155,16 @@ recording &rec() {
     static recording r;
     return r;
 }
+
+/* The pipeline's errno as the forwarded call left it, whatever the recorder's own calls did. */
+class errno_kept {
+  public:
+    errno_kept() : saved_(errno) {}
+    ~errno_kept() { errno = saved_; }
+
+  private:
+    int saved_;
+};
 
 /* Made when the preload is loaded, so that the standard error kept for the log line is the one
  * the process started with, not one a program has redirected meanwhile. */
@@ -232,6 +242,7 @@ void recording::write_manifest() {
 
 op_scope::op_scope(const isp::module_desc &module, op kind, const JsonModuleHandle *handle)
     : now_{&module, {}}, outer_(t_current) {
+    const errno_kept kept;
     attribution *now = &now_;
     recording &r     = rec();
     if (!r.stopped) {
@@ -271,6 +282,7 @@ op_scope::~op_scope() {
 }
 
 void registered(const isp::module_desc &module, JsonModuleOps *, const void *library_symbol) {
+    const errno_kept kept;
     recording &r = rec();
     if (r.stopped) return;
     std::lock_guard<std::mutex> hold(r.lock);
@@ -281,6 +293,7 @@ void registered(const isp::module_desc &module, JsonModuleOps *, const void *lib
 }
 
 void wrapper_created(uint32_t handle, const VinHalWrapperAttr *attr) {
+    const errno_kept kept;
     recording &r = rec();
     if (r.stopped) return;
     std::lock_guard<std::mutex> hold(r.lock);
@@ -294,10 +307,13 @@ void wrapper_created(uint32_t handle, const VinHalWrapperAttr *attr) {
 }
 
 void regio_created(uint32_t handle, const VinHalRegioAttr *attr) {
+    const errno_kept kept;
     recording &r = rec();
     if (r.stopped || !attr) return;
     std::lock_guard<std::mutex> hold(r.lock);
-    wrapper &w = r.wrappers[handle];
+    const auto found = r.wrappers.find(handle);
+    if (found == r.wrappers.end()) return;
+    wrapper &w = found->second;
     const std::string name(attr->name, strnlen(attr->name, sizeof attr->name));
     w.block   = name.rfind("mod_", 0) == 0 ? name.substr(4) : name;
     w.channel = attr->channel;
@@ -311,6 +327,7 @@ void regio_created(uint32_t handle, const VinHalRegioAttr *attr) {
 }
 
 void wrapper_destroyed(uint32_t handle) {
+    const errno_kept kept;
     recording &r = rec();
     if (r.stopped) return;
     std::lock_guard<std::mutex> hold(r.lock);
@@ -318,6 +335,7 @@ void wrapper_destroyed(uint32_t handle) {
 }
 
 void pushed(uint32_t handle, const VinHalSetupCmd *cmd) {
+    const errno_kept kept;
     recording &r = rec();
     if (r.stopped) return;
     std::lock_guard<std::mutex> hold(r.lock);
