@@ -7,7 +7,8 @@
 #
 # Given the build directory of a native build whose suite has run, it then checks that the two
 # builds agree: the same exported symbols, and the same replay of the sample case (messages,
-# pushed structures byte for byte, C-model files).
+# pushed structures byte for byte, C-model files), and that the target's replay recorded by the
+# preloaded recorder compares equal with the workstation's dump (isp-case diff).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 native=${1:-}
@@ -71,4 +72,19 @@ if [ -x "$native/tools/isp-case" ] && [ -x "$build/tools/isp-case" ]; then
     fi
     echo "Both builds export the same symbols and replay the sample case identically" \
          "($(grep '^summary:' "$work/diff.out"), exit status $(cat "$work/arm.status"))."
+    # The board against the workstation: the target's replay recorded by the preloaded recorder
+    # (in the emulated process's environment) compares equal with the workstation's dump.
+    if [ -f "$build/platform/record/libisp_record.so" ]; then
+        (cd "$root" && QEMU_SET_ENV="LD_PRELOAD=$build/platform/record/libisp_record.so,ISP_RECORD_DIR=$work/arm-recording" \
+            /bin/sh "$root/cmake/qemu-arm.sh" "$build/tools/isp-case" replay examples/sample_case -q \
+            >/dev/null)
+        if ! "$native/tools/isp-case" diff "$work/arm-recording" "$work/native-dump" \
+            >"$work/recording.out"; then
+            cat "$work/recording.out" >&2
+            echo "arm-suite: the target's recording differs from the workstation's dump" >&2
+            exit 1
+        fi
+        echo "The target's recording and the workstation's dump compare equal" \
+             "($(grep '^summary:' "$work/recording.out"))."
+    fi
 fi

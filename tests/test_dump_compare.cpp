@@ -2,6 +2,7 @@
  * two runs have, and which dumps are refused with what message. */
 
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -265,3 +266,20 @@ TEST(DumpReader, FirstManifestVersionStepsAreNamedByTheDirectoryTheyRead) {
 }
 
 }  // namespace
+
+/* A recording of the 32-bit target read on this build: the structure with pointers is moved to
+ * this build's layout, its pointers 0; a size no layout gives is refused. */
+TEST(DumpReader, TargetStructuresWithPointersAreLaidOutAsThisBuildLaysThemOut) {
+    const std::vector<uint8_t> target = {1, 0, 0, 0, 0x10, 0x20, 0, 0, 0x30, 0x40, 0, 0};
+    const std::vector<uint8_t> host =
+        isp_case::with_host_pointers("_isp_clc_user_init_t", target, 4);
+    _isp_clc_user_init_t expected{};
+    expected.manual_clk_en = 1;
+    ASSERT_EQ(host.size(), sizeof expected);
+    std::vector<uint8_t> want(sizeof expected);
+    std::memcpy(want.data(), &expected, sizeof expected);
+    EXPECT_EQ(host, sizeof(void *) == 4 ? target : want);
+    if (sizeof(void *) != 4) {
+        EXPECT_TRUE(isp_case::with_host_pointers("_isp_clc_user_init_t", {1, 0, 0}, 4).empty());
+    }
+}

@@ -1023,15 +1023,20 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
 
 /* One register value changed in f1, one module left out, a damaged dump; two dumps of one case
  * are the same bytes. Differences are named by the step and the frame directory it read. */
-TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
-    temp_dir dir;
-    const std::string changed = copy_sample(dir);
+/* The white-balance digital gain of cfgs/f1 doubled (code 256 to 512) in every partition. */
+void double_wbc_gain(const std::string &case_dir) {
     for (int p = 0; p < 4; ++p)
-        edit_json(changed + "/cfgs/f1/rtl_wbc_p" + std::to_string(p) + ".json",
+        edit_json(case_dir + "/cfgs/f1/rtl_wbc_p" + std::to_string(p) + ".json",
                   [](picojson::object &root) {
                       root["isp_wbc"].get<picojson::object>()["d_gain"] =
                           picojson::value(picojson::object{{"val", picojson::value(512.0)}});
                   });
+}
+
+TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
+    temp_dir dir;
+    const std::string changed = copy_sample(dir);
+    double_wbc_gain(changed);
     std::string all_but_gamma;
     for (const isp_case::module_info *m : isp_case::pipeline_order())
         if (std::string(m->name) != "gamma")
@@ -1097,6 +1102,53 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
               R"("file_b":"frame2\/wbc\/cmd01_ctrl.bin","group":"ctrl","index":null,)"
               R"("kind":"code","member":"d_gain","module":"wbc",)"
               R"j("step":{"dir":1,"frame":2,"phase":"frame"},"step_name":"frame 2 (f1 again)"})j");
+}
+
+/* The recorder preloaded into a replay: what the library handed the wrapper, read by diff as a
+ * dump; a recording it cannot write costs one line on standard error and changes nothing else. */
+TEST(IspCaseRecording, PreloadedRecorderMatchesTheToolsDumpAndNeverChangesTheReplay) {
+    temp_dir dir;
+    const auto recorded = [&](const std::string &case_dir, const std::string &recording) {
+        /* under the emulator, the environment of the emulated process, not the emulator's */
+        const std::string preload = "LD_PRELOAD=" ISP_RECORD_LIBRARY, into = "ISP_RECORD_DIR=";
+        const std::string env = std::string(ISP_CASE_EMULATOR).empty()
+                                    ? preload + " " + into + "'" + recording + "' "
+                                    : "QEMU_SET_ENV='" + preload + "," + into + recording + "' ";
+        return collect(
+            dir, std::system((env + ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' replay " + case_dir +
+                              " >'" + dir.path() + "/tool.out' 2>'" + dir.path() + "/tool.err'")
+                                 .c_str()));
+    };
+    const std::string changed = copy_sample(dir);
+    double_wbc_gain(changed);
+    const std::string dump = dump_of(dir, "dump", ISP_SAMPLE_CASE_DIR);
+    const tool_run plain   = run_tool(dir, "replay " ISP_SAMPLE_CASE_DIR);
+    const tool_run same    = recorded(ISP_SAMPLE_CASE_DIR, dir.path() + "/same");
+    const tool_run other   = recorded(changed, dir.path() + "/other");
+    std::ofstream(dir.path() + "/file") << "not a directory";
+    const tool_run unusable = recorded(ISP_SAMPLE_CASE_DIR, dir.path() + "/file/rec");
+    for (const tool_run *run : {&same, &unusable}) {
+        EXPECT_EQ(run->status, plain.status);
+        EXPECT_EQ(run->out, plain.out);
+    }
+    EXPECT_EQ(same.err, "");
+    EXPECT_EQ(unusable.err,
+              "isp-record: " + dir.path() +
+                  "/file/rec: Not a directory; recording stopped, the pipeline goes on\n");
+    EXPECT_FALSE(fs::exists(dir.path() + "/file/rec/manifest.json"));
+
+    const tool_run identical = run_tool(dir, "diff " + dir.path() + "/same " + dump);
+    EXPECT_EQ(identical.status, 0) << identical.out << identical.err;
+    expect_lines(identical.out, {"  note: tool differs: libisp_record " ISP_JSON_VERSION
+                                 " | isp-case " ISP_JSON_VERSION,
+                                 "summary: 465 pushes in A, 465 in B; 0 differ (0 differences), 0 "
+                                 "only in A, 0 only in B"});
+    const tool_run different = run_tool(dir, "diff " + dir.path() + "/other " + dump);
+    EXPECT_EQ(different.status, 1) << different.out << different.err;
+    expect_lines(different.out,
+                 {"frame 1 (f1)", "  wbc",
+                  "    cmd01_ctrl d_gain: code 512 -> 256, value 2 -> 1 (isp_wbc.d_gain.val)",
+                  "frame 2 (f1 again)", "result: different"});
 }
 
 /* Places the dump and the export cannot use: one line on standard error naming the place and

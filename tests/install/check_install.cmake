@@ -1,5 +1,6 @@
 # Installs a built tree under a scratch prefix, checks what is in place, and builds and runs a
-# small consumer against it twice: through find_package(isp_json) and through pkg-config.
+# small consumer against it twice: through find_package(isp_json) and through pkg-config. With
+# PACKAGES=ON the tree is the one the packages put in a scratch root instead (check_packages.cmake).
 # Run by ctest (tests/CMakeLists.txt) with the build's directories, compilers, toolchain file,
 # emulator (a |-list), pkg-config, WITH_TOOL and EXTRA_FLAGS (sanitizer flags) as -D variables.
 cmake_minimum_required(VERSION 3.16)
@@ -13,9 +14,13 @@ function(run what)
     set(run_output "${out}" PARENT_SCOPE)
 endfunction()
 
-set(prefix "${WORK_DIR}/prefix")
-file(REMOVE_RECURSE "${WORK_DIR}")
-run("cmake --install" "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
+if(PACKAGES)
+    include("${CMAKE_CURRENT_LIST_DIR}/check_packages.cmake")
+else()
+    set(prefix "${WORK_DIR}/prefix")
+    file(REMOVE_RECURSE "${WORK_DIR}")
+    run("cmake --install" "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${prefix}")
+endif()
 
 # What the tree holds beyond what the consumers below use (headers, libraries, the CMake package
 # with its version file and picojson finder, the pkg-config files).
@@ -24,6 +29,9 @@ if(NOT EXISTS "${prefix}/${INCLUDEDIR}/isp_json/isp_sim.h")
     message(FATAL_ERROR "not installed: ${INCLUDEDIR}/isp_json/isp_sim.h")
 endif()
 # The SONAME links: <lib>.so -> <lib>.so.2 -> <lib>.so.2.0.0.
+if(NOT EXISTS "${lib}/libisp_record.so")
+    message(FATAL_ERROR "not installed: ${LIBDIR}/libisp_record.so")
+endif()
 foreach(link IN ITEMS libisp_json.so libisp_json.so.2
         libisp_platform_sim.so libisp_platform_sim.so.2)
     string(REGEX REPLACE "\\.so\\.2$" ".so.2.0.0" target "${link}")

@@ -144,4 +144,27 @@ std::vector<uint8_t> without_pointers(const char *type, const std::vector<uint8_
     return out;
 }
 
+std::vector<uint8_t> with_host_pointers(const char *type, const std::vector<uint8_t> &bytes,
+                                        unsigned pointer_bytes) {
+    const isp::struct_desc *layout = type ? isp::find_struct(type) : nullptr;
+    if (pointer_bytes == sizeof(void *) || !layout || pointer_bytes == 0) return bytes;
+    std::vector<uint8_t> out(layout->size, 0);
+    /* the members in order, each at the next offset its alignment allows: natural alignment,
+     * as both ABIs give plain integer arrays and pointers */
+    size_t at = 0, widest = 1;
+    for (uint32_t i = 0; i < layout->member_count; ++i) {
+        const isp::member_desc &m = layout->members[i];
+        const size_t align        = m.pointer ? pointer_bytes : m.elem_size;
+        const size_t size         = m.pointer ? pointer_bytes * m.count : m.elem_size * m.count;
+        if (!m.pointer && m.stride != m.elem_size) return {};
+        at     = (at + align - 1) / align * align;
+        widest = std::max(widest, align);
+        if (at + size > bytes.size()) return {};
+        if (!m.pointer) std::memcpy(out.data() + m.offset, bytes.data() + at, size);
+        at += size;
+    }
+    if ((at + widest - 1) / widest * widest != bytes.size()) return {};
+    return out;
+}
+
 }  // namespace isp_case

@@ -43,6 +43,12 @@ picojson::value decode_structure(const decode_input &input);
  * the host placed the arrays. */
 std::vector<uint8_t> without_pointers(const char *type, const std::vector<uint8_t> &bytes);
 
+/* The bytes of a structure laid out with pointers of another width (a recording of the 32-bit
+ * target read on a 64-bit workstation) moved to this build's layout, pointers 0; the bytes as
+ * they are when the widths agree, and empty when the structure cannot be laid out so. */
+std::vector<uint8_t> with_host_pointers(const char *type, const std::vector<uint8_t> &bytes,
+                                        unsigned pointer_bytes);
+
 }  // namespace isp_case
 
 #endif

@@ -51,7 +51,8 @@ std::string string_at(const picojson::object &o, const char *key) {
     return v.get<std::string>();
 }
 
-/* A whole number from min to max. */
+/* A whole number from min to max (64 bits wide: a command number's range does not fit the
+ * target's 32-bit long). */
 int64_t number_at(const picojson::object &o, const char *key, int64_t min, int64_t max) {
     const value &v = at(o, key);
     if (!v.is<double>()) throw bad_field(std::string(key) + ": not a number");
@@ -121,7 +122,7 @@ dump_push push_of(const picojson::object &o, int version) {
     p.module  = string_at(o, "module");
     p.block   = string_at(o, "block");
     p.channel = int(number_at(o, "channel", 0, k_most));
-    p.command = uint32_t(number_at(o, "cmd", 0, int64_t{0xFFFFFFFF}));
+    p.command = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFF));
     p.group   = string_at(o, "group");
     p.type    = string_at(o, "type");
     p.size    = size_t(number_at(o, "size", 0, k_most));
@@ -159,6 +160,11 @@ void read_manifest(const value &root, dump &d) {
     d.version = int(number_at(o, version_key, 0, k_most));
     if (d.version != 1 && d.version != 2)
         throw bad_field(fmt::format("manifest_version {} is not 1 or 2", d.version));
+    if (o.count("recording")) {
+        const value &recording = at(o, "recording");
+        if (!recording.is<bool>()) throw bad_field("recording: not true or false");
+        d.recording = recording.get<bool>();
+    }
     d.tool                       = string_at(o, "tool");
     d.library                    = string_at(o, "library");
     d.case_path                  = string_at(o, "case");
@@ -235,7 +241,8 @@ void check_files(const dump &d) {
     size_t lacking = 0;
     std::string first;
     for (const dump_push &p : d.pushes) {
-        std::vector<const std::string *> files = {&p.bin, &p.json};
+        std::vector<const std::string *> files = {&p.bin};
+        if (!d.recording || !p.json.empty()) files.push_back(&p.json);
         for (const std::string &f : p.cmodel) files.push_back(&f);
         for (const std::string &f : p.targets) files.push_back(&f);
         bool whole = true;
@@ -353,25 +360,35 @@ dump open_dump(const std::string &dir) {
 
 decoded_push read_push(const dump &d, const dump_push &push) {
     const std::string json_path = d.dir + "/" + push.json, bin_path = d.dir + "/" + push.bin;
+    const bool decoded_file = !push.json.empty();
     value written;
     std::string error;
-    if (!read_json_file(json_path, written, error)) throw dump_error(error);
-    if (!field(written, "members").is<picojson::array>())
-        throw dump_error(json_path + ": not a decoded structure");
     decoded_push out;
-    out.problem = text_of(field(written, "problem"));
-    for (const value &m : field(written, "members").get<picojson::array>()) {
-        if (!m.is<picojson::object>() || !field(m, "name").is<std::string>())
-            throw dump_error(json_path + ": a member without a name");
-        out.members.push_back(member_of(m));
+    if (decoded_file) {
+        if (!read_json_file(json_path, written, error)) throw dump_error(error);
+        if (!field(written, "members").is<picojson::array>())
+            throw dump_error(json_path + ": not a decoded structure");
+        out.problem = text_of(field(written, "problem"));
+        for (const value &m : field(written, "members").get<picojson::array>()) {
+            if (!m.is<picojson::object>() || !field(m, "name").is<std::string>())
+                throw dump_error(json_path + ": a member without a name");
+            out.members.push_back(member_of(m));
+        }
     }
     out.bytes = read_bytes(bin_path); /* its size checked when the dump was opened */
-    if (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size)
+    if (decoded_file &&
+        (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size))
         throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
                                      json_path, field(written, "size").serialize(), push.size));
 
-    /* the members again, from the raw bytes and the arrays behind the pointers */
-    const std::vector<uint8_t> bytes(out.bytes.begin(), out.bytes.end());
+    /* the members again, from the raw bytes and the arrays behind the pointers; a recording's
+     * bytes as this build lays the structure out, where the recorder's pointers were narrower */
+    std::vector<uint8_t> bytes(out.bytes.begin(), out.bytes.end());
+    if (!decoded_file) {
+        const std::vector<uint8_t> host = with_host_pointers(
+            push.type.empty() ? nullptr : push.type.c_str(), bytes, d.pointer_bytes);
+        if (!host.empty()) bytes = host;
+    }
     decode_input input;
     input.block                    = push.block.c_str();
     input.type                     = push.type.empty() ? nullptr : push.type.c_str();
@@ -380,8 +397,9 @@ decoded_push read_push(const dump &d, const dump_push &push) {
     const isp::struct_desc *layout = input.type ? isp::find_struct(input.type) : nullptr;
     const isp::block_map *map      = isp::find_block_map(push.block.c_str());
     /* a structure this build does not lay out, or lays out otherwise (a dump of a target whose
-     * pointers have another width): its decoded file is taken as written */
-    if (!layout || layout->size != bytes.size()) return out;
+     * pointers have another width): its decoded file is taken as written; without one, the
+     * decoder says what it cannot lay out */
+    if (decoded_file && (!layout || layout->size != bytes.size())) return out;
     for (const std::string &target : push.targets) {
         /* "<push>.<member>.bin": the element size is the one its register rows store */
         const std::string stem   = target.substr(0, target.size() - 4);
@@ -399,6 +417,11 @@ decoded_push read_push(const dump &d, const dump_push &push) {
     const value decoded = decode_structure(input);
     for (const value &m : field(decoded, "members").get<picojson::array>())
         from_bytes.push_back(member_of(m));
+    if (!decoded_file) {
+        out.problem = text_of(field(decoded, "problem"));
+        out.members = std::move(from_bytes);
+        return out;
+    }
     if (const std::string member = disagreeing_member(from_bytes, out.members); !member.empty())
         throw dump_error(bin_path + ": its bytes disagree with " + json_path + " (member " +
                          member + ")");

@@ -1,6 +1,8 @@
 /* The one reader of dump directories, for diff, report and whatever compares runs: the manifest
  * (the current layout and the one before it) checked against the files it lists, and each push's
- * decoded members checked against its raw bytes when the push is read. */
+ * decoded members checked against its raw bytes when the push is read. A recording (made on the
+ * board by the preloaded recorder) is a dump whose pushes have raw bytes only: they are decoded
+ * when read. */
 #ifndef ISP_CASE_DUMP_READER_H
 #define ISP_CASE_DUMP_READER_H
 
@@ -39,7 +41,7 @@ struct dump_push {
     std::string group, type; /* empty for a command or type the tool does not know */
     size_t size = 0;         /* bytes pushed */
     std::vector<dump_source> sources;
-    std::string bin, json;            /* relative to the dump */
+    std::string bin, json;            /* relative to the dump; json empty in a recording */
     std::vector<std::string> cmodel;  /* C-model files */
     std::vector<std::string> targets; /* raw arrays behind pointer members */
 };
@@ -78,7 +80,8 @@ struct dump_verdict {
 
 struct dump {
     std::string dir;
-    int version = 0; /* of the manifest */
+    int version    = 0;     /* of the manifest */
+    bool recording = false; /* raw bytes only, decoded when read */
     std::string tool, library, case_path;
     int part_h = 0, part_v = 0, channels = 0, frames = 0;
     unsigned pointer_bytes = 0;
@@ -98,7 +101,8 @@ struct dump {
 dump open_dump(const std::string &dir);
 
 /* The decoded members of one push, checked against its raw bytes (and the arrays behind its
- * pointers): a .json that does not decode from its .bin is an error naming both. */
+ * pointers): a .json that does not decode from its .bin is an error naming both. A push without
+ * a .json (a recording's) is decoded from its .bin. */
 decoded_push read_push(const dump &d, const dump_push &push);
 
 /* "frame 1 (f1)", "setup (f0)", "frame 5 (f3 again)", "teardown": a step with the frame

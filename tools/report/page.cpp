@@ -228,7 +228,9 @@ const char *verdict_class(const dump_verdict &v) {
 void verdict_of(std::string &out, const dump &d, const std::string &run) {
     if (!d.verdict.recorded) {
         out += "<p class=\"verdict\">" + run +
-               "no verdict: the manifest is of an older isp-case, which recorded none.</p>";
+               (d.recording ? "no verdict: a recording made on the board judges nothing.</p>"
+                            : "no verdict: the manifest is of an older isp-case, which recorded "
+                              "none.</p>");
         return;
     }
     /* the text says "(--strict)" where the flag decided the verdict */
