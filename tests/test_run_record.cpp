@@ -74,9 +74,10 @@ TEST(RunRecordFindings, EachOutcomeHasASeverity) {
 /* Errors (findings, platform problems, dump problems) fail a run; warnings make it not clean,
  * and fail it under --strict. */
 TEST(RunRecordVerdict, ErrorsFailWarningsFailOnlyUnderStrict) {
-    const auto found = [](isp_case::severity level) {
+    const auto found = [](isp_case::severity level, size_t i) {
         isp_case::finding f;
-        f.level = level;
+        f.level   = level;
+        f.message = std::to_string(i); /* distinct faults, not one found again */
         return f;
     };
     const struct {
@@ -94,8 +95,8 @@ TEST(RunRecordVerdict, ErrorsFailWarningsFailOnlyUnderStrict) {
     };
     for (const auto &row : rows) {
         isp_case::run_record record(3);
-        for (size_t i = 0; i < row.errors; ++i) record.add(found(isp_case::severity::error));
-        for (size_t i = 0; i < row.warnings; ++i) record.add(found(isp_case::severity::warning));
+        for (size_t i = 0; i < row.errors; ++i) record.add(found(isp_case::severity::error, i));
+        for (size_t i = 0; i < row.warnings; ++i) record.add(found(isp_case::severity::warning, i));
         record.add_platform_problems(std::vector<std::string>(row.platform, "a leak"));
         record.add_dump_problems(row.dump);
         const isp_case::verdict v = isp_case::judge(record, row.strict);

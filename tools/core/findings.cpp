@@ -3,6 +3,7 @@
 
 #include <fmt/core.h>
 
+#include "tools/core/finding_groups.h"
 #include "tools/output/escape.h"
 
 namespace isp_case {
@@ -10,9 +11,10 @@ namespace isp_case {
 std::string finding_line(const finding &f) {
     std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
     if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);
-    return terminal_text(fmt::format("{}: {}: {}{} [{}]", where, severity_name(f.level),
+    const std::string places = places_text(f);
+    return terminal_text(fmt::format("{}: {}: {}{}{} [{}]", where, severity_name(f.level),
                                      f.module.empty() ? "" : f.module + ": ", f.message,
-                                     kind_name(f.kind)));
+                                     places.empty() ? "" : " (" + places + ")", kind_name(f.kind)));
 }
 
 finding_counts count_findings(const std::vector<finding> &findings) {
@@ -38,6 +40,19 @@ picojson::value finding_json(const finding &f) {
     o["format"]   = text(f.format);
     o["hardware"] = text(f.hardware);
     o["message"]  = text(f.message);
+    o["probably"] = text(f.probably);
+    picojson::array places;
+    for (const finding_place &p : f.places) {
+        picojson::object at;
+        at["file"]      = text(p.file);
+        at["step"]      = text(p.step);
+        at["frame"]     = picojson::value(double(p.frame));
+        at["partition"] = picojson::value(double(p.partition));
+        at["channel"]   = picojson::value(double(p.channel));
+        places.push_back(picojson::value(at));
+    }
+    o["places"]            = picojson::value(places);
+    o["places_not_listed"] = picojson::value(double(f.places_not_kept));
     return picojson::value(o);
 }
 
@@ -80,13 +95,28 @@ bool finding_from_json(const picojson::value &v, finding &out) {
             known  = true;
         }
     if (!known) return false;
+    /* what grouped findings add; absent from the manifests of older dumps */
+    text("probably", f.probably);
+    const auto places = o.find("places");
+    if (places != o.end() && places->second.is<picojson::array>())
+        for (const picojson::value &p : places->second.get<picojson::array>()) {
+            finding_place at;
+            const auto number = [&](const char *key) {
+                const picojson::value &n = p.get(key);
+                return n.is<double>() ? int(n.get<double>()) : -1;
+            };
+            if (!p.get("file").is<std::string>() || !p.get("step").is<std::string>()) return false;
+            at.file      = p.get("file").get<std::string>();
+            at.step      = p.get("step").get<std::string>();
+            at.frame     = number("frame");
+            at.partition = number("partition");
+            at.channel   = number("channel");
+            f.places.push_back(std::move(at));
+        }
+    int more = 0;
+    if (number("places_not_listed", more)) f.places_not_kept = size_t(more);
     out = std::move(f);
     return true;
-}
-
-void finding_tally::add(const finding &f) {
-    ++(f.level == severity::error ? counts_.errors : counts_.warnings);
-    if (kept_.size() < limit_) kept_.push_back(f);
 }
 
 std::string grouped(size_t value) {
