@@ -333,8 +333,13 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
     auto edit = [](const std::string &file, const std::string &from, const std::string &to) {
         return plant([=](const std::string &c) { replace_in(c + file, from, to); });
     };
-    auto d_gain = [&](const std::string &value) {
-        return edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {\"val\": " + value + "}");
+    /* in every partition, which gives one entry of what each finds */
+    auto d_gain = [](const std::string &value) {
+        return plant([=](const std::string &c) {
+            for (const char *p : {"0", "1", "2", "3"})
+                replace_in(c + "/cfgs/f0/rtl_wbc_p" + p + ".json", "\"d_gain\": {\"val\": 256}",
+                           "\"d_gain\": {\"val\": " + value + "}");
+        });
     };
     auto write = [](const std::string &file, const std::string &text) {
         return plant([=](const std::string &c) { std::ofstream(c + file) << text; });
@@ -357,29 +362,32 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
          "\"d_gain\"; the field reads as 0 [missing-field]"},
         {d_gain("-5"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = -5 (u10.8): the format is "
-         "unsigned and the sign is dropped; this partition would give the hardware 5 (0.01953125), "
-         "but only p3's 256 reaches it [sign-dropped]"},
+         "unsigned and the sign is dropped; the hardware gets 5 (0.01953125) (p0-p3) "
+         "[sign-dropped]"},
         {d_gain("1048576"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1048576 (u10.8): wider than "
-         "u10.8 (18 bits), the register keeps the low 18 bits; this partition would give the "
-         "hardware 0 (0), but only p3's 256 reaches it [too-wide]"},
+         "u10.8 (18 bits), the register keeps the low 18 bits; the hardware gets 0 (0) (p0-p3) "
+         "[too-wide]"},
         {d_gain("100.5"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 100.5 (u10.8): the fraction "
-         "below one step is truncated to 100; this partition would give the hardware 100 "
-         "(0.390625), but only p3's 256 reaches it [truncated]"},
+         "below one step is truncated to 100; the hardware gets 100 (0.390625) (p0-p3) "
+         "[truncated]"},
         {d_gain("99999999999"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 99999999999 (u10.8): beyond "
          "the 32-bit range, it saturates to 2147483647, wider than u10.8 (18 bits), the register "
-         "keeps the low 18 bits; this partition would give the hardware 262143 (1023.99609375), "
-         "but only p3's 256 reaches it [saturated]"},
-        {edit(wbc0, "\"d_gain\"", "\"d_gian\""), "wbc",
+         "keeps the low 18 bits; the hardware gets 262143 (1023.99609375) (p0-p3) [saturated]"},
+        {[](const std::string &c) {
+             for (const char *p : {"0", "1", "2", "3"})
+                 replace_in(c + "/cfgs/f0/rtl_wbc_p" + p + ".json", "\"d_gain\"", "\"d_gian\"");
+         },
+         "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:6:5: error: wbc: \"d_gian\" is probably \"d_gain\": the field "
-         "d_gain.val (u10.8) reads as 0 [missing-field]"},
+         "d_gain.val (u10.8) reads as 0 (p0-p3) [missing-field]"},
         {edit(wbc0, "\"val3\": 256}", "\"val3\": 256, \"val3\": 300}"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:8:44: warning: wbc: key \"val3\" repeats in \"wb_gain2\": "
          "picojson keeps the last value, 300 (line 8), and ignores 256 (line 8, column 31) "
          "[duplicate-key]"},
-        {d_gain("300"), "wbc",
+        {edit(wbc0, "\"d_gain\": {\"val\": 256}", "\"d_gain\": {\"val\": 300}"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val (u10.8) is not per partition "
          "and rtl_wbc_p0.json differs from the other partitions: p0 300, p1-p3 256; only p3's "
          "256 (rtl_wbc_p3.json) reaches the hardware [partitions-disagree]"},
@@ -439,14 +447,13 @@ TEST(IspCaseCheck, EveryKindOfFindingIsNamedWithItsPlace) {
          "[trailing-content]"},
         {d_gain("1e-400"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json:6:23: warning: wbc: d_gain.val = 1e-400 (u10.8): too small "
-         "for a double, it reads as 0; this partition would give the hardware 0 (0), but only p3's "
-         "256 reaches it [underflow]"},
+         "for a double, it reads as 0; the hardware gets 0 (0) (p0-p3) [underflow]"},
         {[](const std::string &c) { fs::create_directory(c + "/cfgs/f01"); }, "wbc",
          "C/cfgs/f01: warning: frame directory f01 is never read: the library reads frame "
          "directories named f0, f1, ... without leading zeros [frame-directory]"},
         {d_gain("1e999"), "wbc",
          "C/cfgs/f0/rtl_wbc_p0.json: error: wbc: number out of range (picojson raises "
-         "overflow_error): line 6: 1e999 [number-out-of-range]"},
+         "overflow_error): line 6: 1e999 (p0-p3) [number-out-of-range]"},
         {write("/cfgs/f0/rtl_csc_p0.json", "[1, 2]"), "csc",
          "C/cfgs/f0/rtl_csc_p0.json:1:1: error: csc: root is not an object: the root is an "
          "array [root-not-object]"},

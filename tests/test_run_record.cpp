@@ -108,3 +108,122 @@ TEST(RunRecordVerdict, ErrorsFailWarningsFailOnlyUnderStrict) {
 }
 
 }  // namespace
+
+namespace {
+
+/* A finding of the lint in cfgs/fN/rtl_wbc_pP.json. */
+isp_case::finding in_file(isp_case::finding_kind kind, int frame, int partition,
+                          const std::string &message) {
+    isp_case::finding f;
+    f.level     = kind == isp_case::finding_kind::unknown_key ? isp_case::severity::warning
+                                                              : isp_case::severity::error;
+    f.kind      = kind;
+    f.frame     = frame;
+    f.partition = partition;
+    f.file =
+        "c/cfgs/f" + std::to_string(frame) + "/rtl_wbc_p" + std::to_string(partition) + ".json";
+    f.line = f.column = 6;
+    f.module          = "wbc";
+    f.message         = message;
+    return f;
+}
+
+/* The entries of findings added in one batch, and their count. */
+lines_t entries(const std::vector<isp_case::finding> &findings) {
+    isp_case::finding_tally tally(SIZE_MAX);
+    tally.add(findings);
+    lines_t lines;
+    for (const isp_case::finding &f : tally.kept()) lines.push_back(isp_case::finding_line(f));
+    lines.push_back(isp_case::counted(tally.counts().errors, "error"));
+    return lines;
+}
+
+}  // namespace
+
+TEST(FindingGroups, TheSameFaultInEveryPartitionIsOneEntry) {
+    std::vector<isp_case::finding> found;
+    for (int p : {0, 1, 2, 3, 5})
+        found.push_back(in_file(isp_case::finding_kind::type, 0, p, p == 5 ? "other" : "bad"));
+    EXPECT_EQ(entries(found),
+              (lines_t{"c/cfgs/f0/rtl_wbc_p0.json:6:6: error: wbc: bad (p0-p3) [type]",
+                       "c/cfgs/f0/rtl_wbc_p5.json:6:6: error: wbc: other [type]", "2 errors"}));
+}
+
+TEST(FindingGroups, TheSameFaultInEveryFrameOrStepIsOneEntry) {
+    std::vector<isp_case::finding> found;
+    for (int frame : {0, 1, 2, 3, 7})
+        found.push_back(in_file(isp_case::finding_kind::type, frame, 1, "bad"));
+    isp_case::op_outcome raised;
+    raised.kind      = isp_case::op_kind::process;
+    raised.ran       = true;
+    raised.exception = "bad";
+    const isp_case::module_step m{isp_case::find_module("wbc"), {raised}, -1, {}};
+    for (int n : {1, 2, 3}) {
+        const auto step = isp_case::findings_of(isp_case::frame_step(n, 2), m);
+        found.insert(found.end(), step.begin(), step.end());
+    }
+    EXPECT_EQ(entries(found),
+              (lines_t{"c/cfgs/f0/rtl_wbc_p1.json:6:6: error: wbc: bad (f0-f3,f7) [type]",
+                       "frame 1: error: wbc: process: raised: bad (at 3 steps, frame 1 to frame 3 "
+                       "(f2 again)) [operation-raised]",
+                       "2 errors"}));
+}
+
+/* A misspelt register hides each of its fields; a misspelt field only itself. */
+TEST(FindingGroups, AMissingKeyBesideItsNearMissIsOneFinding) {
+    using isp_case::finding_kind;
+    isp_case::finding reg   = in_file(finding_kind::unknown_key, 0, 0, "unknown register"),
+                      field = in_file(finding_kind::unknown_key, 0, 0, "unknown field"),
+                      lone  = in_file(finding_kind::unknown_key, 0, 0, "unknown register too");
+    reg.reg                 = "d_gian";
+    reg.probably            = "d_gain";
+    field.reg               = "wb_gain0";
+    field.field             = "vla0";
+    field.probably          = "val0";
+    lone.reg                = "zzz";
+    std::vector<isp_case::finding> found = {reg, field, lone};
+    for (const char *name : {"d_gain.val", "wb_gain0.val0", "wb_gain0.val1"}) {
+        isp_case::finding missing = in_file(finding_kind::missing_field, 0, 0, "missing");
+        const std::string label   = name;
+        missing.reg               = label.substr(0, label.find('.'));
+        missing.field             = label.substr(label.find('.') + 1);
+        missing.format            = "u10.8";
+        missing.hardware          = "0 (0)";
+        missing.line              = 2;
+        found.push_back(missing);
+    }
+    EXPECT_EQ(entries(found),
+              (lines_t{"c/cfgs/f0/rtl_wbc_p0.json:6:6: error: wbc: \"d_gian\" is probably "
+                       "\"d_gain\": the field d_gain.val (u10.8) reads as 0 [missing-field]",
+                       "c/cfgs/f0/rtl_wbc_p0.json:6:6: error: wbc: \"vla0\" is probably \"val0\": "
+                       "the field wb_gain0.val0 (u10.8) reads as 0 [missing-field]",
+                       "c/cfgs/f0/rtl_wbc_p0.json:6:6: warning: wbc: unknown register too "
+                       "[unknown-key]",
+                       "c/cfgs/f0/rtl_wbc_p0.json:2:6: error: wbc: missing [missing-field]",
+                       "3 errors"}));
+}
+
+/* The converter's message on a value the lint found unreadable is a place of that finding, for
+ * every module that reads the file; another field's message is a finding of its own. */
+TEST(FindingGroups, TheRunsMessageOnAValueTheLintExplainsIsAttached) {
+    isp_case::finding missing = in_file(isp_case::finding_kind::missing_field, 0, 0, "missing");
+    missing.module            = "awb, wbc";
+    missing.reg               = "d_gain";
+    missing.field             = "val";
+    isp_case::op_outcome init;
+    init.kind     = isp_case::op_kind::init;
+    init.ran      = true;
+    init.messages = {"read json_obj failed: d_gain.val", "read json_obj failed: d_gain.vol"};
+    const isp_case::module_step m{isp_case::find_module("wbc"), {init}, -1, {}};
+    std::vector<isp_case::finding> found = {missing};
+    for (const isp_case::step_id &step : {isp_case::setup_step(), isp_case::frame_step(1, 1)}) {
+        const auto run = isp_case::findings_of(step, m);
+        found.insert(found.end(), run.begin(), run.end());
+    }
+    EXPECT_EQ(entries(found),
+              (lines_t{"c/cfgs/f0/rtl_wbc_p0.json:6:6: error: awb, wbc: missing (at 2 steps, setup "
+                       "to frame 1) [missing-field]",
+                       "setup: error: wbc: init: read json_obj failed: d_gain.vol (at 2 steps, "
+                       "setup to frame 1) [field-not-read]",
+                       "2 errors"}));
+}
