@@ -111,31 +111,36 @@ TEST(RunRecordVerdict, ErrorsFailWarningsFailOnlyUnderStrict) {
 
 namespace {
 
-/* A finding of the lint in cfgs/fN/rtl_wbc_pP.json. */
+/* A finding of the lint on REG.FIELD of cfgs/fN/rtl_wbc_pP.json, at line 6, column 6. */
 isp_case::finding in_file(isp_case::finding_kind kind, int frame, int partition,
-                          const std::string &message) {
+                          const std::string &message, const std::string &reg = "",
+                          const std::string &field = "") {
     isp_case::finding f;
-    f.level     = kind == isp_case::finding_kind::unknown_key ? isp_case::severity::warning
-                                                              : isp_case::severity::error;
-    f.kind      = kind;
-    f.frame     = frame;
-    f.partition = partition;
+    f.level = kind == isp_case::finding_kind::unknown_key ? isp_case::severity::warning
+                                                          : isp_case::severity::error;
+    f.kind  = kind;
+    f.frame = frame, f.partition = partition;
     f.file =
         "c/cfgs/f" + std::to_string(frame) + "/rtl_wbc_p" + std::to_string(partition) + ".json";
     f.line = f.column = 6;
-    f.module          = "wbc";
-    f.message         = message;
+    f.module = "wbc", f.reg = reg, f.field = field, f.message = message;
+    f.format = "u10.8", f.hardware = "0 (0)";
     return f;
 }
 
-/* The entries of findings added in one batch, and their count. */
-lines_t entries(const std::vector<isp_case::finding> &findings) {
+/* The entries of the lint's findings, then of wbc's operation on the steps, and their count. */
+lines_t entries(std::vector<isp_case::finding> found, isp_case::op_outcome op = {},
+                const std::vector<isp_case::step_id> &steps = {}) {
+    op.ran = true;
+    for (const isp_case::step_id &step : steps) {
+        const auto run = isp_case::findings_of(step, {isp_case::find_module("wbc"), {op}, -1, {}});
+        found.insert(found.end(), run.begin(), run.end());
+    }
     isp_case::finding_tally tally(SIZE_MAX);
-    tally.add(findings);
+    tally.add(found);
     lines_t lines;
     for (const isp_case::finding &f : tally.kept()) lines.push_back(isp_case::finding_line(f));
-    lines.push_back(isp_case::counted(tally.counts().errors, "error"));
-    return lines;
+    return lines.push_back(isp_case::counted(tally.counts().errors, "error")), lines;
 }
 
 }  // namespace
@@ -155,43 +160,27 @@ TEST(FindingGroups, TheSameFaultInEveryFrameOrStepIsOneEntry) {
         found.push_back(in_file(isp_case::finding_kind::type, frame, 1, "bad"));
     isp_case::op_outcome raised;
     raised.kind      = isp_case::op_kind::process;
-    raised.ran       = true;
     raised.exception = "bad";
-    const isp_case::module_step m{isp_case::find_module("wbc"), {raised}, -1, {}};
-    for (int n : {1, 2, 3}) {
-        const auto step = isp_case::findings_of(isp_case::frame_step(n, 2), m);
-        found.insert(found.end(), step.begin(), step.end());
-    }
-    EXPECT_EQ(entries(found),
+    EXPECT_EQ(entries(found, raised,
+                      {isp_case::frame_step(1, 2), isp_case::frame_step(2, 2),
+                       isp_case::frame_step(3, 2)}),
               (lines_t{"c/cfgs/f0/rtl_wbc_p1.json:6:6: error: wbc: bad (f0-f3,f7) [type]",
                        "frame 1: error: wbc: process: raised: bad (at 3 steps, frame 1 to frame 3 "
                        "(f2 again)) [operation-raised]",
                        "2 errors"}));
 }
 
-/* A misspelt register hides each of its fields; a misspelt field only itself. */
+/* A misspelt register hides each of its fields, a misspelt field only itself. */
 TEST(FindingGroups, AMissingKeyBesideItsNearMissIsOneFinding) {
     using isp_case::finding_kind;
-    isp_case::finding reg   = in_file(finding_kind::unknown_key, 0, 0, "unknown register"),
-                      field = in_file(finding_kind::unknown_key, 0, 0, "unknown field"),
-                      lone  = in_file(finding_kind::unknown_key, 0, 0, "unknown register too");
-    reg.reg                 = "d_gian";
-    reg.probably            = "d_gain";
-    field.reg               = "wb_gain0";
-    field.field             = "vla0";
-    field.probably          = "val0";
-    lone.reg                = "zzz";
-    std::vector<isp_case::finding> found = {reg, field, lone};
-    for (const char *name : {"d_gain.val", "wb_gain0.val0", "wb_gain0.val1"}) {
-        isp_case::finding missing = in_file(finding_kind::missing_field, 0, 0, "missing");
-        const std::string label   = name;
-        missing.reg               = label.substr(0, label.find('.'));
-        missing.field             = label.substr(label.find('.') + 1);
-        missing.format            = "u10.8";
-        missing.hardware          = "0 (0)";
-        missing.line              = 2;
-        found.push_back(missing);
-    }
+    std::vector<isp_case::finding> found = {
+        in_file(finding_kind::unknown_key, 0, 0, "unknown register", "d_gian"),
+        in_file(finding_kind::unknown_key, 0, 0, "unknown field", "wb_gain0", "vla0"),
+        in_file(finding_kind::unknown_key, 0, 0, "unknown register too", "zzz"),
+        in_file(finding_kind::missing_field, 0, 0, "missing", "d_gain", "val"),
+        in_file(finding_kind::missing_field, 0, 0, "missing", "wb_gain0", "val0"),
+        in_file(finding_kind::missing_field, 0, 0, "missing", "wb_gain0", "val1")};
+    found[0].probably = "d_gain", found[1].probably = "val0";
     EXPECT_EQ(entries(found),
               (lines_t{"c/cfgs/f0/rtl_wbc_p0.json:6:6: error: wbc: \"d_gian\" is probably "
                        "\"d_gain\": the field d_gain.val (u10.8) reads as 0 [missing-field]",
@@ -199,28 +188,20 @@ TEST(FindingGroups, AMissingKeyBesideItsNearMissIsOneFinding) {
                        "the field wb_gain0.val0 (u10.8) reads as 0 [missing-field]",
                        "c/cfgs/f0/rtl_wbc_p0.json:6:6: warning: wbc: unknown register too "
                        "[unknown-key]",
-                       "c/cfgs/f0/rtl_wbc_p0.json:2:6: error: wbc: missing [missing-field]",
+                       "c/cfgs/f0/rtl_wbc_p0.json:6:6: error: wbc: missing [missing-field]",
                        "3 errors"}));
 }
 
 /* The converter's message on a value the lint found unreadable is a place of that finding, for
  * every module that reads the file; another field's message is a finding of its own. */
 TEST(FindingGroups, TheRunsMessageOnAValueTheLintExplainsIsAttached) {
-    isp_case::finding missing = in_file(isp_case::finding_kind::missing_field, 0, 0, "missing");
-    missing.module            = "awb, wbc";
-    missing.reg               = "d_gain";
-    missing.field             = "val";
+    isp_case::finding missing =
+        in_file(isp_case::finding_kind::missing_field, 0, 0, "missing", "d_gain", "val");
+    missing.module = "awb, wbc";
     isp_case::op_outcome init;
     init.kind     = isp_case::op_kind::init;
-    init.ran      = true;
     init.messages = {"read json_obj failed: d_gain.val", "read json_obj failed: d_gain.vol"};
-    const isp_case::module_step m{isp_case::find_module("wbc"), {init}, -1, {}};
-    std::vector<isp_case::finding> found = {missing};
-    for (const isp_case::step_id &step : {isp_case::setup_step(), isp_case::frame_step(1, 1)}) {
-        const auto run = isp_case::findings_of(step, m);
-        found.insert(found.end(), run.begin(), run.end());
-    }
-    EXPECT_EQ(entries(found),
+    EXPECT_EQ(entries({missing}, init, {isp_case::setup_step(), isp_case::frame_step(1, 1)}),
               (lines_t{"c/cfgs/f0/rtl_wbc_p0.json:6:6: error: awb, wbc: missing (at 2 steps, setup "
                        "to frame 1) [missing-field]",
                        "setup: error: wbc: init: read json_obj failed: d_gain.vol (at 2 steps, "
