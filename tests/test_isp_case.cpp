@@ -510,6 +510,17 @@ TEST(IspCaseCheck, WarningsFailOnlyUnderStrictAndJsonListsThem) {
             "\"probably\":\"\",\"register\":\"d_gain\",\"severity\":\"warning\",\"step\":\"\","
             "\"value\":\"-5\"}");
 
+    // the same entries as workflow annotations, the place in their properties
+    const tool_run github = run_tool(dir, "check --format github --modules wbc " + c);
+    EXPECT_EQ(github.status, 0);
+    EXPECT_EQ(split_lines(github.out).at(1),
+              "::warning file=" + c +
+                  "/cfgs/f0/rtl_wbc_p0.json,line=6,col=23,title=partitions-"
+                  "disagree::wbc: d_gain.val (u10.8) is not per partition and "
+                  "rtl_wbc_p0.json differs from the other partitions: p0 -5, "
+                  "p1-p3 256; only p3's 256 (rtl_wbc_p3.json) reaches the "
+                  "hardware");
+
     const tool_run replay = run_tool(dir, "replay --modules wbc " + c);
     EXPECT_EQ(replay.status, 0);
     expect_lines(replay.out, {"  findings    0 errors, 2 warnings",

@@ -8,13 +8,47 @@
 
 namespace isp_case {
 
+namespace {
+
+/* "MODULES: MESSAGE (PLACES)", what every form of a finding says after its place */
+std::string finding_text(const finding &f) {
+    const std::string places = places_text(f);
+    return fmt::format("{}{}{}", f.module.empty() ? "" : f.module + ": ", f.message,
+                       places.empty() ? "" : " (" + places + ")");
+}
+
+/* GitHub's workflow commands end a value at a line end, a property also at ',' and ':' */
+std::string annotation_escaped(const std::string &text, bool property) {
+    std::string out;
+    for (char c : text) {
+        if (c == '%' || c == '\r' || c == '\n' || (property && (c == ',' || c == ':')))
+            out += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+        else
+            out += c;
+    }
+    return out;
+}
+
+}  // namespace
+
 std::string finding_line(const finding &f) {
     std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
     if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);
-    const std::string places = places_text(f);
-    return terminal_text(fmt::format("{}: {}: {}{}{} [{}]", where, severity_name(f.level),
-                                     f.module.empty() ? "" : f.module + ": ", f.message,
-                                     places.empty() ? "" : " (" + places + ")", kind_name(f.kind)));
+    return terminal_text(fmt::format("{}: {}: {} [{}]", where, severity_name(f.level),
+                                     finding_text(f), kind_name(f.kind)));
+}
+
+std::string finding_annotation(const finding &f) {
+    std::string properties;
+    if (!f.file.empty()) {
+        properties = "file=" + annotation_escaped(f.file, true);
+        if (f.line > 0) properties += fmt::format(",line={},col={}", f.line, f.column);
+        properties += ",";
+    }
+    const std::string text =
+        (f.file.empty() ? (f.step.empty() ? "settings" : f.step) + ": " : "") + finding_text(f);
+    return terminal_text(fmt::format("::{} {}title={}::{}", severity_name(f.level), properties,
+                                     kind_name(f.kind), annotation_escaped(text, false)));
 }
 
 finding_counts count_findings(const std::vector<finding> &findings) {

@@ -101,6 +101,10 @@ struct finding {
  * are not known, no modules where none reads it, the places of a group as places_text. For
  * people: what came from a file is terminal_text. */
 std::string finding_line(const finding &f);
+/* The same as a GitHub workflow annotation: "::warning file=F,line=L,col=C,title=KIND::MODULES:
+ * MESSAGE (PLACES)", escaped as the runner reads it back; no file for the run's settings and
+ * steps, whose place starts the text. */
+std::string finding_annotation(const finding &f);
 
 struct finding_counts {
     size_t errors = 0, warnings = 0;

@@ -76,4 +76,9 @@ void print_check_json(std::FILE *out, const run_settings &settings, const check_
     fmt::print(out, "{}", picojson::value(doc).serialize(true));
 }
 
+void print_check_github(std::FILE *out, const check_result &result) {
+    const finding_tally entries = entries_of(result);
+    for (const finding &f : entries.kept()) fmt::print(out, "{}\n", finding_annotation(f));
+}
+
 }  // namespace isp_case
