@@ -29,10 +29,12 @@ void add_place(finding &entry, const finding_place &place) {
         ++entry.places_not_kept;
 }
 
-/* A value no converter can read: the run's "read json_obj failed" for it says the same. */
+/* A value no converter can read, or the converter's own message on it in the lint: the run's
+ * "read json_obj failed" for it says the same. */
 bool explains_unread(const finding &f) {
-    return f.step.empty() &&
-           (f.kind == finding_kind::missing_field || f.kind == finding_kind::type);
+    return f.step.empty() && !f.reg.empty() &&
+           (f.kind == finding_kind::missing_field || f.kind == finding_kind::type ||
+            f.kind == finding_kind::field_not_read);
 }
 
 std::vector<std::string> modules_of(const std::string &list) {

@@ -769,11 +769,11 @@ class case_lint {
         };
         std::map<std::string, report> messages;
         std::vector<std::string> order;
+        const std::string prefix = "read json_obj failed: ";
         for (const module_info *module : planned.readers) {
             const converter_run outcome = run_converters(
                 load_order(*module), root, static_cast<uint8_t>(planned.partition), capture_);
             for (const std::string &line : outcome.messages) {
-                const std::string prefix = "read json_obj failed: ";
                 const std::string name =
                     line.rfind(prefix, 0) == 0 ? line.substr(prefix.size()) : line;
                 if (std::find(unreadable.begin(), unreadable.end(), name) != unreadable.end())
@@ -790,9 +790,11 @@ class case_lint {
         }
         for (const std::string &line : order) {
             const report &r = messages[line];
-            push(make(severity::error, finding_kind::field_not_read, path,
-                      r.count > 1 ? fmt::format("{} (x{})", line, r.count) : line),
-                 names_of(r.modules));
+            finding f       = make(severity::error, finding_kind::field_not_read, path,
+                             r.count > 1 ? fmt::format("{} (x{})", line, r.count) : line);
+            /* the register and field, which the replay's same message is matched on */
+            if (line.rfind(prefix, 0) == 0) split_label(line.substr(prefix.size()), f);
+            push(f, names_of(r.modules));
         }
     }
 
