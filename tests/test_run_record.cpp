@@ -61,8 +61,11 @@ TEST(RunRecordFindings, EachOutcomeHasASeverity) {
                   "[library-warning]",
               }));
 
-    // read back from the JSON every output writes, member for member
-    for (const isp_case::finding &f : isp_case::findings_of(isp_case::setup_step(), m)) {
+    // read back from the JSON every output writes, member for member, places and all
+    isp_case::finding_tally tally;
+    tally.add(isp_case::findings_of(isp_case::setup_step(), m));
+    tally.add(isp_case::findings_of(isp_case::frame_step(1, 3), m));
+    for (const isp_case::finding &f : tally.kept()) {
         isp_case::finding back;
         ASSERT_TRUE(isp_case::finding_from_json(isp_case::finding_json(f), back));
         EXPECT_EQ(isp_case::finding_json(back).serialize(), isp_case::finding_json(f).serialize());
