@@ -263,17 +263,20 @@ std::string named_findings(const stage_report &report, const std::string &case_p
     const std::string prefix = terminal_text(case_path) + "/";
     std::vector<std::string> fresh;
     for (const finding &f : report.findings) {
-        std::string line = finding_line(f);
+        /* the replay's entry of a fault the check named, with the replay's steps, is not new */
+        finding fault = f;
+        fault.places.clear();
+        std::string key = finding_line(fault), line = finding_line(f);
         if (line.rfind(prefix, 0) == 0) line = line.substr(prefix.size());
-        if (std::find(named.begin(), named.end(), line) == named.end()) fresh.push_back(line);
+        if (std::find(named.begin(), named.end(), key) == named.end()) {
+            fresh.push_back(line);
+            named.push_back(key);
+        }
     }
     const size_t more = fresh.size() - std::min(fresh.size(), k_named) + report.findings_not_listed;
     if (fresh.empty() && more == 0) return "";
     std::string text;
-    for (size_t i = 0; i < fresh.size() && i < k_named; ++i) {
-        text += (i ? "; " : "") + fresh[i];
-        named.push_back(fresh[i]);
-    }
+    for (size_t i = 0; i < fresh.size() && i < k_named; ++i) text += (i ? "; " : "") + fresh[i];
     if (more) text += fmt::format("{}and {} more", text.empty() ? "" : "; ", more);
     return " (" + text + ")";
 }

@@ -3,16 +3,52 @@
 
 #include <fmt/core.h>
 
+#include "tools/core/finding_groups.h"
 #include "tools/output/escape.h"
 
 namespace isp_case {
 
+namespace {
+
+/* "MODULES: MESSAGE (PLACES)", what every form of a finding says after its place */
+std::string finding_text(const finding &f) {
+    const std::string places = places_text(f);
+    return fmt::format("{}{}{}", f.module.empty() ? "" : f.module + ": ", f.message,
+                       places.empty() ? "" : " (" + places + ")");
+}
+
+/* GitHub's workflow commands end a value at a line end, a property also at ',' and ':' */
+std::string annotation_escaped(const std::string &text, bool property) {
+    std::string out;
+    for (char c : text) {
+        if (c == '%' || c == '\r' || c == '\n' || (property && (c == ',' || c == ':')))
+            out += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+        else
+            out += c;
+    }
+    return out;
+}
+
+}  // namespace
+
 std::string finding_line(const finding &f) {
     std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
     if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);
-    return terminal_text(fmt::format("{}: {}: {}{} [{}]", where, severity_name(f.level),
-                                     f.module.empty() ? "" : f.module + ": ", f.message,
-                                     kind_name(f.kind)));
+    return terminal_text(fmt::format("{}: {}: {} [{}]", where, severity_name(f.level),
+                                     finding_text(f), kind_name(f.kind)));
+}
+
+std::string finding_annotation(const finding &f) {
+    std::string properties;
+    if (!f.file.empty()) {
+        properties = "file=" + annotation_escaped(f.file, true);
+        if (f.line > 0) properties += fmt::format(",line={},col={}", f.line, f.column);
+        properties += ",";
+    }
+    const std::string text =
+        (f.file.empty() ? (f.step.empty() ? "settings" : f.step) + ": " : "") + finding_text(f);
+    return terminal_text(fmt::format("::{} {}title={}::{}", severity_name(f.level), properties,
+                                     kind_name(f.kind), annotation_escaped(text, false)));
 }
 
 finding_counts count_findings(const std::vector<finding> &findings) {
@@ -38,6 +74,19 @@ picojson::value finding_json(const finding &f) {
     o["format"]   = text(f.format);
     o["hardware"] = text(f.hardware);
     o["message"]  = text(f.message);
+    o["probably"] = text(f.probably);
+    picojson::array places;
+    for (const finding_place &p : f.places) {
+        picojson::object at;
+        at["file"]      = text(p.file);
+        at["step"]      = text(p.step);
+        at["frame"]     = picojson::value(double(p.frame));
+        at["partition"] = picojson::value(double(p.partition));
+        at["channel"]   = picojson::value(double(p.channel));
+        places.push_back(picojson::value(at));
+    }
+    o["places"]            = picojson::value(places);
+    o["places_not_listed"] = picojson::value(double(f.places_not_kept));
     return picojson::value(o);
 }
 
@@ -80,13 +129,28 @@ bool finding_from_json(const picojson::value &v, finding &out) {
             known  = true;
         }
     if (!known) return false;
+    /* what grouped findings add; absent from the manifests of older dumps */
+    text("probably", f.probably);
+    const auto places = o.find("places");
+    if (places != o.end() && places->second.is<picojson::array>())
+        for (const picojson::value &p : places->second.get<picojson::array>()) {
+            finding_place at;
+            const auto number = [&](const char *key) {
+                const picojson::value &n = p.get(key);
+                return n.is<double>() ? int(n.get<double>()) : -1;
+            };
+            if (!p.get("file").is<std::string>() || !p.get("step").is<std::string>()) return false;
+            at.file      = p.get("file").get<std::string>();
+            at.step      = p.get("step").get<std::string>();
+            at.frame     = number("frame");
+            at.partition = number("partition");
+            at.channel   = number("channel");
+            f.places.push_back(std::move(at));
+        }
+    int more = 0;
+    if (number("places_not_listed", more)) f.places_not_kept = size_t(more);
     out = std::move(f);
     return true;
-}
-
-void finding_tally::add(const finding &f) {
-    ++(f.level == severity::error ? counts_.errors : counts_.warnings);
-    if (kept_.size() < limit_) kept_.push_back(f);
 }
 
 std::string grouped(size_t value) {

@@ -67,6 +67,13 @@ inline const char *kind_name(finding_kind kind) {
     return enum_name(finding_kind_names, kind);
 }
 
+/* One place a finding was found: a register file (with the frame directory, partition and
+ * channel it holds, -1 where none) or a step of the replay. */
+struct finding_place {
+    std::string file, step;
+    int frame = -1, partition = -1, channel = -1;
+};
+
 /* Where (file, line, column, or the replay's step), what (module, register, field, the value as
  * written and its format) and what the hardware gets instead. */
 struct finding {
@@ -81,12 +88,23 @@ struct finding {
     std::string format;       /* fixed-point format, or the element width of a table */
     std::string hardware;     /* what reaches the hardware instead */
     std::string message;
+    int frame = -1, partition = -1, channel = -1; /* of the register file, -1 where none */
+    std::string probably; /* an unknown key: the known key it is probably a misspelling of */
+    /* once grouped (finding_tally): every place the same fault was found, this one's first,
+     * kept up to a limit, and how many more there were */
+    std::vector<finding_place> places;
+    size_t places_not_kept = 0;
 };
 
-/* "FILE:LINE:COLUMN: warning: MODULES: MESSAGE [kind]"; the step instead of the file for what an
- * operation did, "settings" for findings without either, no line and column where they are not
- * known, no modules where none reads it. For people: what came from a file is terminal_text. */
+/* "FILE:LINE:COLUMN: warning: MODULES: MESSAGE (PLACES) [kind]"; the step instead of the file for
+ * what an operation did, "settings" for findings without either, no line and column where they
+ * are not known, no modules where none reads it, the places of a group as places_text. For
+ * people: what came from a file is terminal_text. */
 std::string finding_line(const finding &f);
+/* The same as a GitHub workflow annotation: "::warning file=F,line=L,col=C,title=KIND::MODULES:
+ * MESSAGE (PLACES)", escaped as the runner reads it back; no file for the run's settings and
+ * steps, whose place starts the text. */
+std::string finding_annotation(const finding &f);
 
 struct finding_counts {
     size_t errors = 0, warnings = 0;
@@ -110,22 +128,6 @@ struct step_outcome {
     std::string name;
     std::vector<std::pair<std::string, size_t>> counts;
     std::vector<finding> findings;
-};
-
-/* The findings of a whole run, counted in full and kept up to a limit, so that a long run holds
- * the same memory after its millionth finding as after its hundredth. */
-class finding_tally {
-  public:
-    explicit finding_tally(size_t kept = 20) : limit_(kept) {}
-    void add(const finding &f);
-    const finding_counts &counts() const { return counts_; }
-    const std::vector<finding> &kept() const { return kept_; }
-    size_t not_kept() const { return counts_.errors + counts_.warnings - kept_.size(); }
-
-  private:
-    size_t limit_;
-    finding_counts counts_;
-    std::vector<finding> kept_;
 };
 
 /* 85674 as "85,674". */

@@ -21,6 +21,7 @@ std::vector<finding> findings_of(const step_id &step, const module_step &m) {
             f.level   = level;
             f.kind    = kind;
             f.step    = step_name(step);
+            f.frame   = step.kind == phase::teardown ? -1 : step.dir;
             f.module  = m.module->name;
             f.message = std::string(op_name(op.kind)) + ": " + text;
             found.push_back(std::move(f));
@@ -29,8 +30,17 @@ std::vector<finding> findings_of(const step_id &step, const module_step &m) {
             add(severity::error, finding_kind::operation_raised, "raised: " + op.exception);
         else if (op.failed())
             add(severity::error, finding_kind::operation_failed, "returned " + status_text(op));
-        for (const std::string &message : op.messages)
+        for (const std::string &message : op.messages) {
             add(severity::error, finding_kind::field_not_read, message);
+            /* "read json_obj failed: d_gain.val": the register and field, so that the lint's
+             * finding on the value can own the message */
+            const std::string failed = "read json_obj failed: ";
+            if (message.rfind(failed, 0) != 0) continue;
+            const std::string name = message.substr(failed.size());
+            const size_t dot       = name.rfind('.');
+            found.back().reg       = name.substr(0, dot);
+            found.back().field     = dot == std::string::npos ? "" : name.substr(dot + 1);
+        }
         /* a failed operation's own error report is part of its failure */
         for (const isp_sim::log_line &line : op.log)
             if (line.level <= 4 && !op.failed())
@@ -120,7 +130,7 @@ std::string verdict::text() const {
 }
 
 void run_record::add(const std::vector<finding> &findings) {
-    for (const finding &f : findings) tally_.add(f);
+    tally_.add(findings);
 }
 
 step_outcome run_record::add(const replay_step &step) {

@@ -12,6 +12,7 @@
 
 #include "isp_sim.h"
 #include "tools/core/enum_list.h"
+#include "tools/core/finding_groups.h"
 #include "tools/core/findings.h"
 #include "tools/core/module_table.h"
 #include "tools/core/step.h"

@@ -23,7 +23,7 @@ int run_stage(batch_stage stage, const batch_case &c, const batch_settings &batc
     options.case_path = c.path;
     options.frames    = batch.frames;
     if (stage == batch_stage::check)
-        return run_check_command(options, batch.strict, false, &report);
+        return run_check_command(options, batch.strict, "text", &report);
     replay_flags flags;
     flags.quiet  = true;
     flags.strict = batch.strict;

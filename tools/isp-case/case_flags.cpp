@@ -49,11 +49,16 @@ CLI::Validator module_name_check() {
     return name_check(names, "module");
 }
 
-CLI::Option *add_format_option(CLI::App &command, std::string &format, const std::string &json) {
-    const std::vector<std::string> formats(std::begin(output_format_names),
-                                           std::end(output_format_names));
-    return command.add_option("--format", format, "text (default), or json: " + json)
-        ->type_name("text|json")
+CLI::Option *add_format_option(CLI::App &command, std::string &format, const std::string &json,
+                               const std::string &github) {
+    std::vector<std::string> formats(std::begin(output_format_names),
+                                     std::end(output_format_names));
+    if (!github.empty()) formats.push_back("github");
+    return command
+        .add_option(
+            "--format", format,
+            "text (default), or json: " + json + (github.empty() ? "" : "; or github: " + github))
+        ->type_name(github.empty() ? "text|json" : "text|json|github")
         ->check(name_check(formats, "format"));
 }
 

@@ -7,13 +7,16 @@
 
 namespace isp_case {
 
-int run_check_command(const case_options &options, bool strict, bool json, stage_report *report) {
+int run_check_command(const case_options &options, bool strict, const std::string &format,
+                      stage_report *report) {
     run_settings settings;
     case_contents contents;
     if (!settings_or_report(options, "check", settings, contents, report)) return exit_no_case;
     const check_result result = check_case(settings, contents);
-    if (json)
+    if (format == "json")
         print_check_json(stdout, settings, result);
+    else if (format == "github")
+        print_check_github(stdout, result);
     else
         print_check(stdout, settings, result);
     run_record record;
@@ -34,10 +37,10 @@ command_runner add_check_command(CLI::App &app) {
     auto format = std::make_shared<std::string>("text");
     add_case_flags(cmd, *flags);
     cmd.add_flag("--strict", *strict, "Warnings fail the check too");
-    add_format_option(cmd, *format, "every finding in one JSON document");
-    return [flags, strict, format] {
-        return run_check_command(flags->options(), *strict, *format == "json");
-    };
+    add_format_option(cmd, *format, "every finding in one JSON document",
+                      "one workflow annotation per finding, for CI");
+    return
+        [flags, strict, format] { return run_check_command(flags->options(), *strict, *format); };
 }
 
 }  // namespace isp_case

@@ -54,8 +54,10 @@ CLI::Validator non_empty_path();
 CLI::Validator module_name_check();
 
 /* The options every command spells the same way: --format text|json for how it writes to
- * standard output (`json` says what the JSON form is), -o,--out PATH for what it writes. */
-CLI::Option *add_format_option(CLI::App &command, std::string &format, const std::string &json);
+ * standard output (`json` says what the JSON form is, `github`, where given, what the workflow
+ * annotations are), -o,--out PATH for what it writes. */
+CLI::Option *add_format_option(CLI::App &command, std::string &format, const std::string &json,
+                               const std::string &github = "");
 /* --format for a command with views beyond text and json (regmap: csv, html). */
 CLI::Option *add_view_format_option(CLI::App &command, std::string &format,
                                     const std::vector<std::string> &formats);
@@ -78,7 +80,7 @@ struct replay_flags {
  * report to fill: the verdict and findings, or why there was no case to run. */
 int run_replay_command(const case_options &options, const replay_flags &flags,
                        stage_report *report = nullptr);
-int run_check_command(const case_options &options, bool strict, bool json,
+int run_check_command(const case_options &options, bool strict, const std::string &format,
                       stage_report *report = nullptr);
 
 }  // namespace isp_case

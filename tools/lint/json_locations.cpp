@@ -186,9 +186,9 @@ std::string excerpt(const std::string &bytes) {
  * left out), however long; parsing stopped after that line, so its start is found by walking
  * back over as many kept bytes. */
 std::string short_error(const std::string &error, const std::string &text, size_t stop,
-                        const parse_state &state) {
+                        const parse_state &state, json_place &where) {
     if (state.too_deep != std::string::npos) {
-        const json_place at = state.place(state.too_deep);
+        const json_place at = where = state.place(state.too_deep);
         return "nesting deeper than picojson's limit of " +
                std::to_string(picojson::DEFAULT_MAX_DEPTHS) + " levels at line " +
                std::to_string(at.line) + " column " + std::to_string(at.column);
@@ -207,6 +207,7 @@ std::string short_error(const std::string &error, const std::string &text, size_
     if (std::sscanf(error.c_str(), "syntax error at line %d", &line) == 1 && line != place.line &&
         line > 0 && size_t(line) <= state.line_starts.size())
         place = {line, int(std::min(stop, text.size()) - state.line_starts[size_t(line) - 1] + 1)};
+    where = place;
     return "syntax error at line " + std::to_string(place.line) + " column " +
            std::to_string(place.column) + " near: " + excerpt(rest);
 }
@@ -222,7 +223,7 @@ located_document parse_located(const std::string &text) {
     const text_iter end = picojson::_parse(context, text.begin(), text.end(), &doc.error);
     const size_t stop   = size_t(end - text.begin());
     if (!doc.error.empty()) {
-        doc.error = short_error(doc.error, text, stop, state);
+        doc.error = short_error(doc.error, text, stop, state, doc.error_at);
         return doc;
     }
     doc.where.text     = state.scalar_text(begin, stop);

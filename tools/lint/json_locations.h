@@ -38,6 +38,7 @@ struct located_document {
     located_value where;
     std::vector<repeated_key> repeated;
     std::string error;   /* the syntax error, in one short line; empty when the text parsed */
+    json_place error_at; /* where it is; line 0 when picojson does not say */
     json_place trailing; /* text after the root value, which picojson ignores; line 0: none */
 };
 

@@ -380,8 +380,9 @@ struct key_walk {
             f.field                  = depth <= 1 ? "" : key;
             const std::string near   = near_miss(key, node);
             const std::string inside = depth == 0 ? "" : " in " + quoted(container);
-            f.message = fmt::format("unknown {} {}{}: ignored{}", what, quoted(key), inside,
+            f.message  = fmt::format("unknown {} {}{}: ignored{}", what, quoted(key), inside,
                                     near.empty() ? "" : "; did you mean " + quoted(near) + "?");
+            f.probably = near;
             out.push_back(f);
         }
     }
@@ -518,6 +519,7 @@ finding_kind kind_of(file_state state) {
 /* The values a load's partitions gave one member, by partition. */
 struct load_values {
     std::string block;
+    int frame = -1, channel = -1; /* as stamped on the load's findings */
     std::map<std::string, std::vector<std::pair<int, single_value>>> members;
     std::map<int, std::string> files;
 };
@@ -552,6 +554,7 @@ class case_lint {
             case file_state::non_finite: {
                 finding f = make(severity::error, kind_of(probe.state), path, describe(probe));
                 if (probe.state == file_state::byte_order_mark) f.line = f.column = 1;
+                if (probe.state == file_state::syntax) place(f, doc.error_at);
                 push(f, readers);
                 return;
             }
@@ -597,7 +600,14 @@ class case_lint {
     }
 
     void file(const planned_file &planned) {
+        const size_t first = result_.findings.size();
         read(planned);
+        /* the file's place, for grouping, and its readers on what the key walk found */
+        for (size_t i = first; i < result_.findings.size(); ++i) {
+            finding &f = result_.findings[i];
+            stamp(f, planned);
+            if (f.module.empty()) f.module = names_of(planned.readers);
+        }
         const std::string key = load_key(planned);
         if (--files_left_[key] > 0) return;
         files_left_.erase(key);
@@ -615,47 +625,100 @@ class case_lint {
     }
 
   private:
+    static void stamp(finding &f, const planned_file &planned) {
+        f.frame     = planned.frame;
+        f.partition = planned.partition;
+        f.channel =
+            file_kind_of(*planned.readers.front()) == file_kind::per_channel ? planned.channel : -1;
+    }
+
     static std::string load_key(const planned_file &planned) {
         return fmt::format("{} f{} c{}", planned.readers.front()->block, planned.frame,
                            planned.channel);
     }
 
-    /* Members that are not per partition, compared over a load's partitions. */
-    void disagreements(const load_values &values, std::vector<finding> &out) const {
+    /* Members that are not per partition, compared over a load's partitions: the finding is
+     * on the first file that differs from the majority (from p0 when there is none), and names
+     * the one whose value reaches the hardware; a value warning of a partition that does not
+     * win says so instead of what it would give the hardware. */
+    void disagreements(const load_values &values, std::vector<finding> &out) {
         const int partitions = settings_.part_h * settings_.part_v;
         if (partitions < 2) return;
         const int last = (partitions - 1) % 256;
-        {
-            for (const auto &[member, by_partition] : values.members) {
-                bool differ = false;
-                for (const auto &[p, v] : by_partition)
-                    differ = differ || v.codes != by_partition.front().second.codes;
-                if (!differ) continue;
-                const auto kept =
-                    std::find_if(by_partition.begin(), by_partition.end(),
-                                 [&](const auto &entry) { return entry.first == last; });
-                const single_value &shown =
-                    kept != by_partition.end() ? kept->second : by_partition.back().second;
-                const int shown_partition =
-                    kept != by_partition.end() ? last : by_partition.back().first;
-                std::string list;
-                for (const auto &[p, v] : by_partition)
-                    list += fmt::format("{}p{} {}", list.empty() ? "" : ", ", p, v.text);
-                finding f =
-                    make(severity::warning, finding_kind::partitions_disagree,
-                         values.files.at(shown_partition),
-                         fmt::format("{} ({}) is not per partition and the partitions "
-                                     "disagree: {}; only p{}'s {} reaches the hardware",
-                                     shown.label, shown.format, list, shown_partition, shown.text));
-                place(f, shown.at);
-                f.module   = shown.modules;
-                f.value    = shown.text;
-                f.format   = shown.format;
-                f.hardware = shown.codes.size() == 1 ? std::to_string(shown.codes.front()) : "";
-                split_label(shown.label, f);
-                out.push_back(f);
+        for (const auto &[member, by_partition] : values.members) {
+            std::map<std::vector<uint32_t>, size_t> votes;
+            for (const auto &[p, v] : by_partition) ++votes[v.codes];
+            if (votes.size() < 2) continue;
+            const std::vector<uint32_t> *usual = &by_partition.front().second.codes;
+            for (const auto &[codes, n] : votes)
+                if (2 * n > by_partition.size()) usual = &codes;
+            const auto kept             = std::find_if(by_partition.begin(), by_partition.end(),
+                                                       [&](const auto &entry) { return entry.first == last; });
+            const auto &[winner, shown] = kept != by_partition.end() ? *kept : by_partition.back();
+            const auto odd =
+                std::find_if(by_partition.begin(), by_partition.end(),
+                             [&](const auto &entry) { return entry.second.codes != *usual; });
+            std::string list, odd_files;
+            for (size_t i = 0; i < by_partition.size();) {
+                size_t j = i;
+                while (j + 1 < by_partition.size() &&
+                       by_partition[j + 1].second.codes == by_partition[i].second.codes &&
+                       by_partition[j + 1].first == by_partition[j].first + 1)
+                    ++j;
+                list += fmt::format("{}p{}{} {}", list.empty() ? "" : ", ", by_partition[i].first,
+                                    j > i ? fmt::format("-p{}", by_partition[j].first) : "",
+                                    by_partition[i].second.text);
+                i = j + 1;
             }
+            for (const auto &[p, v] : by_partition)
+                if (v.codes != *usual)
+                    odd_files += (odd_files.empty() ? "" : ", ") + base_name(values.files.at(p));
+            const bool majority = usual != &by_partition.front().second.codes ||
+                                  2 * votes[*usual] > by_partition.size();
+            finding f = make(
+                severity::warning, finding_kind::partitions_disagree, values.files.at(odd->first),
+                fmt::format("{} ({}) is not per partition and {} differ{} from {}: {}; only "
+                            "p{}'s {} ({}) reaches the hardware",
+                            shown.label, shown.format, odd_files,
+                            odd_files.find(',') == std::string::npos ? "s" : "",
+                            majority ? "the other partitions" : "p0", list, winner, shown.text,
+                            base_name(values.files.at(winner))));
+            place(f, odd->second.at);
+            f.module    = shown.modules;
+            f.value     = odd->second.text;
+            f.format    = shown.format;
+            f.hardware  = shown.codes.size() == 1 ? std::to_string(shown.codes.front()) : "";
+            f.frame     = values.frame;
+            f.channel   = values.channel;
+            f.partition = odd->first;
+            split_label(shown.label, f);
+            out.push_back(f);
+            for (const auto &[p, v] : by_partition)
+                if (p != winner) overruled(values.files.at(p), v.label, winner, shown.text);
         }
+    }
+
+    /* A value warning on a partition whose value never reaches the hardware. */
+    void overruled(const std::string &file, const std::string &label, int winner,
+                   const std::string &text) {
+        const std::string gets = "; the hardware gets ";
+        for (finding &f : result_.findings) {
+            if (f.file != file || f.level != severity::warning ||
+                f.kind == finding_kind::unknown_key ||
+                (f.message.rfind(label + " = ", 0) != 0 && f.message.rfind(label + "[", 0) != 0))
+                continue;
+            const size_t at = f.message.rfind(gets);
+            if (at == std::string::npos) continue;
+            f.message = fmt::format(
+                "{}; this partition would give the hardware {}, but only "
+                "p{}'s {} reaches it",
+                f.message.substr(0, at), f.message.substr(at + gets.size()), winner, text);
+            f.hardware = text;
+        }
+    }
+
+    static std::string base_name(const std::string &path) {
+        return path.substr(path.rfind('/') + 1);
     }
 
     void push(finding f, const std::string &modules) {
@@ -689,6 +752,10 @@ class case_lint {
                   const single_values &singles) {
         load_values &values             = loads_[load_key(planned)];
         values.files[planned.partition] = path;
+        finding where;
+        stamp(where, planned);
+        values.frame   = where.frame;
+        values.channel = where.channel;
         for (const auto &[member, value] : singles)
             values.members[member].push_back({planned.partition, value});
     }
@@ -702,11 +769,11 @@ class case_lint {
         };
         std::map<std::string, report> messages;
         std::vector<std::string> order;
+        const std::string prefix = "read json_obj failed: ";
         for (const module_info *module : planned.readers) {
             const converter_run outcome = run_converters(
                 load_order(*module), root, static_cast<uint8_t>(planned.partition), capture_);
             for (const std::string &line : outcome.messages) {
-                const std::string prefix = "read json_obj failed: ";
                 const std::string name =
                     line.rfind(prefix, 0) == 0 ? line.substr(prefix.size()) : line;
                 if (std::find(unreadable.begin(), unreadable.end(), name) != unreadable.end())
@@ -723,9 +790,11 @@ class case_lint {
         }
         for (const std::string &line : order) {
             const report &r = messages[line];
-            push(make(severity::error, finding_kind::field_not_read, path,
-                      r.count > 1 ? fmt::format("{} (x{})", line, r.count) : line),
-                 names_of(r.modules));
+            finding f       = make(severity::error, finding_kind::field_not_read, path,
+                             r.count > 1 ? fmt::format("{} (x{})", line, r.count) : line);
+            /* the register and field, which the replay's same message is matched on */
+            if (line.rfind(prefix, 0) == 0) split_label(line.substr(prefix.size()), f);
+            push(f, names_of(r.modules));
         }
     }
 

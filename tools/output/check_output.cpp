@@ -5,6 +5,7 @@
 
 #include <fmt/core.h>
 
+#include "tools/core/finding_groups.h"
 #include "tools/output/escape.h"
 #include "tools/output/text_table.h"
 
@@ -14,24 +15,37 @@ check_result check_case(const run_settings &settings, const case_contents &conte
     return lint_case(settings, contents);
 }
 
+namespace {
+
+/* The check's findings, one entry per fault. */
+finding_tally entries_of(const check_result &result) {
+    finding_tally entries(SIZE_MAX);
+    entries.add(result.findings);
+    return entries;
+}
+
+}  // namespace
+
 void print_check(std::FILE *out, const run_settings &settings, const check_result &result) {
+    const finding_tally entries       = entries_of(result);
+    const std::vector<finding> &found = entries.kept();
     fmt::print(out, "check of {}: grid {}x{}, {} channel{}, {} frame{}, {} modules\n",
                terminal_text(settings.case_path), settings.part_h, settings.part_v,
                settings.channels, settings.channels == 1 ? "" : "s", settings.frames,
                settings.frames == 1 ? "" : "s", settings.modules.size());
-    if (!result.findings.empty()) fmt::print(out, "\n");
-    for (const finding &f : result.findings) fmt::print(out, "{}\n", finding_line(f));
+    if (!found.empty()) fmt::print(out, "\n");
+    for (const finding &f : found) fmt::print(out, "{}\n", finding_line(f));
 
     /* kinds in the order of their first finding */
     std::vector<finding_kind> kinds;
     std::map<finding_kind, finding_counts> per_kind;
-    for (const finding &f : result.findings) {
+    for (const finding &f : found) {
         if (!per_kind.count(f.kind)) kinds.push_back(f.kind);
         finding_counts &c = per_kind[f.kind];
         ++(f.level == severity::error ? c.errors : c.warnings);
     }
     fmt::print(out, "\nsummary ({} files read)\n", result.files_read);
-    const finding_counts total = count_findings(result.findings);
+    const finding_counts total = entries.counts();
     if (!kinds.empty()) {
         text_table table({"finding", "errors", "warnings"});
         for (finding_kind kind : kinds)
@@ -47,7 +61,8 @@ void print_check(std::FILE *out, const run_settings &settings, const check_resul
 }
 
 void print_check_json(std::FILE *out, const run_settings &settings, const check_result &result) {
-    const finding_counts total = count_findings(result.findings);
+    const finding_tally entries = entries_of(result);
+    const finding_counts total  = entries.counts();
     picojson::object doc;
     doc["case"]       = picojson::value(settings.case_path);
     doc["grid"]       = picojson::value(fmt::format("{}x{}", settings.part_h, settings.part_v));
@@ -57,8 +72,13 @@ void print_check_json(std::FILE *out, const run_settings &settings, const check_
     doc["files_read"] = picojson::value(double(result.files_read));
     doc["errors"]     = picojson::value(double(total.errors));
     doc["warnings"]   = picojson::value(double(total.warnings));
-    doc["findings"]   = findings_json(result.findings);
+    doc["findings"]   = findings_json(entries.kept());
     fmt::print(out, "{}", picojson::value(doc).serialize(true));
+}
+
+void print_check_github(std::FILE *out, const check_result &result) {
+    const finding_tally entries = entries_of(result);
+    for (const finding &f : entries.kept()) fmt::print(out, "{}\n", finding_annotation(f));
 }
 
 }  // namespace isp_case

@@ -16,6 +16,8 @@ check_result check_case(const run_settings &settings, const case_contents &conte
 void print_check(std::FILE *out, const run_settings &settings, const check_result &result);
 /* The run, the counts and every finding as one JSON document (schema in docs/isp-case.md). */
 void print_check_json(std::FILE *out, const run_settings &settings, const check_result &result);
+/* One GitHub workflow annotation per finding: "::error file=F,line=L,col=C,title=KIND::TEXT". */
+void print_check_github(std::FILE *out, const check_result &result);
 
 }  // namespace isp_case
 

@@ -287,9 +287,10 @@ void replay_printer::finish(const run_record &record, const verdict &judged,
         fmt::print(out_, "  platform    {}\n", terminal_text(problem));
     fmt::print(out_, "  findings    {}, {}\n", counted(found.counts().errors, "error"),
                counted(found.counts().warnings, "warning"));
-    for (const finding &f : found.kept()) fmt::print(out_, "  finding     {}\n", finding_line(f));
+    /* as check prints them, for editors and annotators that read FILE:LINE:COLUMN lines */
+    for (const finding &f : found.kept()) fmt::print(out_, "{}\n", finding_line(f));
     if (found.not_kept())
-        fmt::print(out_, "  finding     ... and {} more\n", grouped(found.not_kept()));
+        fmt::print(out_, "  findings    ... and {} more\n", grouped(found.not_kept()));
     if (dump) {
         fmt::print(
             out_, "  dump        {} pushes: {} raw, {} decoded and {} C-model files under {}\n",

@@ -11,6 +11,7 @@
 
 #include "convert/common/register_map.h"
 #include "isp_json_utils.h"
+#include "tools/core/finding_groups.h"
 #include "tools/core/findings.h"
 #include "tools/output/escape.h"
 #include "tools/report/svg.h"
@@ -245,10 +246,12 @@ void verdict_of(std::string &out, const dump &d, const std::string &run) {
         if (!finding_from_json(recorded, f)) continue;
         std::string where = !f.file.empty() ? f.file : !f.step.empty() ? f.step : "settings";
         if (f.line > 0) where += fmt::format(":{}:{}", f.line, f.column);
+        const std::string places = places_text(f);
         out += fmt::format(
             "<tr><td>{}</td><td class=\"{}\">{}</td><td>{}</td><td>{}</td><td>{}</td></tr>",
             markup_escape(where), f.level == severity::error ? "bad" : "warn",
-            severity_name(f.level), markup_escape(f.module), markup_escape(f.message),
+            severity_name(f.level), markup_escape(f.module),
+            markup_escape(f.message + (places.empty() ? "" : " (" + places + ")")),
             kind_name(f.kind));
     }
     out += "</table>";
