@@ -4,15 +4,12 @@
 #include <cstdio>
 
 #include "tools/core/file_probe.h"
+#include "tools/output/json.h"
 
 namespace isp_case {
 namespace {
 
 using picojson::value;
-
-value number(double v) {
-    return value(v);
-}
 
 value strings(const std::vector<std::string> &items) {
     picojson::array a;
@@ -27,8 +24,8 @@ value text_or_null(const std::string &text) {
 value step_json(const step_id &step) {
     picojson::object o;
     o["phase"] = value(phase_name(step.kind));
-    o["frame"] = number(step.number);
-    o["dir"]   = number(step.dir);
+    o["frame"] = json_number(step.number);
+    o["dir"]   = json_number(step.dir);
     return value(o);
 }
 
@@ -40,16 +37,16 @@ picojson::value push_json(const manifest_push &p) {
     o["step_dir"] = value(p.step);
     o["module"]   = value(p.module);
     o["block"]    = value(p.block);
-    o["channel"]  = number(p.channel);
-    o["cmd"]      = number(p.cmd);
+    o["channel"]  = json_number(p.channel);
+    o["cmd"]      = json_number(p.cmd);
     o["group"]    = text_or_null(p.group);
     o["type"]     = text_or_null(p.type);
-    o["size"]     = number(static_cast<double>(p.size));
+    o["size"]     = json_number(static_cast<double>(p.size));
     picojson::array sources;
     for (const manifest_source &s : p.sources) {
         picojson::object so;
-        so["partition"] = number(s.partition);
-        so["channel"]   = number(s.channel);
+        so["partition"] = json_number(s.partition);
+        so["channel"]   = json_number(s.channel);
         so["file"]      = value(s.file);
         sources.push_back(value(so));
     }
@@ -65,18 +62,18 @@ picojson::value push_json(const manifest_push &p) {
 
 picojson::value manifest_json(const manifest &m) {
     picojson::object o;
-    o["manifest_version"] = number(manifest_version);
+    o["manifest_version"] = json_number(manifest_version);
     o["tool"]             = value(m.tool);
     o["library"]          = value(m.library);
     o["case"]             = value(m.case_path);
     picojson::object grid;
-    grid["h"]          = number(m.part_h);
-    grid["v"]          = number(m.part_v);
-    grid["partitions"] = number(m.part_h * m.part_v);
+    grid["h"]          = json_number(m.part_h);
+    grid["v"]          = json_number(m.part_v);
+    grid["partitions"] = json_number(m.part_h * m.part_v);
     o["grid"]          = value(grid);
-    o["channels"]      = number(m.channels);
-    o["frames"]        = number(m.frames);
-    o["pointer_bytes"] = number(m.pointer_bytes);
+    o["channels"]      = json_number(m.channels);
+    o["frames"]        = json_number(m.frames);
+    o["pointer_bytes"] = json_number(m.pointer_bytes);
     o["modules"]       = strings(m.modules);
     o["bypass"]        = strings(m.bypass);
     picojson::array pushes;
@@ -85,7 +82,7 @@ picojson::value manifest_json(const manifest &m) {
     if (m.judged) {
         o["verdict"]             = verdict_json(m.run);
         o["findings"]            = findings_json(m.findings);
-        o["findings_not_listed"] = number(static_cast<double>(m.findings_not_listed));
+        o["findings_not_listed"] = json_number(static_cast<double>(m.findings_not_listed));
     }
     return value(o);
 }
