@@ -25,6 +25,7 @@ command_runner add_report_command(CLI::App &app);
 command_runner add_regmap_command(CLI::App &app);
 command_runner add_where_command(CLI::App &app);
 command_runner add_template_command(CLI::App &app);
+command_runner add_coverage_command(CLI::App &app);
 
 /* The exit statuses of every subcommand, as isp-case --help gives them; each subcommand's help
  * gives its own in one line. */

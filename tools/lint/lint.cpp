@@ -913,6 +913,31 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
     return out;
 }
 
+void read_integers(const isp::block_map &map, const located_document &doc,
+                   const field_integer &each) {
+    for (size_t i = 0; i < map.row_count; ++i) {
+        const field_row &row               = map.rows[i];
+        const bool table                   = row.kind == row_kind::table;
+        const std::vector<field_read> read = reads_of(map, row);
+        for (size_t r = 0; r < read.size(); ++r) {
+            const found at = look_up(doc.root, doc.where, read[r].steps, !table);
+            if (!at.value) continue;
+            if (!table) {
+                each(row, row.keys.first + uint32_t(r),
+                     isp::saturate_to_int32(at.value->get<double>()));
+                continue;
+            }
+            if (!at.value->is<picojson::array>()) continue;
+            const picojson::array &entries = at.value->get<picojson::array>();
+            const uint32_t end =
+                uint32_t(std::min<size_t>(row.keys.first + row.keys.count, entries.size()));
+            for (uint32_t k = row.keys.first; k < end; ++k)
+                if (entries[k].is<double>())
+                    each(row, k, isp::saturate_to_uint32(entries[k].get<double>()));
+        }
+    }
+}
+
 bool stops_library(const finding &f) {
     switch (f.kind) {
         case finding_kind::missing_file:

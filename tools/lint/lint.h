@@ -50,6 +50,16 @@ std::vector<finding> lint_rows(const isp::block_map &map, const located_document
                                single_values *singles, std::vector<std::string> *unreadable,
                                std::vector<std::string> *raising);
 
+/* The integer each field of a parsed register file holds, found through the paths the lint
+ * checks: `each` receives the row, the index of the row's path range and the number as the
+ * library reads it (a field's truncated and saturated to a signed 32-bit integer, a table
+ * entry's to an unsigned one), for every field whose file gives it a number. Missing fields
+ * and values of other types are passed over: the lint reports them. */
+using field_integer =
+    std::function<void(const isp::field_row &row, uint32_t index, int64_t integer)>;
+void read_integers(const isp::block_map &map, const located_document &doc,
+                   const field_integer &each);
+
 }  // namespace isp_case
 
 #endif

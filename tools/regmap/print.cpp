@@ -73,14 +73,6 @@ json_fields field_json(const regmap_field &f) {
     return o;
 }
 
-/* A CSV cell: quoted when it holds a separator, a quote or a line break. */
-std::string csv_cell(const std::string &text) {
-    if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
-    std::string out = "\"";
-    for (char c : text) out += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return out + "\"";
-}
-
 const char *const k_page_style = R"(
 body{font:14px/1.45 system-ui,sans-serif;color:#222;margin:0 24px 40px;background:#f6f7f8}
 h1{font-size:20px}h2{font-size:17px;border-bottom:2px solid #cfd8dc;margin-top:28px}
@@ -121,6 +113,13 @@ std::string decoding_words(const isp::fixed_format &format, const char *text) {
 }
 
 }  // namespace
+
+std::string csv_cell(const std::string &text) {
+    if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
+    std::string out = "\"";
+    for (char c : text) out += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return out + "\"";
+}
 
 std::string format_words(const isp::fixed_format &format, const char *text) {
     return fmt::format("{}: {}, {} integer and {} fraction bits", text,

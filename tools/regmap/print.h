@@ -29,6 +29,9 @@ std::string range_words(const regmap_field &f);
 /* "gamma lut cmd 3": the modules that push the field's structure, with their commands */
 std::string users_words(const regmap_field &f);
 
+/* A CSV cell: quoted when it holds a separator, a quote or a line break. */
+std::string csv_cell(const std::string &text);
+
 /* One `where` answer: the register path, the element with module and group, the format. */
 void print_where_text(std::FILE *out, const where_answer &a);
 void print_where_json(std::FILE *out, const std::vector<where_answer> &answers);
