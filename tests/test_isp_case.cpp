@@ -945,6 +945,36 @@ TEST(IspCaseRegmap, TemplatesReadBackCleanAndTheMapNamesTheLastGammaPoint) {
     EXPECT_NE(run_tool(dir, "regmap gama").err.find("did you mean \"gamma\"?"), std::string::npos);
 }
 
+/* A dump stands for the files its run read: its case, with its modules, grid and frames. */
+TEST(IspCaseCoverage, ADumpIsReadAsItsCaseWithTheSettingsOfItsRun) {
+    temp_dir dir;
+    const std::string c = copy_sample(dir), dump = dir.path() + "/dump";
+    ASSERT_EQ(run_tool(dir, "replay -q --modules wbc --frames 1 --dump " + dump + " " + c).status,
+              0);
+    const tool_run json = run_tool(dir, "coverage --format json " + dump);
+    EXPECT_EQ(json.status, 0) << json.err;
+    const picojson::object doc = isp_test::parse_object(json.out);
+    EXPECT_EQ(doc.at("files_read").to_str() + " " + doc.at("blocks").serialize() + " " +
+                  doc.at("summary").serialize(),
+              "8 [\"wbc\"] {\"at_max\":0,\"at_min\":3,\"constant\":9,\"fields\":9,\"held\":9}");
+
+    std::ofstream(c + "/cfgs/f1/rtl_wbc_p2.json") << "{";
+    const std::string page = dir.path() + "/page.html";
+    const tool_run broken  = run_tool(dir, "coverage --format html -o " + page + " " + dump);
+    EXPECT_EQ(broken.status, 1);
+    EXPECT_EQ(broken.err, "isp-case coverage: " + c +
+                              "/cfgs/f1/rtl_wbc_p2.json: JSON does not parse: syntax error at "
+                              "line 1 column 2 near: ; its fields are not counted\n");
+    EXPECT_NE(read_file(page).find("<li>unreadable: 1 file, their fields not counted</li>"),
+              std::string::npos);
+
+    fs::remove_all(c);
+    const tool_run gone = run_tool(dir, "coverage " + dump);
+    EXPECT_EQ(gone.status, 3);
+    EXPECT_EQ(gone.err, "isp-case coverage: " + dump + ": the case it was replayed from, " + c +
+                            ", is not there; coverage reads a case's register files\n");
+}
+
 /* The dump of a replay holds, push by push, the bytes the simulated wrapper copied (with the
  * host's pointers cleared) and every member decoded. */
 TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {

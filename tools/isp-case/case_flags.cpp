@@ -16,7 +16,7 @@ const char *const exit_statuses_help =
     "Exit status of every subcommand:\n"
     "  0  success: replay: every operation returned 0 and no error found; check: no error "
     "found;\n     export: every C-model file written; diff: identical dumps; batch: every case "
-    "passed;\n     report: the page written; regmap, template: written; where: found\n"
+    "passed;\n     report: the page written; regmap, template, coverage: written; where: found\n"
     "  1  failure: an error found (an operation failed or raised, a value could not be read, "
     "the\n     platform saw a leak), a register file not converted, a file not written, a case "
     "failed;\n     with --strict also a warning; diff: the dumps differ; where: nothing found\n"
