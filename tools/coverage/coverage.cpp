@@ -1,6 +1,7 @@
 /* The coverage tally: one slot per register map field, filled file by file. */
 #include "tools/coverage/coverage.h"
 
+#include <string.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -84,7 +85,7 @@ void coverage_tally::add_case(const run_settings &settings) {
     for (const planned_file &planned : plan) {
         const std::string path = join_path(settings.case_path, planned.relative);
         const auto block = std::find_if(blocks_.begin(), blocks_.end(), [&](const block_slots &b) {
-            return std::string(b.map->block) == planned.readers.front()->block;
+            return strcmp(b.map->block, planned.readers.front()->block) == 0;
         });
         if (block == blocks_.end() || !has_register_map(*block->map)) {
             struct stat st;
