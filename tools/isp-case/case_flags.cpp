@@ -76,6 +76,7 @@ case_options case_flags::options() const {
     if (channels_option->count()) o.channels = channels;
     if (frames_option->count()) o.frames = frames;
     o.modules = modules;
+    o.sets    = sets;
     return o;
 }
 
@@ -111,12 +112,33 @@ void add_case_flags(CLI::App &command, case_flags &flags) {
         ->delimiter(',')
         ->type_name("NAMES")
         ->check(module_name_check());
+    add_set_option(command, flags.sets);
+}
+
+CLI::Option *add_set_option(CLI::App &command, std::vector<std::string> &sets) {
+    const CLI::Validator set_check(
+        [](std::string &text) {
+            value_override o;
+            return parse_override(text, o);
+        },
+        "");
+    return command
+        .add_option("--set", sets,
+                    "Read REGISTER.FIELD as VALUE (a real value, or raw:N for the register "
+                    "file's integer) in every frame directory (fN: or fA-B: for some) and "
+                    "partition (pN: for one); the case on disk is left as it is")
+        ->type_name("[fFRAMES:][pN:]REGISTER.FIELD=VALUE")
+        ->allow_extra_args(false)
+        ->check(set_check);
 }
 
 bool settings_or_report(const case_options &options, const char *command, run_settings &settings,
-                        case_contents &contents, stage_report *report) {
+                        case_contents &contents, case_overlay &overlay, stage_report *report) {
     std::string error;
-    if (resolve_settings(options, settings, contents, error)) return true;
+    if (resolve_settings(options, settings, contents, error)) {
+        error = overlay.apply(options.sets, settings);
+        if (error.empty()) return true;
+    }
     fmt::print(stderr, "isp-case {}: {}\n", command, error);
     if (report) report->problem = error;
     return false;
