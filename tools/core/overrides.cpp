@@ -13,6 +13,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 
 #include <fmt/format.h>
 
@@ -97,14 +98,16 @@ const std::vector<regmap_field> &every_field() {
 }
 
 std::string resolve_register(const std::string &path, const regmap_field *&field) {
-    std::vector<std::string> paths;
-    for (const regmap_field &f : every_field()) {
-        if (f.path == path) {
-            field = &f;
-            return "";
-        }
-        paths.push_back(f.path);
+    std::string not_found;
+    const std::vector<where_answer> found = path.rfind("isp_", 0) == 0
+                                                ? where(every_field(), path, not_found)
+                                                : std::vector<where_answer>();
+    if (!found.empty()) {
+        field = found.front().field;
+        return "";
     }
+    std::vector<std::string> paths;
+    for (const regmap_field &f : every_field()) paths.push_back(f.path);
     const std::string near = closest_name(path, paths);
     if (!near.empty())
         return fmt::format("unknown register \"{}\"; did you mean \"{}\"?", path, near);
@@ -192,9 +195,14 @@ std::string apply_one(const std::string &case_path, const case_contents &content
                 text = it->second;
             else if (!read_text(join_path(case_path, file), text))
                 return file + ": cannot be read";
-            const located_document doc = parse_located(text);
-            if (!doc.error.empty()) return fmt::format("{}: {}", file, doc.error);
-            const located_value *at = place_of(doc, *o.field);
+            /* a file that does not parse is left for the lint to report */
+            located_document doc;
+            try {
+                doc = parse_located(text);
+            } catch (const std::overflow_error &) {
+                continue;
+            }
+            const located_value *at = doc.error.empty() ? place_of(doc, *o.field) : nullptr;
             if (!at) continue;
             text.replace(offset_of(text, at->at), at->text.size(), std::to_string(o.raw));
             edit.changed[file] = text;
