@@ -2,7 +2,6 @@
 #include "tools/core/overrides.h"
 
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -11,7 +10,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <sstream>
 #include <stdexcept>
 
@@ -87,8 +85,11 @@ std::string encode_value(const std::string &text, const regmap_field &f, int64_t
             return range_problem(number, f, false);
         raw = int64_t(scaled);
     }
-    /* what the converter makes of the integer, decoded as the C model reads it back */
-    value = double(raw) * r.step;
+    /* the code the converter makes of the integer, decoded as the C model reads it back; a
+     * table's raw numbers go to the hardware as they are */
+    const isp::fixed_format &format = f.row->fixed;
+    value                           = f.raw_number() ? double(raw)
+                                                     : isp::decode(int32_t(isp::encode(int32_t(raw), format)), format);
     return "";
 }
 
