@@ -148,6 +148,11 @@ TEST(Overrides, ReplayPushesTheSetValuesAndLeavesTheCase) {
     EXPECT_EQ(tree(ISP_SAMPLE_CASE_DIR), before);
     EXPECT_TRUE(fs::is_empty(dir.path() + "/tmp"));
 
+    run = run_tool(dir, "check --format json " ISP_SAMPLE_CASE_DIR " --set isp_wbc.d_gain.val=1.3");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(isp_test::parse_object(run.out).at("overrides").serialize(),
+              R"([{"files":8,"raw":333,"set":"isp_wbc.d_gain.val=1.3","value":1.30078125}])");
+
     run = run_tool(dir, "check " ISP_SAMPLE_CASE_DIR " --set f2:isp_wbc.d_gain.val=1");
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(run.err,
