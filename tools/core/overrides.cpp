@@ -299,14 +299,18 @@ std::string plan_edit(const std::string &case_path, const std::vector<value_over
 std::string write_case_copy(const std::string &case_path, const std::string &dir,
                             const case_edit &edit, bool copies) {
     std::error_code error;
-    for (auto it = fs::recursive_directory_iterator(case_path, error);
+    /* a frame directory or file may be a symbolic link: the copy holds what it points to */
+    for (auto it = fs::recursive_directory_iterator(
+             case_path, fs::directory_options::follow_directory_symlink, error);
          !error && it != fs::recursive_directory_iterator(); it.increment(error)) {
-        const fs::path relative = fs::relative(it->path(), case_path, error);
+        const fs::path relative = it->path().lexically_relative(case_path);
         const fs::path target   = fs::path(dir) / relative;
         if (it->is_directory(error)) {
             fs::create_directory(target, error);
         } else if (!edit.changed.count(relative.string())) {
-            link_or_copy(it->path(), target, copies, error);
+            std::error_code dangling;
+            const fs::path source = fs::canonical(it->path(), dangling);
+            link_or_copy(dangling ? it->path() : source, target, copies, error);
         } else {
             std::string problem;
             if (!write_text_file(target.string(), edit.changed.at(relative.string()), problem))
