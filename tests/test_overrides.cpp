@@ -144,6 +144,10 @@ TEST(Overrides, ReplayPushesTheSetValuesAndLeavesTheCase) {
     EXPECT_EQ(d.overrides[1].raw, 512);
     EXPECT_EQ(d.overrides[1].files, 2);
     EXPECT_EQ(d.case_path, ISP_SAMPLE_CASE_DIR);
+    ASSERT_EQ(run_tool(dir, "report " + all + " -o " + dir.path() + "/page.html").status, 0);
+    EXPECT_NE(read_file(dir.path() + "/page.html")
+                  .find("isp_wbc.d_gain.val=raw:300 (value 1.171875, raw 300) in 8 files"),
+              std::string::npos);
 
     EXPECT_EQ(tree(ISP_SAMPLE_CASE_DIR), before);
     EXPECT_TRUE(fs::is_empty(dir.path() + "/tmp"));
