@@ -22,14 +22,28 @@ struct case_contents {
 
 case_contents discover(const std::string &case_path);
 
+/* A register value set from the command line, as a run lists it. */
+struct applied_override {
+    std::string set;   /* as given: "f3-5:isp_wbc.d_gain.val=1.5" */
+    double value  = 0; /* the real value the files now hold */
+    long long raw = 0; /* the integer written into them */
+    int files     = 0;
+};
+
 /* How a replay drives the modules: the pipe's grid and channel count, the number of frames
  * (process, trigger and sync cycles after init) and the modules, in the order they run. */
 struct run_settings {
     std::string case_path;
+    /* where the files are read when values were set: an overlay of the case, which findings
+     * never name; empty: the case itself */
+    std::string files_at;
+    std::vector<applied_override> overrides;
     int part_h = 1, part_v = 1;
     int channels = 1;
     int frames   = 1;
     std::vector<const module_info *> modules;
+
+    const std::string &read_root() const { return files_at.empty() ? case_path : files_at; }
 };
 
 /* The grid with h * v = partitions that is closest to square, h >= v (4 gives 2x2, 6 gives

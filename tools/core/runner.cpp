@@ -88,7 +88,7 @@ class runner {
         pipe_.attr.part_v       = static_cast<uint8_t>(run.part_v);
         pipe_.reg_shadow        = &shadow_;
         pipe_.channel_count     = run.channels;
-        std::strncpy(pipe_.case_path, run.case_path.c_str(), sizeof pipe_.case_path - 1);
+        std::strncpy(pipe_.case_path, run.read_root().c_str(), sizeof pipe_.case_path - 1);
         for (const module_info *m : settings.bypass)
             if (const int bit = bypass_bit_of(*m); bit >= 0)
                 pipe_.bypass[bit / 8] |= 1u << (bit % 8);

@@ -24,6 +24,7 @@ struct case_options {
     std::optional<int> channels;
     std::optional<int> frames;
     std::vector<std::string> modules; /* empty: all, in pipeline order */
+    std::vector<std::string> sets;    /* --set values, applied to an overlay of the case */
 };
 
 /* "2x3" to 2 and 3; each count 0 to 255. */

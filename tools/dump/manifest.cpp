@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "tools/core/file_probe.h"
+#include "tools/core/overrides.h"
 #include "tools/output/json.h"
 
 namespace isp_case {
@@ -76,6 +77,7 @@ picojson::value manifest_json(const manifest &m) {
     o["pointer_bytes"] = json_number(m.pointer_bytes);
     o["modules"]       = strings(m.modules);
     o["bypass"]        = strings(m.bypass);
+    if (!m.overrides.empty()) o["overrides"] = overrides_json(m.overrides);
     picojson::array pushes;
     for (const manifest_push &p : m.pushes) pushes.push_back(push_json(p));
     o["pushes"] = value(pushes);

@@ -12,6 +12,7 @@
 
 #include <picojson.h>
 
+#include "tools/core/case_layout.h"
 #include "tools/core/findings.h"
 #include "tools/core/run_record.h"
 #include "tools/core/step.h"
@@ -52,6 +53,7 @@ struct manifest {
     int part_h = 0, part_v = 0, channels = 0, frames = 0;
     unsigned pointer_bytes = 0;
     std::vector<std::string> modules, bypass;
+    std::vector<applied_override> overrides; /* written only when values were set */
     std::vector<manifest_push> pushes;
     /* the run's verdict and findings (kept up to a limit, the rest counted); none in version 1 */
     bool judged = false;

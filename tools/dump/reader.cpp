@@ -176,6 +176,15 @@ void read_manifest(const value &root, dump &d) {
     d.pointer_bytes              = unsigned(number_at(o, "pointer_bytes", 0, 16));
     d.modules                    = strings_at(o, "modules");
     d.bypass                     = strings_at(o, "bypass");
+    if (o.count("overrides"))
+        for (const value &v : array_at(o, "overrides")) {
+            const picojson::object &set = object_of(v, "overrides");
+            const value &real           = at(set, "value");
+            if (!real.is<double>()) throw bad_field("overrides: value: not a number");
+            d.overrides.push_back({string_at(set, "set"), real.get<double>(),
+                                   number_at(set, "raw", INT32_MIN, UINT32_MAX),
+                                   int(number_at(set, "files", 0, k_most))});
+        }
     /* the run's verdict and findings, where the writer recorded them */
     if (o.count("verdict")) d.verdict = verdict_of(object_of(at(o, "verdict"), "verdict"));
     if (o.count("findings")) d.findings = array_at(o, "findings");

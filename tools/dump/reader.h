@@ -15,6 +15,7 @@
 
 #include <picojson.h>
 
+#include "tools/core/case_layout.h"
 #include "tools/core/step.h"
 
 namespace isp_case {
@@ -86,6 +87,7 @@ struct dump {
     int part_h = 0, part_v = 0, channels = 0, frames = 0;
     unsigned pointer_bytes = 0;
     std::vector<std::string> modules, bypass;
+    std::vector<applied_override> overrides; /* values set for the run; older manifests: none */
     dump_verdict verdict;
     picojson::array findings;       /* as `check --format json` writes them */
     size_t findings_not_listed = 0; /* beyond those, counted only */

@@ -96,6 +96,7 @@ dump_writer::dump_writer(const std::string &dir, const replay_settings &settings
     manifest_.tool          = "isp-case " ISP_JSON_VERSION;
     manifest_.library       = "libisp_json " ISP_JSON_VERSION;
     manifest_.case_path     = settings.run.case_path;
+    manifest_.overrides     = settings.run.overrides;
     manifest_.part_h        = settings.run.part_h;
     manifest_.part_v        = settings.run.part_v;
     manifest_.channels      = settings.run.channels;

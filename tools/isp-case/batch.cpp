@@ -13,15 +13,18 @@ struct batch_flags {
     batch_settings batch;
     std::string shard;
     std::optional<int> frames;
+    std::vector<std::string> sets;
 };
 
 /* One stage of a batch's case, in the batch's child process: the check, or a quiet replay, in
  * text for the failure's output tail, with the report for the batch. */
-int run_stage(batch_stage stage, const batch_case &c, const batch_settings &batch,
+int run_stage(batch_stage stage, const batch_case &c, const batch_flags &given,
               stage_report &report) {
+    const batch_settings &batch = given.batch;
     case_options options;
     options.case_path = c.path;
     options.frames    = batch.frames;
+    options.sets      = given.sets;
     if (stage == batch_stage::check)
         return run_check_command(options, batch.strict, "text", &report);
     replay_flags flags;
@@ -68,6 +71,7 @@ command_runner add_batch_command(CLI::App &app) {
         ->type_name("N")
         ->check(CLI::Range(0, 1000000));
     cmd.add_flag("--strict", b.strict, "Warnings fail a case too");
+    add_set_option(cmd, options->sets);
     cmd.add_option("--timeout", b.timeout,
                    "Seconds a case may take before it is killed and fails as timed out; 0: no "
                    "limit (default: 300)")
@@ -79,8 +83,8 @@ command_runner add_batch_command(CLI::App &app) {
         if (!options->shard.empty()) parse_shard(options->shard, b.shard_index, b.shard_count);
         return run_batch(
             b,
-            [&b](batch_stage stage, const batch_case &c, stage_report &report) {
-                return run_stage(stage, c, b, report);
+            [&options](batch_stage stage, const batch_case &c, stage_report &report) {
+                return run_stage(stage, c, *options, report);
             },
             stdout, stderr);
     };

@@ -16,13 +16,14 @@ const char *const exit_statuses_help =
     "Exit status of every subcommand:\n"
     "  0  success: replay: every operation returned 0 and no error found; check: no error "
     "found;\n     export: every C-model file written; diff: identical dumps; batch: every case "
-    "passed;\n     report: the page written; regmap, template, coverage: written; where: found\n"
+    "passed;\n     report: the page written; regmap, template, coverage, edit: written; where: "
+    "found\n"
     "  1  failure: an error found (an operation failed or raised, a value could not be read, "
     "the\n     platform saw a leak), a register file not converted, a file not written, a case "
     "failed;\n     with --strict also a warning; diff: the dumps differ; where: nothing found\n"
     "  2  usage error\n"
     "  3  no usable case or dump: no such directory or frame, no case found, files that would\n"
-    "     stop the library, a dump that cannot be read";
+    "     stop the library, a dump that cannot be read, a --set the case cannot take";
 
 CLI::Validator name_check(const std::vector<std::string> &names, const std::string &what) {
     return CLI::Validator(
@@ -76,6 +77,7 @@ case_options case_flags::options() const {
     if (channels_option->count()) o.channels = channels;
     if (frames_option->count()) o.frames = frames;
     o.modules = modules;
+    o.sets    = sets;
     return o;
 }
 
@@ -111,12 +113,33 @@ void add_case_flags(CLI::App &command, case_flags &flags) {
         ->delimiter(',')
         ->type_name("NAMES")
         ->check(module_name_check());
+    add_set_option(command, flags.sets);
+}
+
+CLI::Option *add_set_option(CLI::App &command, std::vector<std::string> &sets) {
+    const CLI::Validator set_check(
+        [](std::string &text) {
+            value_override o;
+            return parse_override(text, o);
+        },
+        "");
+    return command
+        .add_option("--set", sets,
+                    "Read REGISTER.FIELD as VALUE (a real value, or raw:N for the register "
+                    "file's integer) in every frame directory (fN: or fA-B: for some) and "
+                    "partition (pN: for one); the case on disk is left as it is")
+        ->type_name("[fFRAMES:][pN:]REGISTER.FIELD=VALUE")
+        ->allow_extra_args(false)
+        ->check(set_check);
 }
 
 bool settings_or_report(const case_options &options, const char *command, run_settings &settings,
-                        case_contents &contents, stage_report *report) {
+                        case_contents &contents, case_overlay &overlay, stage_report *report) {
     std::string error;
-    if (resolve_settings(options, settings, contents, error)) return true;
+    if (resolve_settings(options, settings, contents, error)) {
+        error = overlay.apply(options.sets, settings);
+        if (error.empty()) return true;
+    }
     fmt::print(stderr, "isp-case {}: {}\n", command, error);
     if (report) report->problem = error;
     return false;

@@ -11,7 +11,9 @@ int run_check_command(const case_options &options, bool strict, const std::strin
                       stage_report *report) {
     run_settings settings;
     case_contents contents;
-    if (!settings_or_report(options, "check", settings, contents, report)) return exit_no_case;
+    case_overlay overlay;
+    if (!settings_or_report(options, "check", settings, contents, overlay, report))
+        return exit_no_case;
     const check_result result = check_case(settings, contents);
     if (format == "json")
         print_check_json(stdout, settings, result);

@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/core/batch.h"
+#include "tools/core/overrides.h"
 #include "tools/core/settings.h"
 
 namespace isp_case {
@@ -26,6 +27,7 @@ command_runner add_regmap_command(CLI::App &app);
 command_runner add_where_command(CLI::App &app);
 command_runner add_template_command(CLI::App &app);
 command_runner add_coverage_command(CLI::App &app);
+command_runner add_edit_command(CLI::App &app);
 
 /* The exit statuses of every subcommand, as isp-case --help gives them; each subcommand's help
  * gives its own in one line. */
@@ -35,7 +37,7 @@ extern const char *const exit_statuses_help;
 struct case_flags {
     std::string case_path, grid;
     int channels = 0, frames = 0;
-    std::vector<std::string> modules;
+    std::vector<std::string> modules, sets;
     CLI::Option *grid_option = nullptr, *channels_option = nullptr, *frames_option = nullptr;
 
     case_options options() const;
@@ -65,10 +67,15 @@ CLI::Option *add_view_format_option(CLI::App &command, std::string &format,
 CLI::Option *add_out_option(CLI::App &command, std::string &path, const std::string &what,
                             const std::string &type_name);
 
+/* --set [fFRAMES:][pN:]REGISTER.FIELD=VALUE, repeatable, checked as it is parsed. */
+CLI::Option *add_set_option(CLI::App &command, std::vector<std::string> &sets);
+
 /* Settings from the options and the case, or false after a line on standard error (and the
- * problem in the report, when there is one). */
+ * problem in the report, when there is one). The --set values go into `overlay`, which the run
+ * then reads. */
 bool settings_or_report(const case_options &options, const char *command, run_settings &settings,
-                        case_contents &contents, stage_report *report = nullptr);
+                        case_contents &contents, case_overlay &overlay,
+                        stage_report *report = nullptr);
 
 /* The options of replay beyond the case's. */
 struct replay_flags {

@@ -29,7 +29,9 @@ int run_replay_command(const case_options &options, const replay_flags &flags,
                        stage_report *report) {
     replay_settings settings;
     case_contents contents;
-    if (!settings_or_report(options, "replay", settings.run, contents, report)) return exit_no_case;
+    case_overlay overlay;
+    if (!settings_or_report(options, "replay", settings.run, contents, overlay, report))
+        return exit_no_case;
     for (const std::string &name : flags.bypass) settings.bypass.push_back(find_module(name));
 
     if (!flags.dump_dir.empty()) {

@@ -531,6 +531,7 @@ class case_lint {
 
     void read(const planned_file &planned) {
         const std::string path    = join_path(settings_.case_path, planned.relative);
+        const std::string read_at = join_path(settings_.read_root(), planned.relative);
         const std::string readers = names_of(planned.readers);
         ++result_.files_read;
         if (path.size() > max_library_path) {
@@ -541,7 +542,7 @@ class case_lint {
                  readers);
             return;
         }
-        const probed_file probe     = probe_file(path);
+        const probed_file probe     = probe_file(read_at);
         const located_document &doc = probe.doc;
         switch (probe.state) {
             case file_state::ok:

@@ -6,6 +6,7 @@
 #include <fmt/core.h>
 
 #include "tools/core/finding_groups.h"
+#include "tools/core/overrides.h"
 #include "tools/output/escape.h"
 #include "tools/output/text_table.h"
 
@@ -45,6 +46,8 @@ void print_check(std::FILE *out, const run_settings &settings, const check_resul
         ++(f.level == severity::error ? c.errors : c.warnings);
     }
     fmt::print(out, "\nsummary ({} files read)\n", result.files_read);
+    for (const applied_override &o : settings.overrides)
+        fmt::print(out, "  set {}\n", terminal_text(override_line(o)));
     const finding_counts total = entries.counts();
     if (!kinds.empty()) {
         text_table table({"finding", "errors", "warnings"});
@@ -73,6 +76,7 @@ void print_check_json(std::FILE *out, const run_settings &settings, const check_
     doc["errors"]     = picojson::value(double(total.errors));
     doc["warnings"]   = picojson::value(double(total.warnings));
     doc["findings"]   = findings_json(entries.kept());
+    if (!settings.overrides.empty()) doc["overrides"] = overrides_json(settings.overrides);
     fmt::print(out, "{}", picojson::value(doc).serialize(true));
 }
 

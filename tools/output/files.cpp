@@ -50,6 +50,21 @@ bool holds_dump(const std::string &dir) {
     return fs::is_regular_file(dir + "/manifest.json", error);
 }
 
+bool holds_case(const fs::path &dir) {
+    std::error_code error;
+    return fs::is_directory(dir / "cfgs", error);
+}
+
+/* What --force may empty: a dump, or for edit a case or a directory of cases only. */
+bool replaceable(const std::string &dir, existing_contents contents) {
+    if (contents == existing_contents::replace) return holds_dump(dir);
+    if (holds_case(dir)) return true;
+    std::error_code error;
+    for (const fs::directory_entry &entry : fs::directory_iterator(dir, error))
+        if (!holds_case(entry.path())) return false;
+    return !error;
+}
+
 }  // namespace
 
 overlap overlap_of(const std::string &output, const std::string &input) {
@@ -88,9 +103,12 @@ std::string prepare_output_dir(const std::string &dir, existing_contents content
         if (error) return "cannot read it: " + error.message();
         if (contents == existing_contents::refuse)
             return "not empty (--force replaces its contents)";
-        if (!holds_dump(dir))
-            return "not empty and not a dump (no manifest.json): --force empties only a "
-                   "previous dump";
+        if (!replaceable(dir, contents))
+            return contents == existing_contents::replace
+                       ? "not empty and not a dump (no manifest.json): --force empties only a "
+                         "previous dump"
+                       : "not empty and not a case or a directory of cases: --force empties "
+                         "only a previous edit";
         for (const fs::directory_entry &entry : fs::directory_iterator(dir, error)) {
             fs::remove_all(entry.path(), error);
             if (error) return "cannot empty it: " + entry.path().string() + ": " + error.message();

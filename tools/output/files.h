@@ -13,6 +13,8 @@ enum class existing_contents {
     keep,    /* export: files of the same name are replaced, others stay */
     refuse,  /* dump: a directory that is not empty is refused */
     replace, /* dump --force: a previous dump (it holds the tool's manifest) is emptied first */
+    replace_cases, /* edit --force: a previous case (it holds cfgs/), or a directory of cases
+                    * and nothing else, is emptied first */
 };
 
 /* Creates the directory if needed and checks that a file can be created in it. Returns "" when

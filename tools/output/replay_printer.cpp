@@ -7,6 +7,7 @@
 
 #include <fmt/core.h>
 
+#include "tools/core/overrides.h"
 #include "tools/output/escape.h"
 #include "tools/output/json.h"
 #include "tools/output/text_table.h"
@@ -254,6 +255,7 @@ void replay_printer::finish(const run_record &record, const verdict &judged,
                                .add("error", record.log_by_level[3])
                                .add("warning", record.log_by_level[4])
                                .add("debug", record.log_by_level[7]));
+        if (!run.overrides.empty()) o.add("overrides", overrides_json(run.overrides));
         o.add("stderr_lines", record.stderr_lines)
             .add("platform", json_texts(record.platform_problems()));
         if (dump)
@@ -285,6 +287,8 @@ void replay_printer::finish(const run_record &record, const verdict &judged,
     if (record.platform_problems().empty()) fmt::print(out_, "  platform    no leaks, no misuse\n");
     for (const std::string &problem : record.platform_problems())
         fmt::print(out_, "  platform    {}\n", terminal_text(problem));
+    for (const applied_override &o : run.overrides)
+        fmt::print(out_, "  set         {}\n", terminal_text(override_line(o)));
     fmt::print(out_, "  findings    {}, {}\n", counted(found.counts().errors, "error"),
                counted(found.counts().warnings, "warning"));
     /* as check prints them, for editors and annotators that read FILE:LINE:COLUMN lines */

@@ -13,6 +13,7 @@
 #include "isp_json_utils.h"
 #include "tools/core/finding_groups.h"
 #include "tools/core/findings.h"
+#include "tools/core/overrides.h"
 #include "tools/output/escape.h"
 #include "tools/report/svg.h"
 
@@ -183,16 +184,20 @@ std::string joined(const std::vector<std::string> &items) {
 std::vector<std::pair<std::string, std::string>> facts(const dump &m) {
     size_t bytes = 0;
     for (const dump_push &p : m.pushes) bytes += p.size;
-    return {{"dump", m.dir},
-            {"case", m.case_path},
-            {"grid", fmt::format("{}x{} ({} partitions)", m.part_h, m.part_v, m.part_h * m.part_v)},
-            {"channels", std::to_string(m.channels)},
-            {"frames", std::to_string(m.frames)},
-            {"modules", fmt::format("{}: {}", m.modules.size(), joined(m.modules))},
-            {"bypass", m.bypass.empty() ? "none" : joined(m.bypass)},
-            {"pushes", fmt::format("{} groups, {} bytes", m.pushes.size(), bytes)},
-            {"tool", m.tool},
-            {"library", m.library}};
+    std::vector<std::pair<std::string, std::string>> shown = {{"dump", m.dir},
+                                                              {"case", m.case_path}};
+    for (const applied_override &o : m.overrides) shown.push_back({"set", override_line(o)});
+    const std::vector<std::pair<std::string, std::string>> rest = {
+        {"grid", fmt::format("{}x{} ({} partitions)", m.part_h, m.part_v, m.part_h * m.part_v)},
+        {"channels", std::to_string(m.channels)},
+        {"frames", std::to_string(m.frames)},
+        {"modules", fmt::format("{}: {}", m.modules.size(), joined(m.modules))},
+        {"bypass", m.bypass.empty() ? "none" : joined(m.bypass)},
+        {"pushes", fmt::format("{} groups, {} bytes", m.pushes.size(), bytes)},
+        {"tool", m.tool},
+        {"library", m.library}};
+    shown.insert(shown.end(), rest.begin(), rest.end());
+    return shown;
 }
 
 std::string steps_text(const std::vector<step_id> &steps) {
