@@ -13,6 +13,7 @@
 #include "isp_json.h"
 #include "tests/support/test_support.h"
 #include "tools/compare/engine.h"
+#include "tools/compare/wording.h"
 #include "tools/dump/decode.h"
 #include "tools/dump/reader.h"
 
@@ -27,10 +28,13 @@ class dump_builder {
   public:
     explicit dump_builder(const std::string &dir) : dir_(dir) {}
 
-    /* A wbc ctrl push of the given d_gain code in frame `frame` (0: setup); returns its entry. */
-    picojson::object &push(int frame, uint32_t d_gain, const std::string &name = "cmd01_ctrl") {
+    /* A wbc ctrl push of the given d_gain and wb_gain[2] codes in frame `frame` (0: setup);
+     * returns its entry. */
+    picojson::object &push(int frame, uint32_t d_gain, const std::string &name = "cmd01_ctrl",
+                           uint16_t wb_gain2 = 0) {
         _isp_wbc_user_ctrl_t ctrl{};
         ctrl.d_gain                      = d_gain;
+        ctrl.wb_gain[2]                  = wb_gain2;
         const std::vector<uint8_t> bytes = isp_test::bytes_of(ctrl);
         const std::string step           = frame ? "frame" + std::to_string(frame) : "setup";
         const std::string base           = step + "/wbc/" + name;
@@ -184,6 +188,28 @@ TEST(CompareEngine, RepeatedPushesPairByOccurrenceAndLoneOnesAreNamed) {
     EXPECT_EQ(f.summary.only_a, 1u);
     EXPECT_EQ(f.summary.only_b, 1u);
     EXPECT_EQ(f.summary.differing, 1u);
+}
+
+/* The first divergence in register terms: wb_gain[2] is filled by the second gain register, not
+ * the member's first row; the files are those the push was converted from. */
+TEST(CompareEngine, FirstDivergenceNamesTheRowThatFillsTheElementAndItsFiles) {
+    temp_dir dir;
+    dump_builder a(dir.path() + "/a"), b(dir.path() + "/b");
+    a.push(0, 256), a.push(1, 256), a.push(2, 256);
+    b.push(0, 256), b.push(1, 256, "cmd01_ctrl", 384), b.push(2, 384);
+    const isp_case::dump da = isp_case::open_dump(a.finish()), db = isp_case::open_dump(b.finish());
+    const isp_case::divergence found = isp_case::first_divergence(da, db, {});
+    ASSERT_TRUE(found.first);
+    EXPECT_EQ(isp_case::first_divergence_text(*found.first, found.more),
+              "frame 1 (f1): wbc.ctrl.wb_gain[2] at isp_wbc.wb_gain2.val2 in "
+              "cfgs/f1/rtl_wbc_p0.json, cfgs/f1/rtl_wbc_p1.json: code 0 | 384, value 0 | 1.5; 1 "
+              "more difference");
+    EXPECT_EQ(found.first->files,
+              (std::vector<std::string>{"cfgs/f1/rtl_wbc_p0.json", "cfgs/f1/rtl_wbc_p1.json"}));
+    isp_case::compare_options first_only;
+    first_only.limit = 1;
+    EXPECT_EQ(isp_case::first_divergence(da, db, first_only).summary.pushes_a, 2u);
+    EXPECT_FALSE(isp_case::first_divergence(da, da, {}).first);
 }
 
 TEST(CompareEngine, ToleranceMustBeAFiniteNumberZeroOrMore) {

@@ -9,6 +9,7 @@
 #include <picojson.h>
 
 #include "tools/compare/engine.h"
+#include "tools/compare/wording.h"
 #include "tools/core/settings.h"
 
 namespace isp_case {
@@ -21,10 +22,6 @@ std::string push_label(const dump_push &p) {
     std::string label = fmt::format("cmd{:02}", p.command);
     if (!p.group.empty()) label += "_" + p.group;
     return p.channelled ? fmt::format("chn{}/{}", p.channel, label) : label;
-}
-
-std::string number(double v) {
-    return std::isfinite(v) ? fmt::format("{}", v) : "-";
 }
 
 /* Element lines shown per member of a push in the text form; the JSON form lists them all. */
@@ -75,10 +72,11 @@ class text_printer {
         }
         if (more_[d.member]++ >= k_shown_elements) return;
         std::string line = fmt::format("    {} {}: code {} -> {}", label, name,
-                                       d.in_a.present ? number(d.in_a.code) : "-",
-                                       d.in_b.present ? number(d.in_b.code) : "-");
+                                       d.in_a.present ? number_text(d.in_a.code) : "-",
+                                       d.in_b.present ? number_text(d.in_b.code) : "-");
         if (!d.in_a.format.empty() || !d.in_b.format.empty())
-            line += fmt::format(", value {} -> {}", number(d.in_a.value), number(d.in_b.value));
+            line += fmt::format(", value {} -> {}", number_text(d.in_a.value),
+                                number_text(d.in_b.value));
         if (!d.in_a.location.empty()) line += " (" + d.in_a.location + ")";
         out_ += fmt::format("{}\n", line);
     }
