@@ -39,13 +39,16 @@ std::string number_text(double v) {
     return std::isfinite(v) ? fmt::format("{}", v) : "-";
 }
 
-std::string element_name(const difference &d) {
-    const dump_push &p = d.push();
-    std::string name   = p.channelled ? fmt::format("channel {} ", p.channel) : "";
-    name += p.module + "." + (p.group.empty() ? fmt::format("cmd{:02}", p.command) : p.group);
-    if (!d.member.empty()) name += "." + d.member;
-    if (d.index >= 0) name += fmt::format("[{}]", d.index);
-    return name;
+std::string member_name(const dump_push &p, const std::string &member, bool with_module) {
+    std::string name = p.channelled ? fmt::format("channel {} ", p.channel) : "";
+    if (with_module) name += p.module + ".";
+    name += p.group.empty() ? fmt::format("cmd{:02}", p.command) : p.group;
+    return member.empty() ? name : name + "." + member;
+}
+
+std::string element_name(const difference &d, bool with_module) {
+    const std::string name = member_name(d.push(), d.member, with_module);
+    return d.index < 0 ? name : fmt::format("{}[{}]", name, d.index);
 }
 
 std::string difference_what(const difference &d) {
@@ -75,12 +78,20 @@ std::string difference_what(const difference &d) {
     return what;
 }
 
-std::string difference_text(const difference &d) {
-    std::string text = element_name(d);
+std::string difference_text(const difference &d, bool with_module, const step_id *last) {
+    std::string text = element_name(d, with_module);
     /* a register difference names both paths in what differs */
     const std::string &path = d.in_a.location.empty() ? d.in_b.location : d.in_a.location;
     if (d.kind != difference_kind::location && !path.empty()) text += " at " + path;
-    if (!d.files.empty()) text += " in " + files_text(d.files);
+    std::vector<std::string> files = d.files;
+    const step_id &first           = d.push().step;
+    if (last && last->dir != first.dir) {
+        const std::string dir = step_files(first) + "/";
+        for (std::string &f : files)
+            if (f.compare(0, dir.size(), dir) == 0)
+                f = fmt::format("cfgs/f{{{}..{}}}/{}", first.dir, last->dir, f.substr(dir.size()));
+    }
+    if (!files.empty()) text += " in " + files_text(files);
     return text + ": " + difference_what(d);
 }
 
@@ -106,13 +117,13 @@ std::string step_range_label(const step_id &first, const step_id &last) {
     if (first == last) return step_label(first);
     if (first.kind != phase::frame || last.kind != phase::frame)
         return step_label(first) + " to " + step_label(last);
-    std::string dirs;
-    if (!last.again())
-        dirs = fmt::format("f{}-f{}", first.dir, last.dir);
-    else if (first.again())
-        dirs = fmt::format("f{} again", first.dir);
-    else
-        dirs = fmt::format("f{}-f{}, then f{} again", first.dir, last.dir, last.dir);
+    /* the directories in turn, then the last one read again */
+    std::string dirs = first.dir == last.dir ? fmt::format("f{}", first.dir)
+                                             : fmt::format("f{}-f{}", first.dir, last.dir);
+    if (first.again())
+        dirs += " again";
+    else if (last.again())
+        dirs += fmt::format(", then f{} again", last.dir);
     return fmt::format("frames {}-{} ({})", first.number, last.number, dirs);
 }
 
