@@ -15,12 +15,12 @@ namespace isp_case {
 const char *const exit_statuses_help =
     "Exit status of every subcommand:\n"
     "  0  success: replay: every operation returned 0 and no error found; check: no error "
-    "found;\n     export: every C-model file written; diff: identical dumps; batch: every case "
+    "found;\n     export: every C-model file written; diff: identical runs; batch: every case "
     "passed;\n     report: the page written; regmap, template, coverage, edit: written; where: "
     "found\n"
     "  1  failure: an error found (an operation failed or raised, a value could not be read, "
     "the\n     platform saw a leak), a register file not converted, a file not written, a case "
-    "failed;\n     with --strict also a warning; diff: the dumps differ; where: nothing found\n"
+    "failed;\n     with --strict also a warning; diff: the runs differ; where: nothing found\n"
     "  2  usage error\n"
     "  3  no usable case or dump: no such directory or frame, no case found, files that would\n"
     "     stop the library, a dump that cannot be read, a --set the case cannot take";

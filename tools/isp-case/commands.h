@@ -82,6 +82,7 @@ struct replay_flags {
     std::vector<std::string> bypass;
     std::string dump_dir, log_level = "warning", format = "text";
     bool force = false, verbose = false, quiet = false, strict = false;
+    std::FILE *out = stdout; /* the replay's lines; diff replays a case without them */
 };
 
 /* What the replay and check commands run, also run by batch in its children, which pass a
