@@ -91,8 +91,11 @@ std::string laid_out(const picojson::value &v) {
 
 }  // namespace
 
-dump_writer::dump_writer(const std::string &dir, const replay_settings &settings)
-    : dir_(dir), partitions_(std::min(settings.run.part_h * settings.run.part_v, 256)) {
+dump_writer::dump_writer(const std::string &dir, const replay_settings &settings,
+                         const dump_options &options)
+    : dir_(dir),
+      options_(options),
+      partitions_(std::min(settings.run.part_h * settings.run.part_v, 256)) {
     manifest_.tool          = "isp-case " ISP_JSON_VERSION;
     manifest_.library       = "libisp_json " ISP_JSON_VERSION;
     manifest_.case_path     = settings.run.case_path;

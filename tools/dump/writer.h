@@ -13,6 +13,17 @@
 
 namespace isp_case {
 
+/* Where a dump keeps its raw structures and what it writes beside them. */
+struct dump_options {
+    /* A store directory shared by several dumps (a baseline keeps one manifest per case under
+     * DIR/<case>/ and one store in DIR): a structure repeated across the dumps is kept once.
+     * Empty: the dump keeps its own store in its directory. */
+    std::string shared_store;
+    /* The manifest and the raw structures only: no decoded JSON, C-model files or index.txt
+     * (the reader decodes the raw bytes when asked). */
+    bool raw_only = false;
+};
+
 struct dump_summary {
     size_t pushes = 0, raw_files = 0, decoded_files = 0, cmodel_files = 0;
     std::vector<std::string>
@@ -31,7 +42,8 @@ struct dump_summary {
  * (replay_settings::keep_bytes). Nothing in it depends on the time or on host addresses. */
 class dump_writer {
   public:
-    dump_writer(const std::string &dir, const replay_settings &settings);
+    dump_writer(const std::string &dir, const replay_settings &settings,
+                const dump_options &options = {});
     ~dump_writer();
     dump_writer(const dump_writer &)            = delete;
     dump_writer &operator=(const dump_writer &) = delete;
@@ -53,6 +65,7 @@ class dump_writer {
                 manifest_push &entry);
 
     std::string dir_;
+    dump_options options_;
     int partitions_;
     manifest manifest_;           /* without its pushes, which go to pushes_ as they come */
     std::FILE *pushes_ = nullptr; /* one line of JSON per push: a long replay's manifest stays on
