@@ -1076,6 +1076,50 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
                   R"("type":"_isp_lsc_user_coord_t"})");
 }
 
+/* Two dumps written at once into one store keep each structure once; a damaged store is refused
+ * naming the pack or the index and the object. */
+TEST(IspCaseDump, SharedStoreKeepsStructuresOnceAndRefusesDamage) {
+    temp_dir dir;
+    const std::string base   = dir.path() + "/base",
+                      replay = ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' replay " ISP_SAMPLE_CASE_DIR
+                                                 " -q",
+                      raw_only = " --raw-only --store " + base + " --dump " + base + "/";
+    ASSERT_EQ(std::system((replay + raw_only + "a >/dev/null & " + replay + raw_only +
+                           "b >/dev/null; wait $!")
+                              .c_str()),
+              0);
+    const std::string own = dump_of(dir, "own", ISP_SAMPLE_CASE_DIR, "--raw-only");
+    std::vector<std::string> files;
+    for (const auto &[name, bytes] : tree(base)) files.push_back(name);
+    EXPECT_EQ(files, (std::vector<std::string>{"a/manifest.json", "b/manifest.json", "objects.idx",
+                                               "objects.pack"}));
+    EXPECT_EQ(read_json_file(base + "/a/manifest.json").get("store").to_str(), "..");
+    // the store is what one dump alone keeps, however the two writers interleaved
+    for (const char *file : {"/objects.idx", "/objects.pack"})
+        EXPECT_EQ(fs::file_size(base + file), fs::file_size(own + file)) << file;
+    for (const char *name : {"/a", "/b"})
+        EXPECT_EQ(run_tool(dir, "diff " + own + " " + base + name).status, 0) << name;
+
+    const std::string idx = read_file(own + "/objects.idx");
+    std::string pack      = read_file(own + "/objects.pack");
+    pack[0] ^= 1;  // the first object: ifa setup's 4 bytes
+    std::ofstream(own + "/objects.pack", std::ios::binary) << pack;
+    tool_run run = run_tool(dir, "diff " + own + " " + base + "/a");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "isp-case diff: " + own + "/objects.pack: object " + idx.substr(0, 64) +
+                           " (4 bytes at 0) does not match its hash\n");
+
+    const std::string last = idx.substr(idx.rfind('\n', idx.size() - 2) + 1);
+    std::ofstream(base + "/objects.idx", std::ios::binary)
+        << idx.substr(0, idx.size() - last.size());
+    run = run_tool(dir, "diff " + base + "/a " + base + "/b");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err.substr(0, run.err.find(": push ")),
+              "isp-case diff: " + base + "/a/manifest.json");
+    EXPECT_EQ(run.err.substr(run.err.find(": object ")),
+              ": object " + last.substr(0, 64) + " is not in the store " + base + "/objects.idx\n");
+}
+
 /* One register value changed in f1, one module left out, a damaged dump; two dumps of one case
  * are the same bytes. Differences are named by the step and the frame directory it read. */
 /* The white-balance digital gain of cfgs/f1 doubled (code 256 to 512) in every partition. */

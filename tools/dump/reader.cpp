@@ -414,10 +414,12 @@ dump open_dump(const std::string &dir) {
         throw dump_error(path + ": " + e.what());
     }
     if (d.version == 1) dirs_from_sources(d);
-    if (d.version >= 3)
-        d.store = store_reader(fs::path(d.store_dir).is_absolute() ? d.store_dir
-                               : d.store_dir == "."                ? d.dir
-                                                                   : d.dir + "/" + d.store_dir);
+    if (d.version >= 3) {
+        /* "dir/.." for a shared store: its files named without the detour */
+        std::string store = (fs::path(d.dir) / d.store_dir).lexically_normal().generic_string();
+        if (store.size() > 1 && store.back() == '/') store.pop_back();
+        d.store = store_reader(store);
+    }
     for (dump_push &p : d.pushes) {
         p.channelled =
             isp::find_module(p.module) &&
