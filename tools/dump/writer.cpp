@@ -114,6 +114,7 @@ dump_writer::dump_writer(const std::string &dir, const replay_settings &settings
                           .lexically_relative(fs::absolute(dir, error).lexically_normal())
                           .generic_string();
     if (manifest_.store.empty()) manifest_.store = fs::absolute(store, error).generic_string();
+    if (manifest_.store.size() > 1 && manifest_.store.back() == '/') manifest_.store.pop_back();
     store_ = std::make_unique<store_writer>(store);
     if (!options.raw_only) {
         const std::string index = dir + "/index.txt";
