@@ -144,8 +144,8 @@ json_fields difference_json(const difference &d, const step_id &last, size_t ste
             .add("b", side_json(d.in_b));
     }
     o.add("files", json_texts(d.files))
-        .add("file_a", d.a && kept.a ? json_text(d.a->bin) : value())
-        .add("file_b", d.b && kept.b ? json_text(d.b->bin) : value())
+        .add("file_a", d.a && kept.a ? json_text(push_file(*d.a)) : value())
+        .add("file_b", d.b && kept.b ? json_text(push_file(*d.b)) : value())
         .add("text", difference_text(d, true, &last));
     return o;
 }

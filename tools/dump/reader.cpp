@@ -116,26 +116,53 @@ int frame_dir_of(const std::string &file) {
     return std::stoi(digits);
 }
 
-dump_push push_of(const picojson::object &o, int version) {
+bool same_step(const step_id &x, const step_id &y) {
+    return x.kind == y.kind && x.number == y.number;
+}
+
+/* A push of the manifest; in version 3, of the step's entry. */
+dump_push push_of(const picojson::object &o, int version, int partitions, const step_id *step) {
     dump_push p;
-    p.step    = step_of(at(o, "step"), version);
-    p.module  = string_at(o, "module");
-    p.block   = string_at(o, "block");
-    p.channel = int(number_at(o, "channel", 0, k_most));
-    p.command = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFF));
-    p.group   = string_at(o, "group");
-    p.type    = string_at(o, "type");
-    p.size    = size_t(number_at(o, "size", 0, k_most));
-    for (const value &s : array_at(o, "sources")) {
-        const picojson::object &so = object_of(s, "sources");
-        p.sources.push_back({int(number_at(so, "partition", 0, k_most)),
-                             int(number_at(so, "channel", 0, k_most)), string_at(so, "file")});
+    p.step                         = step ? *step : step_of(at(o, "step"), version);
+    p.module                       = string_at(o, "module");
+    p.block                        = string_at(o, "block");
+    p.channel                      = int(number_at(o, "channel", 0, k_most));
+    p.command                      = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFF));
+    p.group                        = string_at(o, "group");
+    p.type                         = string_at(o, "type");
+    p.size                         = size_t(number_at(o, "size", 0, k_most));
+    const isp::module_desc *module = isp::find_module(p.module);
+    if (version >= 3 && !o.count("sources")) {
+        /* the files the step's directory holds for the module */
+        if (!module) throw bad_field("sources: none for module \"" + p.module + "\"");
+        const int dir =
+            p.step.dir + int(o.count("read") ? number_at(o, "read", -p.step.dir, k_most) : 0);
+        for (const manifest_source &s : sources_read(*module, dir, p.channel, partitions))
+            p.sources.push_back({s.partition, s.channel, s.file});
+    } else
+        for (const value &s : array_at(o, "sources")) {
+            const picojson::object &so = object_of(s, "sources");
+            p.sources.push_back({int(number_at(so, "partition", 0, k_most)),
+                                 int(number_at(so, "channel", 0, k_most)), string_at(so, "file")});
+        }
+    if (version < 3 || o.count("files")) {
+        const picojson::object &files = object_of(at(o, "files"), "files");
+        p.json                        = string_at(files, "json");
+        p.cmodel                      = strings_at(files, "cmodel");
     }
-    const picojson::object &files = object_of(at(o, "files"), "files");
-    p.bin                         = string_at(files, "bin");
-    p.json                        = string_at(files, "json");
-    p.cmodel                      = strings_at(files, "cmodel");
-    p.targets                     = strings_at(files, "targets");
+    if (version < 3) {
+        const picojson::object &files = object_of(at(o, "files"), "files");
+        p.bin                         = string_at(files, "bin");
+        p.targets                     = strings_at(files, "targets");
+        return p;
+    }
+    p.object = string_at(o, "object");
+    const picojson::object none;
+    for (const auto &[member, key] :
+         o.count("pointees") ? object_of(at(o, "pointees"), "pointees") : none) {
+        if (!key.is<std::string>()) throw bad_field("pointees: " + member + ": not a string");
+        p.pointees.emplace_back(member, key.get<std::string>());
+    }
     return p;
 }
 
@@ -158,8 +185,8 @@ void read_manifest(const value &root, dump &d) {
     const char *version_key =
         o.count("version") && !o.count("manifest_version") ? "version" : "manifest_version";
     d.version = int(number_at(o, version_key, 0, k_most));
-    if (d.version != 1 && d.version != 2)
-        throw bad_field(fmt::format("manifest_version {} is not 1 or 2", d.version));
+    if (d.version < 1 || d.version > 3)
+        throw bad_field(fmt::format("manifest_version {} is not 1, 2 or 3", d.version));
     if (o.count("recording")) {
         const value &recording = at(o, "recording");
         if (!recording.is<bool>()) throw bad_field("recording: not true or false");
@@ -190,9 +217,52 @@ void read_manifest(const value &root, dump &d) {
     if (o.count("findings")) d.findings = array_at(o, "findings");
     if (o.count("findings_not_listed"))
         d.findings_not_listed = size_t(number_at(o, "findings_not_listed", 0, k_most));
-    const picojson::array &pushes = array_at(o, "pushes");
-    d.pushes.reserve(pushes.size());
-    for (const value &p : pushes) d.pushes.push_back(push_of(object_of(p, "pushes"), d.version));
+    if (d.version >= 3) d.store_dir = string_at(o, "store");
+    const int partitions = std::min(d.part_h * d.part_v, 256);
+    if (d.version < 3) {
+        for (const value &p : array_at(o, "pushes"))
+            d.pushes.push_back(push_of(object_of(p, "pushes"), d.version, partitions, nullptr));
+        return;
+    }
+    std::map<int, std::pair<size_t, size_t>> frame_pushes; /* first push and count of a frame */
+    for (const value &e : array_at(o, "steps")) {
+        const picojson::object &entry = object_of(e, "steps");
+        const step_id step            = step_of(at(entry, "step"), d.version);
+        const size_t start            = d.pushes.size();
+        if (!entry.count("same_as")) {
+            for (const value &p : array_at(entry, "pushes"))
+                d.pushes.push_back(push_of(object_of(p, "pushes"), d.version, partitions, &step));
+        } else {
+            /* a frame that pushed what an earlier frame pushed, but for the pushes listed */
+            const int same_as  = int(number_at(entry, "same_as", 1, k_most));
+            const auto earlier = frame_pushes.find(same_as);
+            if (earlier == frame_pushes.end() || step.kind != phase::frame ||
+                same_as >= step.number)
+                throw bad_field(fmt::format("steps: {}: same_as {} names no earlier frame",
+                                            step_name(step), same_as));
+            const auto [first, count] = earlier->second;
+            for (size_t i = first; i < first + count; ++i) {
+                dump_push copy = d.pushes[i];
+                copy.step      = step;
+                d.pushes.push_back(std::move(copy));
+            }
+            if (entry.count("except"))
+                for (const auto &[index, changed] : object_of(at(entry, "except"), "except")) {
+                    const bool number = !index.empty() && index.size() < 10 &&
+                                        index.find_first_not_of("0123456789") == std::string::npos;
+                    const size_t i = number ? std::stoul(index) : count;
+                    if (i >= count)
+                        throw bad_field(fmt::format("except: {}: frame {} has {} pushes", index,
+                                                    same_as, count));
+                    d.pushes[start + i] =
+                        push_of(object_of(changed, "except"), d.version, partitions, &step);
+                }
+        }
+        if (step.kind != phase::frame) continue;
+        if (!frame_pushes.emplace(step.number, std::make_pair(start, d.pushes.size() - start))
+                 .second)
+            throw bad_field(fmt::format("steps: {} twice", step_name(step)));
+    }
 }
 
 /* Version 1 gave no directory: a frame step read the one its sources name, f(N) where none
@@ -212,10 +282,6 @@ void dirs_from_sources(dump &d) {
 }
 
 /* ---- wholeness ----------------------------------------------------------------------------- */
-
-bool same_step(const step_id &x, const step_id &y) {
-    return x.kind == y.kind && x.number == y.number;
-}
 
 /* A push against the grid, channels, frames and modules of its manifest. */
 void check_push(const dump &d, const dump_push &p, const std::string &manifest) {
@@ -245,13 +311,34 @@ void check_push(const dump &d, const dump_push &p, const std::string &manifest) 
                 where, s.file, s.partition, s.channel, d.part_h, d.part_v, d.channels));
 }
 
+/* Every object a push names is in the store, with the push's size. */
+void check_objects(const dump &d, const dump_push &p, const std::string &manifest) {
+    const std::string index = d.store.dir() + "/" + k_index_file;
+    const auto lacks        = [&](const std::string &key) {
+        return dump_error(fmt::format("{}: push {}/{}: object {} is not in the store {}", manifest,
+                                             step_dir(p.step), p.module, key.empty() ? "\"\"" : key,
+                                             index));
+    };
+    const object_place *object = d.store.find(p.object);
+    if (!object) throw lacks(p.object);
+    if (object->size != p.size)
+        throw dump_error(fmt::format("{}: object {} has {} bytes, but {} says push {}/{} has {}",
+                                     index, p.object, object->size, manifest, step_dir(p.step),
+                                     p.module, p.size));
+    for (const auto &[member, key] : p.pointees)
+        if (!d.store.find(key)) throw lacks(key);
+}
+
 /* Every file the manifest lists is a regular file, and every .bin holds its push's bytes. */
 void check_files(const dump &d) {
     size_t lacking = 0;
     std::string first;
     for (const dump_push &p : d.pushes) {
-        std::vector<const std::string *> files = {&p.bin};
-        if (!d.recording || !p.json.empty()) files.push_back(&p.json);
+        if (d.version >= 3) check_objects(d, p, d.dir + "/manifest.json");
+        std::vector<const std::string *> files;
+        if (d.version < 3) files.push_back(&p.bin);
+        if (d.version < 3 ? !d.recording || !p.json.empty() : !p.json.empty())
+            files.push_back(&p.json);
         for (const std::string &f : p.cmodel) files.push_back(&f);
         for (const std::string &f : p.targets) files.push_back(&f);
         bool whole = true;
@@ -266,7 +353,7 @@ void check_files(const dump &d) {
             continue;
         }
         std::error_code error;
-        const uintmax_t size = fs::file_size(d.dir + "/" + p.bin, error);
+        const uintmax_t size = p.bin.empty() ? p.size : fs::file_size(d.dir + "/" + p.bin, error);
         if (!error && size != p.size)
             throw dump_error(fmt::format("{}/{}: {} bytes, but the manifest says the push has {}",
                                          d.dir, p.bin, size, p.size));
@@ -335,6 +422,16 @@ std::string disagreeing_member(const std::vector<dump_member> &from_bytes,
     return "";
 }
 
+/* The element size of the array behind a pointer member: the one its register rows store. */
+unsigned pointee_size(const isp::struct_desc *layout, const isp::block_map *map,
+                      const std::string &member) {
+    for (uint32_t i = 0; layout && map && i < layout->member_count; ++i)
+        if (member == layout->members[i].name)
+            if (const isp::field_row *row = isp::member_row(*map, *layout, layout->members[i]))
+                return row->member.elem_size;
+    return pointee().elem_size;
+}
+
 }  // namespace
 
 const dump_member *decoded_push::member(const std::string &name) const {
@@ -356,6 +453,12 @@ dump open_dump(const std::string &dir) {
         throw dump_error(path + ": " + e.what());
     }
     if (d.version == 1) dirs_from_sources(d);
+    if (d.version >= 3) {
+        /* "dir/.." for a shared store: its files named without the detour */
+        std::string store = (fs::path(d.dir) / d.store_dir).lexically_normal().generic_string();
+        if (store.size() > 1 && store.back() == '/') store.pop_back();
+        d.store = store_reader(store);
+    }
     for (dump_push &p : d.pushes) {
         p.channelled =
             isp::find_module(p.module) &&
@@ -384,7 +487,8 @@ decoded_push read_push(const dump &d, const dump_push &push) {
             out.members.push_back(member_of(m));
         }
     }
-    out.bytes = read_bytes(bin_path); /* its size checked when the dump was opened */
+    /* its size checked when the dump was opened */
+    out.bytes = push.object.empty() ? read_bytes(bin_path) : d.store.read(push.object);
     if (decoded_file &&
         (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size))
         throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
@@ -409,6 +513,11 @@ decoded_push read_push(const dump &d, const dump_push &push) {
      * pointers have another width): its decoded file is taken as written; without one, the
      * decoder says what it cannot lay out */
     if (decoded_file && (!layout || layout->size != bytes.size())) return out;
+    for (const auto &[member, key] : push.pointees) {
+        const std::string raw = d.store.read(key);
+        input.pointees[member].bytes.assign(raw.begin(), raw.end());
+        input.pointees[member].elem_size = pointee_size(layout, map, member);
+    }
     for (const std::string &target : push.targets) {
         /* "<push>.<member>.bin": the element size is the one its register rows store */
         const std::string stem   = target.substr(0, target.size() - 4);
@@ -416,10 +525,7 @@ decoded_push read_push(const dump &d, const dump_push &push) {
         pointee p;
         const std::string raw = read_bytes(d.dir + "/" + target);
         p.bytes.assign(raw.begin(), raw.end());
-        for (uint32_t i = 0; layout && map && i < layout->member_count; ++i)
-            if (member == layout->members[i].name)
-                if (const isp::field_row *row = isp::member_row(*map, *layout, layout->members[i]))
-                    p.elem_size = row->member.elem_size;
+        p.elem_size            = pointee_size(layout, map, member);
         input.pointees[member] = std::move(p);
     }
     std::vector<dump_member> from_bytes;
@@ -432,9 +538,15 @@ decoded_push read_push(const dump &d, const dump_push &push) {
         return out;
     }
     if (const std::string member = disagreeing_member(from_bytes, out.members); !member.empty())
-        throw dump_error(bin_path + ": its bytes disagree with " + json_path + " (member " +
-                         member + ")");
+        throw dump_error((push.object.empty()
+                              ? bin_path
+                              : d.store.dir() + "/" + k_pack_file + ": object " + push.object) +
+                         ": its bytes disagree with " + json_path + " (member " + member + ")");
     return out;
+}
+
+std::string push_file(const dump_push &push) {
+    return push.bin.empty() ? push.json : push.bin;
 }
 
 std::string step_label(const step_id &step) {

@@ -81,6 +81,8 @@ bool settings_or_report(const case_options &options, const char *command, run_se
 struct replay_flags {
     std::vector<std::string> bypass;
     std::string dump_dir, log_level = "warning", format = "text";
+    std::string store_dir; /* --store: the dump's raw structures go to this shared store */
+    bool raw_only = false; /* --raw-only: no decoded files beside the raw structures */
     bool force = false, verbose = false, quiet = false, strict = false;
     std::FILE *out = stdout; /* the replay's lines; diff replays a case without them */
 };
