@@ -49,11 +49,10 @@ std::map<std::string, std::string> tree(const std::string &root) {
 
 /* The code the wbc ctrl group pushed for d_gain at a step of a dump. */
 int64_t pushed_d_gain(const std::string &dump_dir, const std::string &step) {
-    const picojson::object decoded =
-        isp_test::parse_object(read_file(dump_dir + "/" + step + "/wbc/cmd01_ctrl.json"));
-    for (const picojson::value &m : decoded.at("members").get<picojson::array>())
-        if (m.get("name").get<std::string>() == "d_gain")
-            return int64_t(m.get("code").get<double>());
+    const isp_case::dump d = isp_case::open_dump(dump_dir);
+    for (const isp_case::dump_push &p : d.pushes)
+        if (isp_case::step_dir(p.step) == step && p.module == "wbc" && p.group == "ctrl")
+            return int64_t(isp_case::read_push(d, p).member("d_gain")->codes.at(0));
     return -1;
 }
 
