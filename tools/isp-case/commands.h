@@ -77,6 +77,8 @@ struct replay_flags {
     std::function<void(const replay_step &)> observe;
     std::vector<std::string> bypass;
     std::string dump_dir, log_level = "warning", format = "text";
+    std::string store_dir; /* --store: the dump's raw structures go to this shared store */
+    bool raw_only = false; /* --raw-only: no decoded files beside the raw structures */
     bool force = false, verbose = false, quiet = false, strict = false;
 };
 
