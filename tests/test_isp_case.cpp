@@ -1102,9 +1102,22 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
     EXPECT_TRUE(tree(a) == tree(dump_of(dir, "a2", ISP_SAMPLE_CASE_DIR)));  // byte for byte
     const std::string cut = dump_of(dir, "cut", ISP_SAMPLE_CASE_DIR);
     fs::resize_file(cut + "/objects.pack", 7);
+    const std::string broken = copy_sample(dir, "broken");
+    std::ofstream(broken + "/cfgs/f1/rtl_wbc_p2.json") << "{";
+    /* the replays of cases go to a temporary directory of the test's, left empty */
+    const std::string scratch = dir.path() + "/tmp";
+    fs::create_directory(scratch);
+    const char *tmpdir           = std::getenv("TMPDIR");
+    const std::string old_tmpdir = tmpdir ? tmpdir : "";
+    setenv("TMPDIR", scratch.c_str(), 1);
 
-    const std::string d_gain =
-        "    cmd01_ctrl d_gain: code 256 -> 512, value 1 -> 2 (isp_wbc.d_gain.val)";
+    // frame 2 reads f1 again: one entry for both frames
+    const std::string files  = " in cfgs/f1/rtl_wbc_p0.json, cfgs/f1/rtl_wbc_p1.json and 2 more",
+                      d_gain = "    ctrl.d_gain at isp_wbc.d_gain.val" + files +
+                               ": code 256 | 512, value 1 | 2";
+    const std::string two =
+        "summary: 465 pushes in A, 465 in B; 2 differ (2 differences), 0 only "
+        "in A, 0 only in B";
     const struct {
         std::string args;
         int status;
@@ -1118,9 +1131,7 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
          ""},
         {a + " " + b,
          1,
-         {"frame 1 (f1)", "  wbc", d_gain, "frame 2 (f1 again)",
-          "summary: 465 pushes in A, 465 in B; 2 differ (2 differences), 0 only in A, 0 only in B",
-          "result: different"},
+         {"frames 1-2 (f1, then f1 again)", "  wbc", d_gain, two, "result: different"},
          ""},
         // codes reach the hardware: no tolerance hides them
         {a + " " + b + " --tolerance 1000", 1, {"result: different"}, ""},
@@ -1131,10 +1142,27 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
          ""},
         {a + " " + c,
          1,
-         {"  gamma", "    only in A: cmd01_setup, cmd02_dither, cmd03_lut",
+         {"setup (f0) to frame 2 (f1 again)", "  gamma",
+          "    only in A: cmd01_setup, cmd02_dither, cmd03_lut",
           "summary: 465 pushes in A, 456 in B; 0 differ (0 differences), 9 only in A, 0 only in B"},
          ""},
+        {a + " " + b + " --first",
+         1,
+         {"first divergence: frame 1 (f1): wbc.ctrl.d_gain at isp_wbc.d_gain.val" + files +
+              ": code 256 | 512, value 1 | 2",
+          "result: different"},
+         ""},
+        {a + " " + b + " --stat",
+         1,
+         {"  module  group  differences  pushes  only in A  only in B",
+          "  wbc     ctrl   2            2       0          0", two},
+         ""},
+        {a + " " + b + " --quiet", 1, {}, ""},
+        // cases are replayed for the comparison, a case beside a dump as that dump was made
+        {std::string(ISP_SAMPLE_CASE_DIR) + " " + changed, 1, {d_gain, two}, ""},
+        {std::string(ISP_SAMPLE_CASE_DIR) + " " + c + " -q", 0, {}, ""},
         {a + " " + b + " --tolerance nan", 2, {}, "--tolerance: nan is not a finite number\n"},
+        {a + " " + b + " --first --stat", 2, {}, "--first excludes --stat\n"},
         {a + " " + cut,
          3,
          {},
@@ -1142,24 +1170,44 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
              "be1e25032d4050e17998904d09610417e4a77316fddefdd9e5b5ee7ff329b133 (408 bytes at 4) "
              "that " +
              cut + "/objects.idx lists\n"},
+        {broken + " " + a,
+         3,
+         {},
+         "isp-case replay: 1 file(s) of " + broken + " would stop the library:\n"},
     };
     for (const auto &row : cases) {
         const tool_run run = run_tool(dir, "diff " + row.args);
         EXPECT_EQ(run.status, row.status) << row.args << "\n" << run.out << run.err;
         expect_lines(run.out, row.out);
+        if (row.args.find("-q") != std::string::npos) {
+            EXPECT_EQ(run.out, "") << row.args;
+        }
         EXPECT_EQ(run.err.substr(0, run.err.find('\n') + 1), row.err) << row.args;
     }
+    EXPECT_EQ(last_lines(run_tool(dir, "diff " + broken + " " + a).err, 1),
+              lines_t{"isp-case diff: " + broken + ": cannot be replayed: 1 file(s) of " + broken +
+                      " would stop the library"});
+    if (tmpdir)
+        setenv("TMPDIR", old_tmpdir.c_str(), 1);
+    else
+        unsetenv("TMPDIR");
+    EXPECT_TRUE(fs::is_empty(scratch));
+
     const tool_run json          = run_tool(dir, "diff " + a + " " + b + " --format json");
     const picojson::value report = isp_test::parse_object(json.out)["differences"];
-    ASSERT_EQ(report.get<picojson::array>().size(), 2u) << json.out;
-    EXPECT_EQ(report.get<picojson::array>()[1].serialize(),
+    ASSERT_EQ(report.get<picojson::array>().size(), 1u) << json.out;
+    EXPECT_EQ(report.get<picojson::array>()[0].serialize(),
               R"({"a":{"code":256,"format":"u10.8","register":"isp_wbc.d_gain.val","value":1},)"
               R"("b":{"code":512,"format":"u10.8","register":"isp_wbc.d_gain.val","value":2},)"
               R"("channel":0,"cmd":1,"file_a":"decoded\/wbc\/cmd01_ctrl-c024260ded49453e.json",)"
-              R"("file_b":"decoded\/wbc\/cmd01_ctrl-48011ca27b5022a4.json","group":"ctrl",)"
-              R"("index":null,)"
-              R"("kind":"code","member":"d_gain","module":"wbc",)"
-              R"j("step":{"dir":1,"frame":2,"phase":"frame"},"step_name":"frame 2 (f1 again)"})j");
+              R"("file_b":"decoded\/wbc\/cmd01_ctrl-48011ca27b5022a4.json",)"
+              R"("files":["cfgs\/f1\/rtl_wbc_p0.json","cfgs\/f1\/rtl_wbc_p1.json",)"
+              R"("cfgs\/f1\/rtl_wbc_p2.json","cfgs\/f1\/rtl_wbc_p3.json"],"group":"ctrl",)"
+              R"("index":null,"kind":"code","last_step":{"dir":1,"frame":2,"phase":"frame"},)"
+              R"("member":"d_gain","module":"wbc","step":{"dir":1,"frame":1,"phase":"frame"},)"
+              R"j("step_name":"frames 1-2 (f1, then f1 again)","steps":2,)j"
+              R"("text":"wbc.ctrl.d_gain at isp_wbc.d_gain.val in cfgs\/f1\/rtl_wbc_p0.json, )"
+              R"(cfgs\/f1\/rtl_wbc_p1.json and 2 more: code 256 | 512, value 1 | 2"})");
 }
 
 /* The recorder preloaded into a replay: what the library handed the wrapper, read by diff as a
@@ -1207,9 +1255,10 @@ TEST(IspCaseRecording, PreloadedRecorderMatchesTheToolsDumpAndNeverChangesTheRep
     const tool_run different = run_tool(dir, "diff " + dir.path() + "/other " + dump);
     EXPECT_EQ(different.status, 1) << different.out << different.err;
     expect_lines(different.out,
-                 {"frame 1 (f1)", "  wbc",
-                  "    cmd01_ctrl d_gain: code 512 -> 256, value 2 -> 1 (isp_wbc.d_gain.val)",
-                  "frame 2 (f1 again)", "result: different"});
+                 {"frames 1-2 (f1, then f1 again)", "  wbc",
+                  "    ctrl.d_gain at isp_wbc.d_gain.val in cfgs/f1/rtl_wbc_p0.json, "
+                  "cfgs/f1/rtl_wbc_p1.json and 2 more: code 512 | 256, value 2 | 1",
+                  "result: different"});
 }
 
 /* Places the dump and the export cannot use: one line on standard error naming the place and

@@ -89,7 +89,7 @@ int run_replay_command(const case_options &options, const replay_flags &flags,
     /* the lint's findings first, then the run's, in one record */
     run_record record;
     record.add(lint.findings);
-    replay_printer printer(stdout, settings, output);
+    replay_printer printer(flags.out, settings, output);
     std::optional<dump_writer> dump;
     if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings, dump_options_of(flags));
     const replay_result result = replay(settings, [&](const replay_step &step) {
