@@ -68,14 +68,10 @@ struct baseline_outcome {
     size_t differences   = 0; /* every difference not ignored */
     std::optional<divergence_fields> first;
     std::string problem; /* why a run could not be saved or read */
-
-    bool passes() const {
-        return state != baseline_state::differs && state != baseline_state::missing &&
-               state != baseline_state::unreadable;
-    }
 };
 
-/* "baseline: ..." for a failure reason; empty when the outcome passes unchanged. */
+/* "baseline: ..." for the failure reason of a case that differs, is not in the baseline or
+ * cannot be compared; empty for one that passes (the same, saved, rewritten): the verdict. */
 std::string baseline_reason(const baseline_outcome &outcome);
 
 /* Its JSON, members in the documented order. */
