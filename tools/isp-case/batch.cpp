@@ -150,8 +150,9 @@ command_runner add_batch_command(CLI::App &app) {
     auto options      = std::make_shared<batch_flags>();
     batch_settings &b = options->batch;
     cmd.footer(
-        "Exit status: 0 every case passed, 1 a case failed or a report not written, 2 usage "
-        "error, 3 a path that is not a directory, or no case found.");
+        "Exit status: 0 every case passed, 1 a case failed (or differs from its baseline, or "
+        "a baseline case is not in the suite) or a report not written, 2 usage error, 3 a path "
+        "that is not a directory, or no case found.");
     cmd.add_option("CASE_OR_SUITE", b.paths, "Case directories, or directories searched for cases")
         ->required()
         ->type_name("DIR");
