@@ -951,15 +951,25 @@ TEST(IspCaseRegmap, TemplatesReadBackCleanAndTheMapNamesTheLastGammaPoint) {
  * host's pointers cleared) and every member decoded. */
 TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
     temp_dir dir;
+    // f2: f1 with the white-balance digital gain doubled, read by frames 2 and 3
+    const std::string case_dir = copy_sample(dir);
+    fs::copy(case_dir + "/cfgs/f1", case_dir + "/cfgs/f2");
+    for (int p = 0; p < 4; ++p)
+        edit_json(case_dir + "/cfgs/f2/rtl_wbc_p" + std::to_string(p) + ".json",
+                  [](picojson::object &root) {
+                      root["isp_wbc"].get<picojson::object>()["d_gain"] =
+                          picojson::value(picojson::object{{"val", picojson::value(512.0)}});
+                  });
     isp_case::replay_settings settings;
-    settings.run.case_path = ISP_SAMPLE_CASE_DIR;
+    settings.run.case_path = case_dir;
     settings.run.part_h = settings.run.part_v = 2;
     settings.run.channels                     = 2;
-    settings.run.frames                       = 2;
+    settings.run.frames                       = 3;
     for (const char *name : {"wbc", "cc", "lsc", "gamma"})
         settings.run.modules.push_back(isp_case::find_module(name));
     settings.keep_bytes = settings.keep_platform_records = true;
-    isp_case::dump_writer writer(dir.path(), settings);
+    const std::string dump                               = dir.mkdir("dump");
+    isp_case::dump_writer writer(dump, settings);
     std::vector<std::string> pushed; /* every push's bytes, pointer members cleared */
     const isp_case::replay_result result =
         isp_case::replay(settings, [&](const isp_case::replay_step &step) {
@@ -977,16 +987,15 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
     EXPECT_TRUE(result.platform_problems.empty());
     const isp_case::dump_summary summary = writer.summary();
     EXPECT_TRUE(summary.problems.empty());
-    // 3 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups); frame 2 reads f1 again, so setup and
-    // frame 1 give every object: 13 distinct groups and the two partition-size arrays behind cc
-    // init, each decoded once; no C-model file for cc init and lsc mesh, one per partition for
-    // lsc coord
+    // 4 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups); setup and frame 1 give 13 distinct
+    // groups and the two partition-size arrays behind cc init, frame 2 one more wbc ctrl, each
+    // decoded once; no C-model file for cc init and lsc mesh, one per partition for lsc coord
     EXPECT_EQ((std::vector<size_t>{summary.pushes, summary.raw_objects, summary.decoded_files,
                                    summary.cmodel_files}),
-              (std::vector<size_t>{36, 15, 13, 13}));
+              (std::vector<size_t>{48, 16, 14, 14}));
 
     // the store read back is the run, push for push
-    const isp_case::dump d = isp_case::open_dump(dir.path());
+    const isp_case::dump d = isp_case::open_dump(dump);
     ASSERT_EQ(d.pushes.size(), pushed.size());
     for (size_t i = 0; i < pushed.size(); ++i)
         EXPECT_EQ(isp_case::read_push(d, d.pushes[i]).bytes, pushed[i]) << i;
@@ -998,9 +1007,9 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
         return isp_case::dump_push();
     };
     // d_gain 1.0 in u10.8, four gains 1.0 in u4.8, clip level 1023.0 in u14.6, little-endian
-    EXPECT_EQ(isp_case::read_push(d, push_of("frame2", "wbc", 1)).bytes,
+    EXPECT_EQ(isp_case::read_push(d, push_of("frame1", "wbc", 1)).bytes,
               std::string("\x00\x01\x00\x00\x00\x01\x00\x01\x00\x01\x00\x01\xc0\xff\x00\x00", 16));
-    EXPECT_EQ(read_file(dir.path() + "/" + push_of("frame2", "wbc", 1).cmodel.at(0)),
+    EXPECT_EQ(read_file(dump + "/" + push_of("frame1", "wbc", 1).cmodel.at(0)),
               "{\n  \"clip_level\": 1023,\n  \"d_gain\": 1,\n  \"wb_gain\": [\n    1,\n    1,\n"
               "    1,\n    1\n  ]\n}\n\n");
     // the colour-correction init group: clock bit 0, its two pointers cleared; the partition
@@ -1020,7 +1029,7 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
          R"({"code":256,"count":1,"elem_size":4,"format":"u10.8","name":"d_gain","offset":0,)"
          R"("per_partition":false,"pointer":false,"register":"isp_wbc.d_gain.val",)"
          R"("signed":false,"value":1})"},
-        {"frame2/wbc/cmd01_ctrl", "wb_gain",
+        {"frame3/wbc/cmd01_ctrl", "wb_gain",
          R"({"codes":[256,256,256,256],"count":4,"elem_size":2,"format":"u4.8","name":"wb_gain",)"
          R"("offset":4,"per_partition":false,"pointer":false,)"
          R"("register":"isp_wbc.wb_gain0.val0","registers":["isp_wbc.wb_gain0.val0",)"
@@ -1047,33 +1056,75 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
             row.file.substr(step.size() + 1, row.file.rfind('/') - step.size() - 1);
         const uint32_t cmd = uint32_t(std::stoul(row.file.substr(row.file.rfind("cmd") + 3, 2)));
         const picojson::value decoded =
-            read_json_file(dir.path() + "/" + push_of(step, module, cmd).json);
+            read_json_file(dump + "/" + push_of(step, module, cmd).json);
         std::string found;
         for (const picojson::value &m : decoded.get("members").get<picojson::array>())
             if (m.get("name").to_str() == row.member) found = m.serialize();
         EXPECT_EQ(found, row.expected) << row.file << " " << row.member;
     }
 
-    // frame 2 pushed what frame 1 did: one entry for it
-    const picojson::value manifest = read_json_file(dir.path() + "/manifest.json");
-    const picojson::array &pushes  = manifest.get("pushes").get<picojson::array>();
-    ASSERT_EQ(pushes.size(), 25u);
-    EXPECT_EQ(pushes[24].serialize(),
-              R"({"same_as":1,"step":{"dir":1,"frame":2,"phase":"frame"},"step_dir":"frame2"})");
-    const std::string coord = "decoded\\/lsc\\/cmd02_coord-a7e79164fda4ff22";
-    EXPECT_EQ(pushes[19].serialize(),  // the load of lsc coord in frame 1
-              R"({"block":"lsc","channel":0,"cmd":2,"files":{"cmodel":[")" + coord +
-                  R"(.p0.cmodel.json",")" + coord + R"(.p1.cmodel.json",")" + coord +
-                  R"(.p2.cmodel.json",")" + coord + R"(.p3.cmodel.json"],"json":")" + coord +
-                  R"(.json"},"group":"coord","module":"lsc",)"
-                  R"("object":"a7e79164fda4ff228930f3a97516c00f2253bdfb2d2f3b24d6738c7cfd9951a3",)"
-                  R"("pointees":{},"size":4108,)"
-                  R"("sources":[{"channel":0,"file":"cfgs\/f1\/rtl_lsc_p0.json","partition":0},)"
-                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p1.json","partition":1},)"
-                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p2.json","partition":2},)"
-                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p3.json","partition":3}],)"
-                  R"("step":{"dir":1,"frame":1,"phase":"frame"},"step_dir":"frame1",)"
-                  R"("type":"_isp_lsc_user_coord_t"})");
+    // frame 2 is frame 1 but for wbc ctrl (the first push), frame 3 repeats frame 2; the
+    // pushes name their step's register files without listing them
+    const picojson::value manifest = read_json_file(dump + "/manifest.json");
+    const picojson::array &steps   = manifest.get("steps").get<picojson::array>();
+    ASSERT_EQ(steps.size(), 4u);
+    EXPECT_EQ(steps[2].get("except").serialize(),
+              R"({"0":{"block":"wbc","channel":0,"cmd":1,"files":{"cmodel":["decoded\/wbc\/)"
+              R"(cmd01_ctrl-48011ca27b5022a4.cmodel.json"],"json":"decoded\/wbc\/cmd01_ctrl-)"
+              R"(48011ca27b5022a4.json"},"group":"ctrl","module":"wbc","object":"48011ca27b50)"
+              R"(22a47727f7ab7cf66e6809a5322a77aeb8dc689444f1793d5ebb","size":16,)"
+              R"("type":"_isp_wbc_user_ctrl_t"}})");
+    EXPECT_EQ(steps[3].serialize(),
+              R"({"same_as":2,"step":{"dir":2,"frame":3,"phase":"frame"},"step_dir":"frame3"})");
+    EXPECT_EQ(
+        read_file(dump + "/index.txt").substr(read_file(dump + "/index.txt").find("frame 2")),
+        "frame 2 (f2): the pushes of frame 1, but\n  wbc/cmd01_ctrl                           "
+        "decoded/wbc/cmd01_ctrl-48011ca27b5022a4.json\nframe 3 (f2 again): the pushes of "
+        "frame 2\n");
+}
+
+/* Two dumps written at once into one store keep each structure once; a damaged store is refused
+ * naming the pack or the index and the object. */
+TEST(IspCaseDump, SharedStoreKeepsStructuresOnceAndRefusesDamage) {
+    temp_dir dir;
+    const std::string base   = dir.path() + "/base",
+                      replay = ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' replay " ISP_SAMPLE_CASE_DIR
+                                                 " -q",
+                      raw_only = " --raw-only --store " + base + " --dump " + base + "/";
+    ASSERT_EQ(std::system((replay + raw_only + "a >/dev/null & " + replay + raw_only +
+                           "b >/dev/null; wait $!")
+                              .c_str()),
+              0);
+    const std::string own = dump_of(dir, "own", ISP_SAMPLE_CASE_DIR, "--raw-only");
+    std::vector<std::string> files;
+    for (const auto &[name, bytes] : tree(base)) files.push_back(name);
+    EXPECT_EQ(files, (std::vector<std::string>{"a/manifest.json", "b/manifest.json", "objects.idx",
+                                               "objects.pack"}));
+    EXPECT_EQ(read_json_file(base + "/a/manifest.json").get("store").to_str(), "..");
+    // the store is what one dump alone keeps, however the two writers interleaved
+    for (const char *file : {"/objects.idx", "/objects.pack"})
+        EXPECT_EQ(fs::file_size(base + file), fs::file_size(own + file)) << file;
+    for (const char *name : {"/a", "/b"})
+        EXPECT_EQ(run_tool(dir, "diff " + own + " " + base + name).status, 0) << name;
+
+    const std::string idx = read_file(own + "/objects.idx");
+    std::string pack      = read_file(own + "/objects.pack");
+    pack[0] ^= 1;  // the first object: ifa setup's 4 bytes
+    std::ofstream(own + "/objects.pack", std::ios::binary) << pack;
+    tool_run run = run_tool(dir, "diff " + own + " " + base + "/a");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "isp-case diff: " + own + "/objects.pack: object " + idx.substr(0, 64) +
+                           " (4 bytes at 0) does not match its hash\n");
+
+    const std::string last = idx.substr(idx.rfind('\n', idx.size() - 2) + 1);
+    std::ofstream(base + "/objects.idx", std::ios::binary)
+        << idx.substr(0, idx.size() - last.size());
+    run = run_tool(dir, "diff " + base + "/a " + base + "/b");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err.substr(0, run.err.find(": push ")),
+              "isp-case diff: " + base + "/a/manifest.json");
+    EXPECT_EQ(run.err.substr(run.err.find(": object ")),
+              ": object " + last.substr(0, 64) + " is not in the store " + base + "/objects.idx\n");
 }
 
 /* One register value changed in f1, one module left out, a damaged dump; two dumps of one case

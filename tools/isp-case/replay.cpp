@@ -132,8 +132,9 @@ command_runner add_replay_command(CLI::App &app) {
     CLI::Option *dump =
         cmd.add_option(
                "--dump", f.dump_dir,
-               "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
-               "into this directory (new or empty), step by step as the replay runs")
+               "Write every distinct pushed group once, raw into a store, decoded and as C-model "
+               "JSON, with a manifest and index.txt, into this directory (new or empty), step by "
+               "step as the replay runs")
             ->type_name("DIR")
             ->check(non_empty_path());
     cmd.add_option("--store", f.store_dir,
