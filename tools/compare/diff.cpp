@@ -235,6 +235,77 @@ std::string json_head(const diff_settings &settings, const std::vector<std::stri
     return text;
 }
 
+/* What every view prints with. */
+struct view_context {
+    const dump &a, &b;
+    compare_options options;
+    std::FILE *out;
+    bool json;
+    std::string head; /* the JSON document's opening */
+    kept_dumps kept;
+};
+
+comparison_summary print_first(const view_context &c) {
+    const divergence found = first_divergence(c.a, c.b, c.options);
+    if (c.json) {
+        const std::string first =
+            found.first
+                ? difference_json(*found.first, found.first->push().step, 1, c.kept).serialize()
+                : "null";
+        fmt::print(c.out, "{},\"first\":{}", c.head, first);
+    } else if (found.first) {
+        fmt::print(c.out, "first divergence: {}\n",
+                   first_divergence_text(*found.first, std::nullopt));
+    }
+    return found.summary;
+}
+
+comparison_summary print_stat(const view_context &c) {
+    stat_counter counter;
+    const comparison_summary summary = compare_dumps(c.a, c.b, c.options, std::ref(counter));
+    if (c.json)
+        fmt::print(c.out, "{},\"stat\":{}", c.head, counter.json());
+    else
+        counter.print_text(c.out);
+    return summary;
+}
+
+comparison_summary print_all(const view_context &c) {
+    comparison_summary summary;
+    if (c.json) {
+        fmt::print(c.out, "{},\"differences\":[", c.head);
+        size_t printed = 0;
+        run_merger merger(c.a, c.b, [&](const difference_run &r) {
+            fmt::print(c.out, "{}\n{}", printed++ ? "," : "",
+                       difference_json(r.first, r.last, r.steps, c.kept).serialize());
+        });
+        summary = compare_dumps(c.a, c.b, c.options, std::ref(merger));
+        merger.finish();
+        fmt::print(c.out, "\n]");
+    } else {
+        text_printer printer(c.out);
+        run_merger merger(c.a, c.b, std::ref(printer));
+        summary = compare_dumps(c.a, c.b, c.options, std::ref(merger));
+        merger.finish();
+        printer.finish();
+    }
+    return summary;
+}
+
+comparison_summary print_view(diff_view view, const view_context &c) {
+    switch (view) {
+        case diff_view::first:
+            return print_first(c);
+        case diff_view::stat:
+            return print_stat(c);
+        case diff_view::all:
+            return print_all(c);
+        case diff_view::quiet:
+            break;
+    }
+    return compare_dumps(c.a, c.b, c.options, [](const difference &) {});
+}
+
 }  // namespace
 
 int diff_dumps(const diff_settings &settings, std::FILE *out, std::FILE *err) {
@@ -247,68 +318,24 @@ int diff_dumps(const diff_settings &settings, std::FILE *out, std::FILE *err) {
                     throw dump_error(
                         fmt::format("{}: no step frame {} (the dump's frames: 1 to {})", d->dir,
                                     *settings.frame, d->frames));
-        compare_options options;
-        options.tolerance = settings.tolerance;
-        options.frame     = settings.frame;
-        if (settings.view == diff_view::first || settings.view == diff_view::quiet)
-            options.limit = 1;
         const std::vector<std::string> notes = header_notes(a, b);
-        const kept_dumps kept{settings.dump_a.empty(), settings.dump_b.empty()};
-        const std::string head = json_head(settings, notes);
+        view_context c{a,
+                       b,
+                       {},
+                       out,
+                       settings.json,
+                       json_head(settings, notes),
+                       {settings.dump_a.empty(), settings.dump_b.empty()}};
+        c.options.tolerance = settings.tolerance;
+        c.options.frame     = settings.frame;
+        /* only the answer is wanted: the first difference gives it */
+        if (settings.view == diff_view::first || settings.view == diff_view::quiet)
+            c.options.limit = 1;
         if (!settings.json && settings.view != diff_view::quiet) {
             fmt::print(out, "diff of {} and {}\n", settings.a, settings.b);
             for (const std::string &n : notes) fmt::print(out, "  note: {}\n", n);
         }
-
-        comparison_summary summary;
-        switch (settings.view) {
-            case diff_view::quiet:
-                summary = compare_dumps(a, b, options, [](auto &) {});
-                break;
-            case diff_view::first: {
-                const divergence found = first_divergence(a, b, options);
-                summary                = found.summary;
-                if (settings.json)
-                    fmt::print(out, "{},\"first\":{}", head,
-                               found.first ? difference_json(*found.first, found.first->push().step,
-                                                             1, kept)
-                                                 .serialize()
-                                           : "null");
-                else if (found.first)
-                    fmt::print(out, "first divergence: {}\n",
-                               first_divergence_text(*found.first, std::nullopt));
-                break;
-            }
-            case diff_view::stat: {
-                stat_counter counter;
-                summary = compare_dumps(a, b, options, std::ref(counter));
-                if (settings.json)
-                    fmt::print(out, "{},\"stat\":{}", head, counter.json());
-                else
-                    counter.print_text(out);
-                break;
-            }
-            case diff_view::all: {
-                if (settings.json) {
-                    fmt::print(out, "{},\"differences\":[", head);
-                    size_t printed = 0;
-                    run_merger merger(a, b, [&](const difference_run &r) {
-                        fmt::print(out, "{}\n{}", printed++ ? "," : "",
-                                   difference_json(r.first, r.last, r.steps, kept).serialize());
-                    });
-                    summary = compare_dumps(a, b, options, std::ref(merger));
-                    merger.finish();
-                    fmt::print(out, "\n]");
-                } else {
-                    text_printer printer(out);
-                    run_merger merger(a, b, std::ref(printer));
-                    summary = compare_dumps(a, b, options, std::ref(merger));
-                    merger.finish();
-                    printer.finish();
-                }
-                break;
-            }
-        }
+        const comparison_summary summary = print_view(settings.view, c);
         if (settings.json && settings.view != diff_view::quiet) {
             /* a comparison cut short at its first difference counts no further */
             if (settings.view != diff_view::first)
