@@ -1556,6 +1556,16 @@ TEST(IspCaseBaseline, ChangedAddedAndRemovedCasesAreNamedAgainstTheStoredRuns) {
     fs::remove_all(base + "/c");
     const tool_run again = run_tool(dir, batch);
     EXPECT_EQ(again.status, 0) << again.out;
+
+    // a store cut short fails every case with the reader's reason, and is not taken as a change
+    fs::resize_file(base + "/objects.pack", 7);
+    const tool_run cut = run_tool(dir, batch + " --update-baseline");
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_EQ(count_lines_starting(cut.out, "  failed      b: baseline: " + base +
+                                                "/objects.pack: 7 bytes, too short for object"),
+              1u)
+        << cut.out;
+    EXPECT_EQ(cut.out.find("rewritten"), std::string::npos);
 }
 
 /* The reports of a suite's shards as one: every case once, a shard without a report named with
