@@ -254,6 +254,13 @@ bool stored_bytes_check::identical() const {
     return !differs_ && matched_ == stored_.pushes.size();
 }
 
+std::string baseline_case_dir(const std::string &baseline_dir, const std::string &case_name) {
+    std::string path = baseline_dir;
+    for (const fs::path &part : fs::path(case_name).relative_path())
+        if (part != "." && part != ".." && !part.empty()) path += "/" + part.string();
+    return path;
+}
+
 std::vector<std::string> baseline_cases(const std::string &dir) {
     std::vector<std::string> names;
     std::error_code error;

@@ -110,6 +110,11 @@ class stored_bytes_check {
     bool differs_   = false;
 };
 
+/* Where a case's run lies in a baseline directory: its name in the suite, without the parts
+ * that would lead out of the directory ("/", ".", ".."), as a case given by its path is named:
+ * "/data/cases/night" is stored as "data/cases/night". */
+std::string baseline_case_dir(const std::string &baseline_dir, const std::string &case_name);
+
 /* The names of the cases a baseline directory holds: every directory with a manifest.json,
  * relative to dir, sorted; a stored run's own directories are not searched. */
 std::vector<std::string> baseline_cases(const std::string &dir);
