@@ -1528,4 +1528,122 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
     EXPECT_EQ(of_all(elements, "details", "open").size(), 2u);
 }
 
+/* A stored run per case: unchanged, it passes; one value changed in one frame of one case fails
+ * that case alone, named in register terms; cases added to or gone from the suite are named;
+ * ignored members and the rewrite of what differs. */
+TEST(IspCaseBaseline, ChangedAddedAndRemovedCasesAreNamedAgainstTheStoredRuns) {
+    const temp_dir dir;
+    for (const char *name : {"a", "b", "c"}) copy_sample(dir, std::string("suite/") + name);
+    const std::string suite = dir.path() + "/suite", base = dir.path() + "/base";
+    const std::string batch = "batch " + suite + " --frames 2 -j 2 --baseline " + base;
+    ASSERT_EQ(run_tool(dir, "batch " + suite + " --frames 2 --save-baseline " + base).status, 0);
+    const tool_run same = run_tool(dir, batch);
+    EXPECT_EQ(same.status, 0) << same.out << same.err;
+    expect_lines(same.out, {"  cases       3 run, 3 passed, 0 failed"});
+
+    for (int p = 0; p < 4; ++p)
+        replace_in(suite + "/b/cfgs/f1/rtl_wbc_p" + std::to_string(p) + ".json", "\"val1\": 256",
+                   "\"val1\": 300");
+    const std::string first =
+        "baseline: frame 1 (f1): wbc.ctrl.wb_gain[1] at isp_wbc.wb_gain0.val1 in "
+        "cfgs/f1/rtl_wbc_p0.json, cfgs/f1/rtl_wbc_p1.json and 2 more: code 256 | 300, value 1 | "
+        "1.171875; 1 more difference";
+    const tool_run changed = run_tool(dir, batch + " --json " + dir.path() + "/r.json");
+    EXPECT_EQ(changed.status, 1);
+    expect_lines(changed.out,
+                 {"  cases       3 run, 2 passed, 1 failed", "  failed      b: " + first});
+    const picojson::array cases =
+        isp_test::parse_object(read_file(dir.path() + "/r.json"))["cases"].get<picojson::array>();
+    ASSERT_EQ(cases.size(), 3u);
+    EXPECT_EQ(cases[0].get("baseline").get("state").to_str(), "same");
+    picojson::object divergence =
+        cases[1].get("baseline").get("first_divergence").get<picojson::object>();
+    EXPECT_EQ(divergence["text"].to_str(), first.substr(10));
+    divergence.erase("text");
+    EXPECT_EQ(
+        picojson::value(divergence).serialize(),
+        R"({"codes":[256,300],"element":1,"files":["cfgs\/f1\/rtl_wbc_p0.json",)"
+        R"("cfgs\/f1\/rtl_wbc_p1.json","cfgs\/f1\/rtl_wbc_p2.json","cfgs\/f1\/rtl_wbc_p3.json"],)"
+        R"("frame_dir":"f1","group":"ctrl","kind":"code","member":"wb_gain","module":"wbc",)"
+        R"("more":1,"register":"isp_wbc.wb_gain0.val1","step":"frame 1","values":[1,1.171875]})");
+
+    // members known to vary, on the command line or in a file
+    EXPECT_EQ(run_tool(dir, batch + " --ignore 'wbc.ctrl.wb_*'").status, 0);
+    std::ofstream(dir.path() + "/ignore") << "# white balance varies\n\n  wbc.*.wb_gain  \n";
+    EXPECT_EQ(run_tool(dir, batch + " --ignore-file " + dir.path() + "/ignore").status, 0);
+    EXPECT_EQ(run_tool(dir, batch + " --ignore 'wbc.ctrl.d_*'").status, 1);
+
+    copy_sample(dir, "suite/d");
+    fs::remove_all(suite + "/c");
+    const tool_run moved = run_tool(dir, batch);
+    EXPECT_EQ(moved.status, 1);
+    expect_lines(moved.out, {"  failed      d: baseline: not in baseline",
+                             "  failed      c: in the baseline, not in the suite"});
+
+    const tool_run update = run_tool(dir, batch + " --update-baseline");
+    expect_lines(update.out, {"  cases       3 run, 3 passed, 0 failed",
+                              "  rewritten   b (updated), d (added)"});
+    fs::remove_all(base + "/c");
+    const tool_run again = run_tool(dir, batch);
+    EXPECT_EQ(again.status, 0) << again.out;
+
+    // a store cut short fails every case with the reader's reason, and is not taken as a change
+    fs::resize_file(base + "/objects.pack", 7);
+    const tool_run cut = run_tool(dir, batch + " --update-baseline");
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_EQ(count_lines_starting(cut.out, "  failed      b: baseline: " + base +
+                                                "/objects.pack: 7 bytes, too short for object"),
+              1u)
+        << cut.out;
+    EXPECT_EQ(cut.out.find("rewritten"), std::string::npos);
+}
+
+/* The reports of a suite's shards as one: every case once, a shard without a report named with
+ * its cases, reports that do not belong together refused. */
+TEST(IspCaseMerge, ShardReportsMergeIntoOneAndMissingShardsAreNamed) {
+    const temp_dir dir;
+    for (const char *name : {"a", "b", "c"}) copy_sample(dir, std::string("suite/") + name);
+    replace_in(dir.path() + "/suite/c/cfgs/f1/rtl_wbc_p2.json", "\"val1\": 256", "\"val1\": 300");
+    const std::string out = dir.path() + "/";
+    for (const char *k : {"1", "2", "3"})
+        run_tool(dir, "batch " + out + "suite --frames 1 --strict --shard " + k + "/3 --json " +
+                          out + "s" + k + ".json");
+    run_tool(dir, "batch " + out + "suite --frames 1 --shard 1/2 --json " + out + "half.json");
+    run_tool(dir, "batch " + out + "suite/a --frames 1 --json " + out + "other.json");
+
+    const tool_run all = run_tool(dir, "merge " + out + "s1.json " + out + "s3.json " + out +
+                                           "s2.json --junit " + out + "all.xml");
+    EXPECT_EQ(all.status, 1) << all.out << all.err;
+    expect_lines(all.out, {"  cases       3 in the suite, 3 run, 2 passed, 1 failed, 0 missing"});
+    EXPECT_EQ(count_lines_starting(all.out, "  failed      c: check: 0 errors, 1 warning"), 1u)
+        << all.out;
+
+    const tool_run gap = run_tool(
+        dir, "merge " + out + "s1.json " + out + "s3.json --junit " + out + "m.xml --format json");
+    EXPECT_EQ(gap.status, 1);
+    picojson::object merged = isp_test::parse_object(gap.out);
+    EXPECT_EQ(merged["missing_shards"].serialize(), "[2]");
+    EXPECT_EQ(merged["missing_cases"].serialize(), R"(["b"])");
+    const std::string junit = read_file(out + "m.xml");
+    EXPECT_NE(junit.find("tests=\"3\" failures=\"2\""), std::string::npos) << junit;
+    EXPECT_NE(junit.find("<failure message=\"shard 2/3: no report\" type=\"missing\">"),
+              std::string::npos);
+    const tool_run text = run_tool(dir, "merge " + out + "s1.json " + out + "s3.json");
+    expect_lines(text.out, {"shard 2/3  missing: no report", "  missing     shard 2/3: b"});
+
+    const struct {
+        std::string second, err;
+    } refused[] = {
+        {"s1.json", "s1.json: shard 1/3 again (" + out + "s1.json has it)"},
+        {"half.json", "half.json: shard 1/2, but " + out + "s1.json is a shard of 3"},
+        {"other.json", "other.json: a shard of another suite (1 case, id "},
+        {"m.xml", "m.xml: not JSON"},
+    };
+    for (const auto &row : refused) {
+        const tool_run run = run_tool(dir, "merge " + out + "s1.json " + out + row.second);
+        EXPECT_EQ(run.status, 3) << row.second;
+        EXPECT_EQ(run.err.rfind("isp-case merge: " + out + row.err, 0), 0u) << run.err;
+    }
+}
+
 }  // namespace

@@ -23,10 +23,10 @@ int main(int argc, char **argv) {
     app.set_version_flag("--version", "isp-case " ISP_JSON_VERSION);
     app.require_subcommand(1, 1);
     const std::vector<command_runner> runners = {
-        add_replay_command(app),   add_check_command(app), add_export_command(app),
-        add_diff_command(app),     add_batch_command(app), add_report_command(app),
-        add_regmap_command(app),   add_where_command(app), add_template_command(app),
-        add_coverage_command(app), add_edit_command(app),
+        add_replay_command(app),   add_check_command(app),    add_export_command(app),
+        add_diff_command(app),     add_batch_command(app),    add_merge_command(app),
+        add_report_command(app),   add_regmap_command(app),   add_where_command(app),
+        add_template_command(app), add_coverage_command(app), add_edit_command(app),
     };
     try {
         app.parse(argc, argv);
