@@ -46,6 +46,7 @@ export SLURM_CONF="$tmp/slurm.conf"
 # slurmd forks, the jobs themselves), which finds what a killed daemon left behind.
 marker="SLURM_SMOKE_RUN=$tmp"
 daemon_pids=()
+daemon_names=()
 interrupted=0
 
 processes_of_this_run() {
@@ -67,6 +68,10 @@ show_logs() {
         printf '\n----- %s (last 60 lines)\n' "$d" >&2
         tail -n 60 "$f" >&2
     done
+    if [ ${#daemon_pids[@]} -ge 2 ] && kill -0 "${daemon_pids[1]}" 2>/dev/null; then
+        printf '\n----- jobs not finished\n' >&2
+        timeout 5 squeue -o '%.12i %.16j %.10T %.10M %R' >&2
+    fi
     for f in "$tmp"/jobs/*.log; do
         [ -s "$f" ] || continue
         printf '\n----- job output %s (last 60 lines)\n' "${f##*/}" >&2
@@ -80,20 +85,29 @@ cleanup() {
     set +e
     if [ "$status" -ne 0 ] && [ "$interrupted" -eq 0 ]; then show_logs; fi
     if [ ${#daemon_pids[@]} -gt 0 ]; then
-        timeout 10 scancel --quiet --full --user=root >/dev/null 2>&1
-        end=$((SECONDS + 10))
-        while [ "$SECONDS" -lt "$end" ] && [ -n "$(timeout 5 squeue -h -o %i 2>/dev/null)" ]; do
-            sleep 0.5
-        done
+        # the controller ends the jobs, if it is there to ask
+        if [ ${#daemon_pids[@]} -ge 2 ] && kill -0 "${daemon_pids[1]}" 2>/dev/null &&
+            timeout 10 scancel --quiet --full --user=root >/dev/null 2>&1; then
+            end=$((SECONDS + 10))
+            while [ "$SECONDS" -lt "$end" ] && [ -n "$(timeout 5 squeue -h -o %i 2>/dev/null)" ]; do
+                sleep 0.5
+            done
+        fi
         kill -TERM "${daemon_pids[@]}" 2>/dev/null
-        for ((i = 0; i < 20; i++)); do
-            [ -z "$(processes_of_this_run)" ] && break
+        for ((i = 0; i < 10; i++)); do
+            [ -z "$(jobs -pr)" ] && break
             sleep 0.5
         done
+        # job steps and jobs outlive a slurmd that did not end them
         mapfile -t left < <(processes_of_this_run)
         if [ ${#left[@]} -gt 0 ]; then
-            say "still running after SIGTERM, killed: ${left[*]}"
-            kill -KILL "${left[@]}" 2>/dev/null
+            say "still running after the daemons, ended: ${left[*]}"
+            kill -TERM "${left[@]}" 2>/dev/null
+            for ((i = 0; i < 6 && ${#left[@]} > 0; i++)); do
+                sleep 0.5
+                mapfile -t left < <(processes_of_this_run)
+            done
+            [ ${#left[@]} -eq 0 ] || kill -KILL "${left[@]}" 2>/dev/null
         fi
         wait 2>/dev/null
     fi
@@ -108,12 +122,16 @@ trap cleanup EXIT
 trap 'interrupted=1; say "interrupted"; exit 130' INT
 trap 'interrupted=1; say "terminated"; exit 143' TERM HUP
 
-# wait_for SECONDS WHAT COMMAND...: runs COMMAND until it succeeds, at most SECONDS
+# wait_for SECONDS WHAT COMMAND...: runs COMMAND until it succeeds, at most SECONDS, and fails
+# at once when a daemon started so far has ended
 wait_for() {
-    local limit=$1 what=$2 end
+    local limit=$1 what=$2 end i
     shift 2
     end=$((SECONDS + limit))
     until "$@" >/dev/null 2>&1; do
+        for i in "${!daemon_pids[@]}"; do
+            kill -0 "${daemon_pids[i]}" 2>/dev/null || fail "$what: ${daemon_names[i]} has ended"
+        done
         [ "$SECONDS" -lt "$end" ] || fail "$what: not after ${limit} s"
         sleep 0.5
     done
@@ -137,7 +155,7 @@ chmod 400 "$tmp/munge/munge.key"
 env "$marker" munged --foreground --key-file="$tmp/munge/munge.key" \
     --socket="$tmp/run/munge.socket" --pid-file="$tmp/run/munged.pid" \
     --seed-file="$tmp/munge/munged.seed" >"$tmp/log/munged.log" 2>&1 &
-daemon_pids+=($!)
+daemon_pids+=($!) daemon_names+=(munged)
 wait_for 15 "munged answering on $tmp/run/munge.socket" \
     timeout 5 munge --socket="$tmp/run/munge.socket" --no-input
 
@@ -177,16 +195,12 @@ PartitionName=smoke Nodes=$node Default=YES MaxTime=INFINITE State=UP
 EOF
 
 env "$marker" slurmctld -D -f "$SLURM_CONF" >"$tmp/log/slurmctld.err" 2>&1 &
-daemon_pids+=($!)
+daemon_pids+=($!) daemon_names+=(slurmctld)
 env "$marker" slurmd -D -f "$SLURM_CONF" -N "$node" >"$tmp/log/slurmd.err" 2>&1 &
-daemon_pids+=($!)
+daemon_pids+=($!) daemon_names+=(slurmd)
 
-daemons_alive() {
-    local pid
-    for pid in "${daemon_pids[@]}"; do kill -0 "$pid" 2>/dev/null || return 1; done
-}
-controller_up() { daemons_alive && timeout 5 scontrol ping | grep -q 'is UP'; }
-node_idle() { daemons_alive && [ "$(timeout 5 sinfo -h -n "$node" -o %t)" = idle ]; }
+controller_up() { timeout 5 scontrol ping | grep -q 'is UP'; }
+node_idle() { [ "$(timeout 5 sinfo -h -n "$node" -o %t)" = idle ]; }
 wait_for 30 "slurmctld up on port $ctld_port" controller_up
 wait_for 30 "node $node idle (slurmd on port $slurmd_port)" node_idle
 say "cluster up: slurmctld :$ctld_port, slurmd :$slurmd_port, node $node with $cpus CPUs ($SECONDS s)"
@@ -212,11 +226,11 @@ merge_id=$(env "$marker" timeout 30 sbatch --parsable --dependency=afterok:"$arr
 merge_id=${merge_id%%;*}
 say "submitted array job $array_id ($shards tasks) and merge job $merge_id after it"
 
-queue_empty() { [ -z "$(timeout 5 squeue -h -o %i)" ]; }
-if ! (wait_for "$job_timeout" "jobs $array_id and $merge_id finished" queue_empty); then
-    timeout 5 squeue -o '%.12i %.16j %.10T %.10M %R' >&2
-    exit 1
-fi
+queue_empty() {
+    local queue
+    queue=$(timeout 5 squeue -h -o %i) && [ -z "$queue" ]
+}
+wait_for "$job_timeout" "jobs $array_id and $merge_id finished" queue_empty
 say "jobs finished ($SECONDS s)"
 
 # JobState and ExitCode of every task of the array, then of the merge job
