@@ -186,8 +186,6 @@ SelectTypeParameters=CR_CPU
 MpiDefault=none
 MailProg=/bin/true
 ReturnToService=2
-# a merge whose array failed is cancelled rather than pending for ever
-SchedulerParameters=kill_invalid_depend
 # finished jobs stay visible long enough to read their states
 MinJobAge=3600
 NodeName=$node NodeAddr=127.0.0.1 CPUs=$cpus State=UNKNOWN
@@ -226,11 +224,14 @@ merge_id=$(env "$marker" timeout 30 sbatch --parsable --dependency=afterok:"$arr
 merge_id=${merge_id%%;*}
 say "submitted array job $array_id ($shards tasks) and merge job $merge_id after it"
 
-queue_empty() {
+# settled: every job ended, or waits for a dependency that can no longer be met (a merge after
+# a failed array task) and would wait for ever
+queue_settled() {
     local queue
-    queue=$(timeout 5 squeue -h -o %i) && [ -z "$queue" ]
+    queue=$(timeout 5 squeue -h -o '%i %r') || return 1
+    ! grep -v ' DependencyNeverSatisfied$' <<<"$queue" | grep -q .
 }
-wait_for "$job_timeout" "jobs $array_id and $merge_id finished" queue_empty
+wait_for "$job_timeout" "jobs $array_id and $merge_id finished" queue_settled
 say "jobs finished ($SECONDS s)"
 
 # JobState and ExitCode of every task of the array, then of the merge job
@@ -257,7 +258,9 @@ for task in range(1, int(shards) + 1):
         problems.append(f"array task {task}: {got}, expected COMPLETED with exit code 0:0")
 # the broken case fails the suite, so the merge says so with its status
 merge_want = ("FAILED", "1:0") if has_merge == "1" else ("FAILED", "2:0")
-if jobs.get("merge") != merge_want:
+if jobs.get("merge", ("",))[0] == "PENDING":
+    problems.append(f"merge job {merge_id}: never started, an array task did not succeed (afterok)")
+elif jobs.get("merge") != merge_want:
     problems.append(f"merge job {merge_id}: {jobs.get('merge')}, expected {merge_want}")
 
 expected = {f"case-{i}" for i in range(1, 8)} | {"broken"}
@@ -266,8 +269,11 @@ for k in range(1, int(shards) + 1):
     try:
         with open(f"{results}/cases-{k}.json") as f:
             shard = json.load(f)
-        seen += [(c["name"], c["result"]) for c in shard["cases"]]
-        ET.parse(f"{results}/junit-{k}.xml")
+        cases = [(c["name"], c["result"]) for c in shard["cases"]]
+        seen += cases
+        junit = [t.get("name") for t in ET.parse(f"{results}/junit-{k}.xml").iter("testcase")]
+        if junit != [n for n, _ in cases]:
+            problems.append(f"shard {k}: JUnit test cases {junit}, JSON cases {[n for n, _ in cases]}")
     except (OSError, ValueError, KeyError, ET.ParseError) as e:
         problems.append(f"shard {k}: {e}")
 names = [n for n, _ in seen]
