@@ -53,7 +53,7 @@ processes_of_this_run() {
     local p
     for p in /proc/[0-9]*; do
         [ "${p#/proc/}" != "$$" ] || continue
-        tr '\0' '\n' 2>/dev/null <"$p/environ" | grep -qxF "$marker" && echo "${p#/proc/}"
+        grep -qzxF "$marker" "$p/environ" 2>/dev/null && echo "${p#/proc/}"
     done
     return 0
 }
@@ -197,7 +197,7 @@ daemon_pids+=($!) daemon_names+=(slurmctld)
 env "$marker" slurmd -D -f "$SLURM_CONF" -N "$node" >"$tmp/log/slurmd.err" 2>&1 &
 daemon_pids+=($!) daemon_names+=(slurmd)
 
-controller_up() { timeout 5 scontrol ping | grep -q 'is UP'; }
+controller_up() { [[ $(timeout 5 scontrol ping) == *"is UP"* ]]; }
 node_idle() { [ "$(timeout 5 sinfo -h -n "$node" -o %t)" = idle ]; }
 wait_for 30 "slurmctld up on port $ctld_port" controller_up
 wait_for 30 "node $node idle (slurmd on port $slurmd_port)" node_idle
@@ -211,8 +211,8 @@ for i in 1 2 3 4 5 6 7; do
     cp -r "$root/examples/sample_case/." "$suite/case-$i"
 done
 cp -r "$root/examples/sample_case" "$suite/broken"
-broken_file=$(cd "$suite/broken" && find cfgs -name '*.json' | sort | head -n 1)
-printf '{ "not": json\n' >"$suite/broken/$broken_file"
+mapfile -t register_files < <(cd "$suite/broken" && find cfgs -name '*.json' | sort)
+printf '{ "not": json\n' >"$suite/broken/${register_files[0]}"
 
 cd "$tmp/jobs"
 export ISP_CASE="$tool" SUITE="$suite" OUT_DIR="$tmp/results" FRAMES=2
@@ -229,7 +229,7 @@ say "submitted array job $array_id ($shards tasks) and merge job $merge_id after
 queue_settled() {
     local queue
     queue=$(timeout 5 squeue -h -o '%i %r') || return 1
-    ! grep -v ' DependencyNeverSatisfied$' <<<"$queue" | grep -q .
+    ! grep -qv -e ' DependencyNeverSatisfied$' -e '^$' <<<"$queue"
 }
 wait_for "$job_timeout" "jobs $array_id and $merge_id finished" queue_settled
 say "jobs finished ($SECONDS s)"
@@ -238,7 +238,7 @@ say "jobs finished ($SECONDS s)"
 states=$(timeout 10 scontrol -o show job "$array_id"; timeout 10 scontrol -o show job "$merge_id")
 # until the tool has its merge command, the merge job can only be seen to run after the array
 has_merge=0
-"$tool" --help | grep -qE '^ +merge ' && has_merge=1
+grep -qE '^ +merge ' <<<"$("$tool" --help)" && has_merge=1
 [ "$has_merge" = 1 ] || say "isp-case has no merge command: the merged report is not checked"
 python3 - "$states" "$array_id" "$merge_id" "$shards" "$tmp/results" "$has_merge" <<'PY' || fail "see above"
 import json, re, sys
