@@ -24,6 +24,8 @@
 #include "isp_sim.h"
 #include "tests/support/test_support.h"
 #include "tools/core/case_layout.h"
+#include "tools/dump/decode.h"
+#include "tools/dump/reader.h"
 #include "tools/dump/writer.h"
 #include "tools/core/file_probe.h"
 #include "tools/lint/json_locations.h"
@@ -958,30 +960,56 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
         settings.run.modules.push_back(isp_case::find_module(name));
     settings.keep_bytes = settings.keep_platform_records = true;
     isp_case::dump_writer writer(dir.path(), settings);
-    const isp_case::replay_result result = isp_case::replay(
-        settings, [&](const isp_case::replay_step &step) { writer.write_step(step); });
+    std::vector<std::string> pushed; /* every push's bytes, pointer members cleared */
+    const isp_case::replay_result result =
+        isp_case::replay(settings, [&](const isp_case::replay_step &step) {
+            writer.write_step(step);
+            for (const isp_case::module_step &m : step.modules)
+                for (const isp_case::op_outcome &op : m.ops)
+                    for (const isp_case::pushed_group &p : op.pushes) {
+                        const std::vector<uint8_t> raw = isp_case::without_pointers(
+                            p.group ? p.group->c_type : nullptr, p.bytes);
+                        pushed.emplace_back(raw.begin(), raw.end());
+                    }
+        });
     isp_case::run_record record;
     EXPECT_TRUE(writer.finish(record, isp_case::judge(record, false)));
     EXPECT_TRUE(result.platform_problems.empty());
     const isp_case::dump_summary summary = writer.summary();
     EXPECT_TRUE(summary.problems.empty());
-    // 3 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups), the 2 size arrays of each cc init; no
-    // C-model file for cc init and lsc mesh, one per partition for lsc coord
-    EXPECT_EQ((std::vector<size_t>{summary.pushes, summary.raw_files, summary.decoded_files,
+    // 3 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups); frame 2 reads f1 again, so setup and
+    // frame 1 give every object: 13 distinct groups and the two partition-size arrays behind cc
+    // init, each decoded once; no C-model file for cc init and lsc mesh, one per partition for
+    // lsc coord
+    EXPECT_EQ((std::vector<size_t>{summary.pushes, summary.raw_objects, summary.decoded_files,
                                    summary.cmodel_files}),
-              (std::vector<size_t>{36, 42, 36, 36}));
+              (std::vector<size_t>{36, 15, 13, 13}));
 
+    // the store read back is the run, push for push
+    const isp_case::dump d = isp_case::open_dump(dir.path());
+    ASSERT_EQ(d.pushes.size(), pushed.size());
+    for (size_t i = 0; i < pushed.size(); ++i)
+        EXPECT_EQ(isp_case::read_push(d, d.pushes[i]).bytes, pushed[i]) << i;
+    const auto push_of = [&](const std::string &step, const std::string &module, uint32_t cmd) {
+        for (const isp_case::dump_push &p : d.pushes)
+            if (isp_case::step_dir(p.step) == step && p.module == module && p.command == cmd)
+                return p;
+        ADD_FAILURE() << step << " " << module << " " << cmd;
+        return isp_case::dump_push();
+    };
     // d_gain 1.0 in u10.8, four gains 1.0 in u4.8, clip level 1023.0 in u14.6, little-endian
-    EXPECT_EQ(read_file(dir.path() + "/frame2/wbc/cmd01_ctrl.bin"),
+    EXPECT_EQ(isp_case::read_push(d, push_of("frame2", "wbc", 1)).bytes,
               std::string("\x00\x01\x00\x00\x00\x01\x00\x01\x00\x01\x00\x01\xc0\xff\x00\x00", 16));
-    EXPECT_EQ(read_file(dir.path() + "/frame2/wbc/cmd01_ctrl.cmodel.json"),
+    EXPECT_EQ(read_file(dir.path() + "/" + push_of("frame2", "wbc", 1).cmodel.at(0)),
               "{\n  \"clip_level\": 1023,\n  \"d_gain\": 1,\n  \"wb_gain\": [\n    1,\n    1,\n"
               "    1,\n    1\n  ]\n}\n\n");
     // the colour-correction init group: clock bit 0, its two pointers cleared; the partition
     // sizes behind them: 960 x 540 for each of 4 partitions
-    EXPECT_EQ(read_file(dir.path() + "/frame1/cc/cmd03_init.bin"),
+    const isp_case::dump_push cc_init = push_of("setup", "cc", 3);
+    EXPECT_EQ(isp_case::read_push(d, cc_init).bytes,
               std::string(sizeof(_isp_clc_user_init_t), '\0'));
-    EXPECT_EQ(read_file(dir.path() + "/setup/cc/cmd03_init.part_size_h.bin"),
+    ASSERT_EQ(cc_init.pointees.size(), 2u);
+    EXPECT_EQ(d.store.read(cc_init.pointees[0].second),
               std::string("\xc0\x03\xc0\x03\xc0\x03\xc0\x03", 8));
 
     const unsigned ptr = sizeof(void *);
@@ -1014,28 +1042,38 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
              ptr, 2 * ptr)},
     };
     for (const auto &row : members) {
-        const picojson::value decoded = read_json_file(dir.path() + "/" + row.file + ".json");
+        const std::string step = row.file.substr(0, row.file.find('/'));
+        const std::string module =
+            row.file.substr(step.size() + 1, row.file.rfind('/') - step.size() - 1);
+        const uint32_t cmd = uint32_t(std::stoul(row.file.substr(row.file.rfind("cmd") + 3, 2)));
+        const picojson::value decoded =
+            read_json_file(dir.path() + "/" + push_of(step, module, cmd).json);
         std::string found;
         for (const picojson::value &m : decoded.get("members").get<picojson::array>())
             if (m.get("name").to_str() == row.member) found = m.serialize();
         EXPECT_EQ(found, row.expected) << row.file << " " << row.member;
     }
 
+    // frame 2 pushed what frame 1 did: one entry for it
     const picojson::value manifest = read_json_file(dir.path() + "/manifest.json");
     const picojson::array &pushes  = manifest.get("pushes").get<picojson::array>();
-    ASSERT_EQ(pushes.size(), 36u);
-    EXPECT_EQ(
-        pushes[31].serialize(),  // the last load of lsc coord
-        R"({"block":"lsc","channel":0,"cmd":2,"files":{"bin":"frame2\/lsc\/cmd02_coord.bin",)"
-        R"("cmodel":["frame2\/lsc\/cmd02_coord.p0.cmodel.json","frame2\/lsc\/cmd02_coord.p1.cmodel.json",)"
-        R"("frame2\/lsc\/cmd02_coord.p2.cmodel.json","frame2\/lsc\/cmd02_coord.p3.cmodel.json"],)"
-        R"("json":"frame2\/lsc\/cmd02_coord.json","targets":[]},"group":"coord","module":"lsc",)"
-        R"("size":4108,"sources":[{"channel":0,"file":"cfgs\/f1\/rtl_lsc_p0.json","partition":0},)"
-        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p1.json","partition":1},)"
-        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p2.json","partition":2},)"
-        R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p3.json","partition":3}],)"
-        R"("step":{"dir":1,"frame":2,"phase":"frame"},"step_dir":"frame2",)"
-        R"("type":"_isp_lsc_user_coord_t"})");
+    ASSERT_EQ(pushes.size(), 25u);
+    EXPECT_EQ(pushes[24].serialize(),
+              R"({"same_as":1,"step":{"dir":1,"frame":2,"phase":"frame"},"step_dir":"frame2"})");
+    const std::string coord = "decoded\\/lsc\\/cmd02_coord-a7e79164fda4ff22";
+    EXPECT_EQ(pushes[19].serialize(),  // the load of lsc coord in frame 1
+              R"({"block":"lsc","channel":0,"cmd":2,"files":{"cmodel":[")" + coord +
+                  R"(.p0.cmodel.json",")" + coord + R"(.p1.cmodel.json",")" + coord +
+                  R"(.p2.cmodel.json",")" + coord + R"(.p3.cmodel.json"],"json":")" + coord +
+                  R"(.json"},"group":"coord","module":"lsc",)"
+                  R"("object":"a7e79164fda4ff228930f3a97516c00f2253bdfb2d2f3b24d6738c7cfd9951a3",)"
+                  R"("pointees":{},"size":4108,)"
+                  R"("sources":[{"channel":0,"file":"cfgs\/f1\/rtl_lsc_p0.json","partition":0},)"
+                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p1.json","partition":1},)"
+                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p2.json","partition":2},)"
+                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p3.json","partition":3}],)"
+                  R"("step":{"dir":1,"frame":1,"phase":"frame"},"step_dir":"frame1",)"
+                  R"("type":"_isp_lsc_user_coord_t"})");
 }
 
 /* One register value changed in f1, one module left out, a damaged dump; two dumps of one case
@@ -1063,7 +1101,7 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
     const std::string c = dump_of(dir, "c", ISP_SAMPLE_CASE_DIR, "--modules " + all_but_gamma);
     EXPECT_TRUE(tree(a) == tree(dump_of(dir, "a2", ISP_SAMPLE_CASE_DIR)));  // byte for byte
     const std::string cut = dump_of(dir, "cut", ISP_SAMPLE_CASE_DIR);
-    fs::resize_file(cut + "/frame1/wbc/cmd01_ctrl.bin", 7);
+    fs::resize_file(cut + "/objects.pack", 7);
 
     const std::string d_gain =
         "    cmd01_ctrl d_gain: code 256 -> 512, value 1 -> 2 (isp_wbc.d_gain.val)";
@@ -1100,8 +1138,10 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
         {a + " " + cut,
          3,
          {},
-         "isp-case diff: " + cut +
-             "/frame1/wbc/cmd01_ctrl.bin: 7 bytes, but the manifest says the push has 16\n"},
+         "isp-case diff: " + cut + "/objects.pack: 7 bytes, too short for object " +
+             "be1e25032d4050e17998904d09610417e4a77316fddefdd9e5b5ee7ff329b133 (408 bytes at 4) "
+             "that " +
+             cut + "/objects.idx lists\n"},
     };
     for (const auto &row : cases) {
         const tool_run run = run_tool(dir, "diff " + row.args);
@@ -1115,8 +1155,9 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
     EXPECT_EQ(report.get<picojson::array>()[1].serialize(),
               R"({"a":{"code":256,"format":"u10.8","register":"isp_wbc.d_gain.val","value":1},)"
               R"("b":{"code":512,"format":"u10.8","register":"isp_wbc.d_gain.val","value":2},)"
-              R"("channel":0,"cmd":1,"file_a":"frame2\/wbc\/cmd01_ctrl.bin",)"
-              R"("file_b":"frame2\/wbc\/cmd01_ctrl.bin","group":"ctrl","index":null,)"
+              R"("channel":0,"cmd":1,"file_a":"decoded\/wbc\/cmd01_ctrl-c024260ded49453e.json",)"
+              R"("file_b":"decoded\/wbc\/cmd01_ctrl-48011ca27b5022a4.json","group":"ctrl",)"
+              R"("index":null,)"
               R"("kind":"code","member":"d_gain","module":"wbc",)"
               R"j("step":{"dir":1,"frame":2,"phase":"frame"},"step_name":"frame 2 (f1 again)"})j");
 }

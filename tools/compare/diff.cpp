@@ -155,8 +155,8 @@ value difference_json(const difference &d) {
     o["channel"]   = value(double(p.channel));
     o["cmd"]       = value(double(p.command));
     o["group"]     = value(p.group);
-    o["file_a"]    = d.a ? value(d.a->bin) : value();
-    o["file_b"]    = d.b ? value(d.b->bin) : value();
+    o["file_a"]    = d.a ? value(push_file(*d.a)) : value();
+    o["file_b"]    = d.b ? value(push_file(*d.b)) : value();
     if (!d.member.empty()) {
         o["member"] = value(d.member);
         o["index"]  = d.index < 0 ? value() : value(double(d.index));

@@ -161,6 +161,7 @@ struct case_run {
     bool interrupted = false;        /* not finished when the batch was stopped */
     size_t errors = 0, warnings = 0; /* of the last stage that judged the case */
     std::string reason;
+    baseline_outcome baseline; /* as the replay reported it */
 };
 
 const char *failure_type(const case_run &r) {
@@ -345,42 +346,19 @@ std::string suite_name(const batch_settings &settings) {
                                     : std::string("isp-case batch");
 }
 
-/* A case's counts as testcase properties, which CI servers show beside the case. */
-std::string junit_counts(const case_run &r) {
-    return fmt::format(
-        "      <properties><property name=\"errors\" value=\"{}\"/><property "
-        "name=\"warnings\" value=\"{}\"/></properties>\n",
-        r.errors, r.warnings);
-}
-
 bool write_junit(const std::string &path, const batch_settings &settings,
                  const std::vector<case_run> &runs, double seconds) {
-    size_t failures = 0;
-    for (const case_run &r : runs) failures += !r.passed;
-    std::ostringstream out;
-    const std::string name = markup_escape(suite_name(settings), markup_context::attribute);
-    out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    out << fmt::format(
-        "<testsuites name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\" "
-        "time=\"{:.3f}\">\n",
-        name, runs.size(), failures, seconds);
-    out << fmt::format(
-        "  <testsuite name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\" "
-        "skipped=\"0\" time=\"{:.3f}\" timestamp=\"{}\">\n",
-        name, runs.size(), failures, seconds, utc_timestamp());
+    std::vector<junit_case> cases;
     for (const case_run &r : runs) {
-        out << fmt::format("    <testcase name=\"{}\" classname=\"isp-case\" time=\"{:.3f}\"",
-                           markup_escape(r.c->name, markup_context::attribute), r.seconds);
-        out << ">\n" << junit_counts(r);
+        junit_case c;
+        c.name = r.c->name, c.seconds = r.seconds, c.errors = r.errors, c.warnings = r.warnings;
         if (!r.passed)
-            out << fmt::format("      <failure message=\"{}\" type=\"{}\">{}</failure>\n",
-                               markup_escape(r.reason, markup_context::attribute), failure_type(r),
-                               markup_escape(output_tail(r, settings)));
-        out << "    </testcase>\n";
+            c.failure_type = failure_type(r), c.reason = r.reason,
+            c.output = output_tail(r, settings);
+        cases.push_back(std::move(c));
     }
-    out << "  </testsuite>\n</testsuites>\n";
     std::string error;
-    return write_text_file(path, out.str(), error);
+    return write_text_file(path, junit_document(suite_name(settings), cases, seconds), error);
 }
 
 /* What the stage's child reported: its verdict and counts, null when it reported none. */
@@ -403,8 +381,68 @@ json_fields json_stage(const stage_run &s) {
     return report_members(s, o);
 }
 
+/* The suite beyond this run's cases: what merge needs to put shards together (the suite's
+ * identity and every case's name) and the baseline's cases the suite lacks. */
+struct suite_facts {
+    const std::vector<batch_case> *found = nullptr;
+    std::vector<std::string> only_in_baseline;
+};
+
+json_fields baseline_json(const batch_settings &settings, const suite_facts &suite,
+                          const std::vector<case_run> &runs) {
+    std::vector<std::string> rewritten;
+    for (const case_run &r : runs)
+        if (r.baseline.state == baseline_state::updated ||
+            r.baseline.state == baseline_state::added)
+            rewritten.push_back(r.c->name);
+    return json_fields()
+        .add("dir", settings.baseline.dir)
+        .add("mode", enum_name(baseline_mode_names, settings.baseline.mode))
+        .add("tolerance", settings.baseline.tolerance)
+        .add("ignore", json_texts(settings.baseline.ignore))
+        .add("update", settings.baseline.update)
+        .add("only_in_baseline", json_texts(suite.only_in_baseline))
+        .add("rewritten", json_texts(rewritten));
+}
+
+/* The cases a baseline holds that the suite (all of it, not only this shard) lacks. */
+std::vector<std::string> only_in_baseline(const std::string &dir,
+                                          const std::vector<batch_case> &found) {
+    std::vector<std::string> names;
+    for (const batch_case &c : found) names.push_back(c.name);
+    std::sort(names.begin(), names.end());
+    std::vector<std::string> extra;
+    for (const std::string &stored : baseline_cases(dir))
+        if (!std::binary_search(names.begin(), names.end(), stored)) extra.push_back(stored);
+    return extra;
+}
+
+/* The summary's lines about the baseline: where it went, what was rewritten, what the suite
+ * lacks. */
+std::string baseline_summary(const batch_settings &settings, const suite_facts &suite,
+                             const std::vector<case_run> &runs) {
+    const baseline_settings &b = settings.baseline;
+    if (b.mode == baseline_mode::none) return "";
+    std::string text;
+    for (const std::string &name : suite.only_in_baseline)
+        text += fmt::format("  failed      {}: in the baseline, not in the suite\n",
+                            terminal_text(name));
+    text += fmt::format("  baseline    {} {}\n",
+                        b.mode == baseline_mode::save ? "saved into" : "compared with",
+                        terminal_text(b.dir));
+    std::vector<std::string> rewritten;
+    for (const case_run &r : runs)
+        if (r.baseline.state == baseline_state::updated ||
+            r.baseline.state == baseline_state::added)
+            rewritten.push_back(fmt::format("{} ({})", terminal_text(r.c->name),
+                                            enum_name(baseline_state_names, r.baseline.state)));
+    if (!rewritten.empty()) text += fmt::format("  rewritten   {}\n", fmt::join(rewritten, ", "));
+    return text;
+}
+
 bool write_json(const std::string &path, const batch_settings &settings,
-                const std::vector<case_run> &runs, size_t found, double seconds) {
+                const std::vector<case_run> &runs, const suite_facts &suite, double seconds) {
+    const size_t found = suite.found->size();
     size_t passed = 0, warned = 0, interrupted = 0;
     std::vector<json_fields> cases;
     for (const case_run &r : runs) {
@@ -418,6 +456,10 @@ bool write_json(const std::string &path, const batch_settings &settings,
         o.add("errors", r.errors).add("warnings", r.warnings).add("verdict", case_result(r));
         o.add("reason", r.reason).add("seconds", rounded(r.seconds));
         o.add("check", json_stage(r.stages[0])).add("replay", json_stage(r.stages[1]));
+        if (r.baseline.state != baseline_state::none)
+            o.add("baseline", baseline_outcome_json(r.baseline));
+        else
+            o.add_null("baseline");
         o.add("output_tail", r.passed ? "" : output_tail(r, settings));
         cases.push_back(o);
     }
@@ -433,8 +475,15 @@ bool write_json(const std::string &path, const batch_settings &settings,
     else
         o.add_null("frames");
     o.add("strict", settings.strict).add("cases_found", found);
+    std::vector<std::string> names;
+    for (const batch_case &c : *suite.found) names.push_back(c.name);
+    o.add("suite", json_fields().add("id", suite_id(*suite.found)).add("cases", json_texts(names)));
+    if (settings.baseline.mode != baseline_mode::none)
+        o.add("baseline", baseline_json(settings, suite, runs));
+    else
+        o.add_null("baseline");
     o.add("cases", cases);
-    const bool ok = passed == runs.size();
+    const bool ok = passed == runs.size() && suite.only_in_baseline.empty();
     o.add("summary", json_fields()
                          .add("cases", runs.size())
                          .add("passed", passed)
@@ -616,6 +665,12 @@ class pool {
             const std::string reason = stage_reason(batch_stage(i), r.stages[i], r.c->path, named);
             if (!reason.empty()) reasons += (reasons.empty() ? "" : "; ") + reason;
         }
+        const stage_run &replay = r.stages[1];
+        if (replay.reported) {
+            r.baseline                 = replay.report.baseline;
+            const std::string baseline = baseline_reason(r.baseline);
+            if (!baseline.empty()) reasons += (reasons.empty() ? "" : "; ") + baseline;
+        }
         r.reason = reasons;
         r.passed = reasons.empty();
         if (!output_closed_ &&
@@ -637,6 +692,49 @@ class pool {
 
 }  // namespace
 
+std::string junit_document(const std::string &suite, const std::vector<junit_case> &cases,
+                           double seconds) {
+    size_t failures = 0;
+    for (const junit_case &c : cases) failures += !c.failure_type.empty();
+    std::ostringstream out;
+    const std::string name = markup_escape(suite, markup_context::attribute);
+    out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    out << fmt::format(
+        "<testsuites name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\" "
+        "time=\"{:.3f}\">\n",
+        name, cases.size(), failures, seconds);
+    out << fmt::format(
+        "  <testsuite name=\"{}\" tests=\"{}\" failures=\"{}\" errors=\"0\" "
+        "skipped=\"0\" time=\"{:.3f}\" timestamp=\"{}\">\n",
+        name, cases.size(), failures, seconds, utc_timestamp());
+    for (const junit_case &c : cases) {
+        out << fmt::format("    <testcase name=\"{}\" classname=\"isp-case\" time=\"{:.3f}\"",
+                           markup_escape(c.name, markup_context::attribute), c.seconds);
+        /* the counts as testcase properties, which CI servers show beside the case */
+        out << fmt::format(
+            ">\n      <properties><property name=\"errors\" value=\"{}\"/><property "
+            "name=\"warnings\" value=\"{}\"/></properties>\n",
+            c.errors, c.warnings);
+        if (!c.failure_type.empty())
+            out << fmt::format("      <failure message=\"{}\" type=\"{}\">{}</failure>\n",
+                               markup_escape(c.reason, markup_context::attribute),
+                               markup_escape(c.failure_type, markup_context::attribute),
+                               markup_escape(c.output));
+        out << "    </testcase>\n";
+    }
+    out << "  </testsuite>\n</testsuites>\n";
+    return out.str();
+}
+
+std::string suite_id(const std::vector<batch_case> &cases) {
+    /* FNV-1a over the names, each ended by a newline: enough to tell suites apart, not a
+     * defence against anyone forging one */
+    uint64_t hash = 14695981039346656037ull;
+    for (const batch_case &c : cases)
+        for (const char ch : c.name + "\n") hash = (hash ^ uint8_t(ch)) * 1099511628211ull;
+    return fmt::format("{:016x}", hash);
+}
+
 void stage_report::judge(const run_record &record, bool strict) {
     judged              = true;
     run                 = isp_case::judge(record, strict);
@@ -651,6 +749,10 @@ picojson::value stage_report_json(const stage_report &report) {
         o["verdict"]             = verdict_json(report.run);
         o["findings"]            = findings_json(report.findings);
         o["findings_not_listed"] = picojson::value(double(report.findings_not_listed));
+    }
+    if (report.baseline.state != baseline_state::none) {
+        const std::string text = baseline_outcome_json(report.baseline).serialize();
+        picojson::parse(o["baseline"], text.data(), text.data() + text.size(), nullptr);
     }
     return picojson::value(o);
 }
@@ -673,6 +775,9 @@ bool stage_report_from_json(const picojson::value &value, stage_report &out) {
             report.findings.push_back(std::move(read));
         }
     }
+    if (value.contains("baseline") &&
+        !baseline_outcome_from_json(value.get("baseline"), report.baseline))
+        return false;
     out = std::move(report);
     return true;
 }
@@ -753,6 +858,10 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
                                   ? fmt::format(" (shard {}/{} of {} cases)", settings.shard_index,
                                                 settings.shard_count, found.size())
                                   : "";
+    suite_facts suite;
+    suite.found = &found;
+    if (settings.baseline.mode == baseline_mode::compare)
+        suite.only_in_baseline = only_in_baseline(settings.baseline.dir, found);
     const stop_requests stop;
     bool output_ok =
         emit(out, fmt::format("batch of {}{}, {} at a time\n\n",
@@ -790,6 +899,7 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
         if (!r.passed && !r.interrupted)
             text += fmt::format("  failed      {}: {}\n", terminal_text(r.c->name),
                                 terminal_text(r.reason));
+    text += baseline_summary(settings, suite, runs);
     bool written = true;
     if (!settings.junit_file.empty()) {
         const bool ok = write_junit(settings.junit_file, settings, runs, seconds);
@@ -801,7 +911,7 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
         written = written && ok;
     }
     if (!settings.json_file.empty()) {
-        const bool ok = write_json(settings.json_file, settings, runs, found.size(), seconds);
+        const bool ok = write_json(settings.json_file, settings, runs, suite, seconds);
         text += fmt::format("  json        {}{}\n", terminal_text(settings.json_file),
                             ok ? "" : ": cannot be written");
         if (!ok)
@@ -809,7 +919,7 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
                        terminal_text(settings.json_file));
         written = written && ok;
     }
-    const bool ok = passed == cases.size() && written && !stopped;
+    const bool ok = passed == cases.size() && suite.only_in_baseline.empty() && written && !stopped;
     text += fmt::format("  result      {}\n", ok ? "ok" : "FAILED");
     if (output_ok) output_ok = emit(out, text);
     if (stopped || !output_ok)

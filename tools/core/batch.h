@@ -12,6 +12,7 @@
 
 #include <picojson.h>
 
+#include "tools/core/baseline.h"
 #include "tools/core/enum_list.h"
 #include "tools/core/findings.h"
 #include "tools/core/run_record.h"
@@ -46,7 +47,8 @@ struct stage_report {
     verdict run;
     std::vector<finding> findings;
     size_t findings_not_listed = 0;
-    std::string problem; /* why there was no case to run: "no such directory", ... */
+    std::string problem;       /* why there was no case to run: "no such directory", ... */
+    baseline_outcome baseline; /* the replay's run against the baseline, saved or compared */
 
     void judge(const run_record &record, bool strict);
 };
@@ -68,7 +70,23 @@ struct batch_settings {
     std::optional<int> frames;
     bool strict = false;
     int timeout = 300; /* seconds a case may take, both stages; 0: no limit */
+    baseline_settings baseline;
 };
+
+/* The identity of a suite as its shards see it: a hash of its sorted case names, the same for
+ * every shard of the same suite, so that merge can refuse reports of different suites. */
+std::string suite_id(const std::vector<batch_case> &cases);
+
+/* One testcase of a JUnit report, as batch and merge write it. */
+struct junit_case {
+    std::string name, failure_type; /* failure_type empty for a case that passed */
+    std::string reason, output;
+    size_t errors = 0, warnings = 0;
+    double seconds = 0;
+};
+/* The JUnit XML of a suite's cases: one testsuite named suite, one testcase per case. */
+std::string junit_document(const std::string &suite, const std::vector<junit_case> &cases,
+                           double seconds);
 
 /* The processors this process may run on. */
 int available_processors();

@@ -51,12 +51,22 @@ picojson::value push_json(const manifest_push &p) {
         sources.push_back(value(so));
     }
     o["sources"] = value(sources);
+    o["object"]  = value(p.object);
+    picojson::object pointees;
+    for (const auto &[member, key] : p.pointees) pointees[member] = value(key);
+    o["pointees"] = value(pointees);
     picojson::object files;
-    files["bin"]     = value(p.bin);
-    files["json"]    = value(p.json);
-    files["cmodel"]  = strings(p.cmodel);
-    files["targets"] = strings(p.targets);
-    o["files"]       = value(files);
+    files["json"]   = text_or_null(p.json);
+    files["cmodel"] = strings(p.cmodel);
+    o["files"]      = value(files);
+    return value(o);
+}
+
+picojson::value repeated_step_json(const step_id &step, int same_as) {
+    picojson::object o;
+    o["step"]     = step_json(step);
+    o["step_dir"] = value(step_dir(step));
+    o["same_as"]  = json_number(same_as);
     return value(o);
 }
 
@@ -66,6 +76,7 @@ picojson::value manifest_json(const manifest &m) {
     o["tool"]             = value(m.tool);
     o["library"]          = value(m.library);
     o["case"]             = value(m.case_path);
+    o["store"]            = value(m.store);
     picojson::object grid;
     grid["h"]          = json_number(m.part_h);
     grid["v"]          = json_number(m.part_v);

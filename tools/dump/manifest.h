@@ -8,6 +8,7 @@
 #include <stdint.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <picojson.h>
@@ -18,8 +19,10 @@
 
 namespace isp_case {
 
-/* 2: steps as values, the run's verdict and findings; version 1 is still read */
-constexpr int manifest_version = 2;
+/* 3: raw structures in a store of distinct objects, a repeated step as a reference to the step
+ * it repeats; 2: steps as values, the run's verdict and findings, one .bin per push. Versions 1
+ * and 2 are still read. */
+constexpr int manifest_version = 3;
 
 /* A register file a push was converted from. */
 struct manifest_source {
@@ -39,16 +42,20 @@ struct manifest_push {
     std::string type;  /* C type name, "" when unknown */
     size_t size = 0;   /* bytes pushed */
     std::vector<manifest_source> sources;
-    /* dump files, relative to its root */
-    std::string bin, json;
-    std::vector<std::string> cmodel;  /* .cmodel.json, or one .p<P>.cmodel.json per partition */
-    std::vector<std::string> targets; /* raw arrays behind pointer members */
+    /* the store's keys of its bytes (pointer members cleared) and of the arrays behind its
+     * pointer members, by member name */
+    std::string object;
+    std::vector<std::pair<std::string, std::string>> pointees;
+    /* decoded files, relative to the dump's root; none in a raw-only dump */
+    std::string json;
+    std::vector<std::string> cmodel; /* .cmodel.json, or one .p<P>.cmodel.json per partition */
 };
 
 struct manifest {
     std::string tool;    /* "isp-case 2.0.0" */
     std::string library; /* the library's version banner, or "libisp_json <version>" */
     std::string case_path;
+    std::string store; /* the store directory, relative to the dump's: "." for its own */
     int part_h = 0, part_v = 0, channels = 0, frames = 0;
     unsigned pointer_bytes = 0;
     std::vector<std::string> modules, bypass;
@@ -63,6 +70,8 @@ struct manifest {
 picojson::value manifest_json(const manifest &m);
 /* One entry of the manifest's "pushes". */
 picojson::value push_json(const manifest_push &p);
+/* The entry of a frame step whose pushes are those of an earlier frame, but for the step. */
+picojson::value repeated_step_json(const step_id &step, int same_as);
 
 /* A file's bytes, and a file's JSON value: false with "<path>: cannot be read" or "<path>: not
  * JSON: <reason>" in error. */

@@ -132,10 +132,18 @@ dump_push push_of(const picojson::object &o, int version) {
                              int(number_at(so, "channel", 0, k_most)), string_at(so, "file")});
     }
     const picojson::object &files = object_of(at(o, "files"), "files");
-    p.bin                         = string_at(files, "bin");
     p.json                        = string_at(files, "json");
     p.cmodel                      = strings_at(files, "cmodel");
-    p.targets                     = strings_at(files, "targets");
+    if (version < 3) {
+        p.bin     = string_at(files, "bin");
+        p.targets = strings_at(files, "targets");
+        return p;
+    }
+    p.object = string_at(o, "object");
+    for (const auto &[member, key] : object_of(at(o, "pointees"), "pointees")) {
+        if (!key.is<std::string>()) throw bad_field("pointees: " + member + ": not a string");
+        p.pointees.emplace_back(member, key.get<std::string>());
+    }
     return p;
 }
 
@@ -158,8 +166,8 @@ void read_manifest(const value &root, dump &d) {
     const char *version_key =
         o.count("version") && !o.count("manifest_version") ? "version" : "manifest_version";
     d.version = int(number_at(o, version_key, 0, k_most));
-    if (d.version != 1 && d.version != 2)
-        throw bad_field(fmt::format("manifest_version {} is not 1 or 2", d.version));
+    if (d.version < 1 || d.version > 3)
+        throw bad_field(fmt::format("manifest_version {} is not 1, 2 or 3", d.version));
     if (o.count("recording")) {
         const value &recording = at(o, "recording");
         if (!recording.is<bool>()) throw bad_field("recording: not true or false");
@@ -181,9 +189,37 @@ void read_manifest(const value &root, dump &d) {
     if (o.count("findings")) d.findings = array_at(o, "findings");
     if (o.count("findings_not_listed"))
         d.findings_not_listed = size_t(number_at(o, "findings_not_listed", 0, k_most));
-    const picojson::array &pushes = array_at(o, "pushes");
-    d.pushes.reserve(pushes.size());
-    for (const value &p : pushes) d.pushes.push_back(push_of(object_of(p, "pushes"), d.version));
+    if (d.version >= 3) d.store_dir = string_at(o, "store");
+    std::map<int, std::pair<size_t, size_t>> frame_pushes; /* first push and count of a frame */
+    for (const value &p : array_at(o, "pushes")) {
+        const picojson::object &entry = object_of(p, "pushes");
+        if (d.version < 3 || !entry.count("same_as")) {
+            d.pushes.push_back(push_of(entry, d.version));
+            const step_id &step = d.pushes.back().step;
+            if (step.kind != phase::frame) continue;
+            auto &[first, count] =
+                frame_pushes.emplace(step.number, std::make_pair(d.pushes.size() - 1, size_t{0}))
+                    .first->second;
+            if (first + count + 1 != d.pushes.size())
+                throw bad_field(fmt::format("pushes: {} is not in one run", step_name(step)));
+            ++count;
+            continue;
+        }
+        /* a step that pushed what an earlier frame pushed */
+        const step_id step = step_of(at(entry, "step"), d.version);
+        const int same_as  = int(number_at(entry, "same_as", 1, k_most));
+        const auto earlier = frame_pushes.find(same_as);
+        if (earlier == frame_pushes.end() || step.kind != phase::frame || same_as >= step.number)
+            throw bad_field(
+                fmt::format("pushes: {}: same_as {} names no earlier frame with pushes of its own",
+                            step_name(step), same_as));
+        const auto [first, count] = earlier->second;
+        for (size_t i = first; i < first + count; ++i) {
+            dump_push copy = d.pushes[i];
+            copy.step      = step;
+            d.pushes.push_back(std::move(copy));
+        }
+    }
 }
 
 /* Version 1 gave no directory: a frame step read the one its sources name, f(N) where none
@@ -236,13 +272,34 @@ void check_push(const dump &d, const dump_push &p, const std::string &manifest) 
                 where, s.file, s.partition, s.channel, d.part_h, d.part_v, d.channels));
 }
 
+/* Every object a push names is in the store, with the push's size. */
+void check_objects(const dump &d, const dump_push &p, const std::string &manifest) {
+    const std::string index = d.store.dir() + "/" + k_index_file;
+    const auto lacks        = [&](const std::string &key) {
+        return dump_error(fmt::format("{}: push {}/{}: object {} is not in the store {}", manifest,
+                                             step_dir(p.step), p.module, key.empty() ? "\"\"" : key,
+                                             index));
+    };
+    const object_place *object = d.store.find(p.object);
+    if (!object) throw lacks(p.object);
+    if (object->size != p.size)
+        throw dump_error(fmt::format("{}: object {} has {} bytes, but {} says push {}/{} has {}",
+                                     index, p.object, object->size, manifest, step_dir(p.step),
+                                     p.module, p.size));
+    for (const auto &[member, key] : p.pointees)
+        if (!d.store.find(key)) throw lacks(key);
+}
+
 /* Every file the manifest lists is a regular file, and every .bin holds its push's bytes. */
 void check_files(const dump &d) {
     size_t lacking = 0;
     std::string first;
     for (const dump_push &p : d.pushes) {
-        std::vector<const std::string *> files = {&p.bin};
-        if (!d.recording || !p.json.empty()) files.push_back(&p.json);
+        if (d.version >= 3) check_objects(d, p, d.dir + "/manifest.json");
+        std::vector<const std::string *> files;
+        if (d.version < 3) files.push_back(&p.bin);
+        if (d.version < 3 ? !d.recording || !p.json.empty() : !p.json.empty())
+            files.push_back(&p.json);
         for (const std::string &f : p.cmodel) files.push_back(&f);
         for (const std::string &f : p.targets) files.push_back(&f);
         bool whole = true;
@@ -257,7 +314,7 @@ void check_files(const dump &d) {
             continue;
         }
         std::error_code error;
-        const uintmax_t size = fs::file_size(d.dir + "/" + p.bin, error);
+        const uintmax_t size = p.bin.empty() ? p.size : fs::file_size(d.dir + "/" + p.bin, error);
         if (!error && size != p.size)
             throw dump_error(fmt::format("{}/{}: {} bytes, but the manifest says the push has {}",
                                          d.dir, p.bin, size, p.size));
@@ -326,6 +383,16 @@ std::string disagreeing_member(const std::vector<dump_member> &from_bytes,
     return "";
 }
 
+/* The element size of the array behind a pointer member: the one its register rows store. */
+unsigned pointee_size(const isp::struct_desc *layout, const isp::block_map *map,
+                      const std::string &member) {
+    for (uint32_t i = 0; layout && map && i < layout->member_count; ++i)
+        if (member == layout->members[i].name)
+            if (const isp::field_row *row = isp::member_row(*map, *layout, layout->members[i]))
+                return row->member.elem_size;
+    return pointee().elem_size;
+}
+
 }  // namespace
 
 const dump_member *decoded_push::member(const std::string &name) const {
@@ -347,6 +414,10 @@ dump open_dump(const std::string &dir) {
         throw dump_error(path + ": " + e.what());
     }
     if (d.version == 1) dirs_from_sources(d);
+    if (d.version >= 3)
+        d.store = store_reader(fs::path(d.store_dir).is_absolute() ? d.store_dir
+                               : d.store_dir == "."                ? d.dir
+                                                                   : d.dir + "/" + d.store_dir);
     for (dump_push &p : d.pushes) {
         p.channelled =
             isp::find_module(p.module) &&
@@ -375,7 +446,8 @@ decoded_push read_push(const dump &d, const dump_push &push) {
             out.members.push_back(member_of(m));
         }
     }
-    out.bytes = read_bytes(bin_path); /* its size checked when the dump was opened */
+    /* its size checked when the dump was opened */
+    out.bytes = push.object.empty() ? read_bytes(bin_path) : d.store.read(push.object);
     if (decoded_file &&
         (!field(written, "size").is<double>() || field(written, "size").get<double>() != push.size))
         throw dump_error(fmt::format("{}: size {}, but the manifest says the push has {}",
@@ -400,6 +472,11 @@ decoded_push read_push(const dump &d, const dump_push &push) {
      * pointers have another width): its decoded file is taken as written; without one, the
      * decoder says what it cannot lay out */
     if (decoded_file && (!layout || layout->size != bytes.size())) return out;
+    for (const auto &[member, key] : push.pointees) {
+        const std::string raw = d.store.read(key);
+        input.pointees[member].bytes.assign(raw.begin(), raw.end());
+        input.pointees[member].elem_size = pointee_size(layout, map, member);
+    }
     for (const std::string &target : push.targets) {
         /* "<push>.<member>.bin": the element size is the one its register rows store */
         const std::string stem   = target.substr(0, target.size() - 4);
@@ -407,10 +484,7 @@ decoded_push read_push(const dump &d, const dump_push &push) {
         pointee p;
         const std::string raw = read_bytes(d.dir + "/" + target);
         p.bytes.assign(raw.begin(), raw.end());
-        for (uint32_t i = 0; layout && map && i < layout->member_count; ++i)
-            if (member == layout->members[i].name)
-                if (const isp::field_row *row = isp::member_row(*map, *layout, layout->members[i]))
-                    p.elem_size = row->member.elem_size;
+        p.elem_size            = pointee_size(layout, map, member);
         input.pointees[member] = std::move(p);
     }
     std::vector<dump_member> from_bytes;
@@ -423,9 +497,15 @@ decoded_push read_push(const dump &d, const dump_push &push) {
         return out;
     }
     if (const std::string member = disagreeing_member(from_bytes, out.members); !member.empty())
-        throw dump_error(bin_path + ": its bytes disagree with " + json_path + " (member " +
-                         member + ")");
+        throw dump_error((push.object.empty()
+                              ? bin_path
+                              : d.store.dir() + "/" + k_pack_file + ": object " + push.object) +
+                         ": its bytes disagree with " + json_path + " (member " + member + ")");
     return out;
+}
+
+std::string push_file(const dump_push &push) {
+    return push.bin.empty() ? push.json : push.bin;
 }
 
 std::string step_label(const step_id &step) {

@@ -11,11 +11,13 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <picojson.h>
 
 #include "tools/core/step.h"
+#include "tools/dump/store.h"
 
 namespace isp_case {
 
@@ -44,6 +46,10 @@ struct dump_push {
     std::string bin, json;            /* relative to the dump; json empty in a recording */
     std::vector<std::string> cmodel;  /* C-model files */
     std::vector<std::string> targets; /* raw arrays behind pointer members */
+    /* version 3: the store's keys of its bytes and of the arrays behind pointer members (by
+     * member), in place of bin and targets; json empty in a raw-only dump */
+    std::string object;
+    std::vector<std::pair<std::string, std::string>> pointees;
 };
 
 /* One member of a pushed structure as its decoded file gives it. Per-partition members hold the
@@ -91,19 +97,27 @@ struct dump {
     size_t findings_not_listed = 0; /* beyond those, counted only */
     std::vector<dump_push> pushes;
     std::vector<step_id> steps; /* in replay order */
+    std::string store_dir;      /* version 3: the store, relative to dir (or absolute) */
+    store_reader store;         /* its index; objects are read one at a time */
 
     int partitions() const { return part_h * part_v; }
 };
 
 /* Reads dir/manifest.json and checks the dump is whole: every file it lists is there, every .bin
- * has the size its push has, and the pushes agree with the grid, channels and frames the
- * manifest states. */
+ * (or stored object) has the size its push has, every object it names is in its store and lies
+ * inside the pack, and the pushes agree with the grid, channels and frames the manifest states.
+ * A repeated step comes back as the pushes of the step it repeats. */
 dump open_dump(const std::string &dir);
 
 /* The decoded members of one push, checked against its raw bytes (and the arrays behind its
- * pointers): a .json that does not decode from its .bin is an error naming both. A push without
- * a .json (a recording's) is decoded from its .bin. */
+ * pointers): a .json that does not decode from its .bin is an error naming both, a stored
+ * object that does not match its key one naming the pack. A push without a .json (a
+ * recording's, a raw-only dump's) is decoded from its raw bytes. */
 decoded_push read_push(const dump &d, const dump_push &push);
+
+/* The file a person opens for a push: its .bin, or in a store's dump its decoded file (empty in
+ * a raw-only one). */
+std::string push_file(const dump_push &push);
 
 /* "frame 1 (f1)", "setup (f0)", "frame 5 (f3 again)", "teardown": a step with the frame
  * directory it read. */

@@ -11,6 +11,7 @@
 
 #include "tools/core/converter_run.h"
 #include "tools/dump/decode.h"
+#include "tools/dump/reader.h"
 #include "tools/output/files.h"
 
 namespace isp_case {
@@ -91,8 +92,11 @@ std::string laid_out(const picojson::value &v) {
 
 }  // namespace
 
-dump_writer::dump_writer(const std::string &dir, const replay_settings &settings)
-    : dir_(dir), partitions_(std::min(settings.run.part_h * settings.run.part_v, 256)) {
+dump_writer::dump_writer(const std::string &dir, const replay_settings &settings,
+                         const dump_options &options)
+    : dir_(dir),
+      options_(options),
+      partitions_(std::min(settings.run.part_h * settings.run.part_v, 256)) {
     manifest_.tool          = "isp-case " ISP_JSON_VERSION;
     manifest_.library       = "libisp_json " ISP_JSON_VERSION;
     manifest_.case_path     = settings.run.case_path;
@@ -104,13 +108,38 @@ dump_writer::dump_writer(const std::string &dir, const replay_settings &settings
     for (const module_info *m : settings.run.modules) manifest_.modules.push_back(m->name);
     for (const module_info *m : settings.bypass) manifest_.bypass.push_back(m->name);
     pushes_ = std::tmpfile();
+    /* the store named relative to the dump, so that a baseline can be moved as a whole */
+    const std::string store = options.shared_store.empty() ? dir : options.shared_store;
+    std::error_code error;
+    fs::create_directories(store, error);
+    manifest_.store = fs::absolute(store, error)
+                          .lexically_normal()
+                          .lexically_relative(fs::absolute(dir, error).lexically_normal())
+                          .generic_string();
+    if (manifest_.store.empty()) manifest_.store = fs::absolute(store, error).generic_string();
+    store_ = std::make_unique<store_writer>(store);
+    if (!options.raw_only) {
+        const std::string index = dir + "/index.txt";
+        index_                  = std::fopen(index.c_str(), "wb");
+        if (!index_) summary_.problems.push_back(index + ": cannot be written");
+    }
 }
 
 dump_writer::~dump_writer() {
     if (pushes_) std::fclose(pushes_);
+    if (index_) std::fclose(index_);
 }
 
+void dump_writer::entry(const std::string &line) {
+    if (pushes_) std::fprintf(pushes_, "%s%s", entries_ > 0 ? ",\n    " : "", line.c_str());
+    ++entries_;
+}
+
+/* The step's entries, or a reference to the earlier frame whose entries (steps aside) are the
+ * same: a long replay of few frame directories keeps a manifest of about its first frames. */
 void dump_writer::write_step(const replay_step &step) {
+    std::vector<picojson::value> rows;
+    std::string index;
     for (const module_step &m : step.modules)
         for (const op_outcome &op : m.ops) {
             for (const isp_sim::log_line &line : op.log)
@@ -118,8 +147,36 @@ void dump_writer::write_step(const replay_step &step) {
                     manifest_.library =
                         without_line_end(line.text.substr(at + sizeof k_banner_prefix - 1));
                 }
-            for (const pushed_group &push : op.pushes) write_push(step.id, m, op, push);
+            for (const pushed_group &push : op.pushes) {
+                const manifest_push entry = write_push(step.id, m, op, push);
+                rows.push_back(push_json(entry));
+                index += fmt::format(
+                    "  {:<40} {}\n",
+                    dump_name(step.id, *m.module, push).substr(step_dir(step.id).size() + 1),
+                    entry.json.empty() ? "object " + entry.object : entry.json);
+            }
         }
+    if (rows.empty()) return;
+    if (step.id.kind == phase::frame) {
+        std::string content;
+        for (const picojson::value &row : rows) {
+            picojson::object o = row.get<picojson::object>();
+            o.erase("step");
+            o.erase("step_dir");
+            content += picojson::value(o).serialize() + "\n";
+        }
+        const auto [first, fresh] =
+            frames_.emplace(sha256_hex(content.data(), content.size()), step.id.number);
+        if (!fresh) {
+            entry(repeated_step_json(step.id, first->second).serialize());
+            if (index_)
+                std::fprintf(index_, "%s: the pushes of frame %d\n", step_label(step.id).c_str(),
+                             first->second);
+            return;
+        }
+    }
+    for (const picojson::value &row : rows) entry(row.serialize());
+    if (index_) std::fprintf(index_, "%s:\n%s", step_label(step.id).c_str(), index.c_str());
 }
 
 /* The manifest laid out as laid_out() would, its pushes (one line each at the second level)
@@ -137,7 +194,7 @@ bool dump_writer::finish(const run_record &record, const verdict &judged) {
     std::FILE *out                = std::fopen(path.c_str(), "wb");
     bool ok = out && pushes_ && at != std::string::npos && std::fflush(pushes_) == 0;
     if (ok) {
-        const bool any = summary_.pushes > 0;
+        const bool any = entries_ > 0;
         std::fwrite(text.data(), 1, at, out);
         std::fputs(any ? "\"pushes\": [\n    " : "\"pushes\": [", out);
         std::rewind(pushes_);
@@ -150,6 +207,11 @@ bool dump_writer::finish(const run_record &record, const verdict &judged) {
     }
     const int reason = errno;
     if (out && std::fclose(out) != 0) ok = false;
+    if (index_ && (std::fclose(index_) != 0)) {
+        summary_.problems.push_back(dir_ + "/index.txt: cannot be written");
+        ok = false;
+    }
+    index_ = nullptr;
     if (!ok)
         summary_.problems.push_back(path + ": cannot be written: " +
                                     std::strerror(reason  ? reason
@@ -158,12 +220,9 @@ bool dump_writer::finish(const run_record &record, const verdict &judged) {
     return ok;
 }
 
-void dump_writer::write_push(const step_id &step, const module_step &m, const op_outcome &op,
-                             const pushed_group &push) {
+manifest_push dump_writer::write_push(const step_id &step, const module_step &m,
+                                      const op_outcome &op, const pushed_group &push) {
     const module_info &module = *m.module;
-    const std::string base    = dump_name(step, module, push);
-    std::error_code error;
-    fs::create_directories(fs::path(dir_ + "/" + base).parent_path(), error);
     ++summary_.pushes;
 
     manifest_push entry;
@@ -177,45 +236,58 @@ void dump_writer::write_push(const step_id &step, const module_step &m, const op
     entry.type    = push.group && push.group->c_type ? push.group->c_type : "";
     entry.size    = push.bytes.size();
     entry.sources = sources_of(module, op, push, partitions_);
-    entry.bin     = base + ".bin";
-    entry.json    = base + ".json";
 
     const char *type = push.group ? push.group->c_type : nullptr;
-    raw(entry.bin, without_pointers(type, push.bytes));
+    entry.object     = raw(without_pointers(type, push.bytes));
     decode_input input;
     input.block      = module.block;
     input.type       = type;
     input.bytes      = &push.bytes;
     input.partitions = partitions_;
+    std::string keys = entry.object;
     if (!push.part_size_h.empty()) {
         input.pointees["part_size_h"] = {push.part_size_h, 2, true};
         input.pointees["part_size_v"] = {push.part_size_v, 2, true};
         for (const char *member : {"part_size_h", "part_size_v"}) {
-            entry.targets.push_back(base + "." + member + ".bin");
-            raw(entry.targets.back(), input.pointees[member].bytes);
+            entry.pointees.emplace_back(member, raw(input.pointees[member].bytes));
+            keys += " " + entry.pointees.back().second;
         }
     }
-    json(entry.json, decode_structure(input));
+    if (options_.raw_only) return entry;
 
-    if (push.group && push.group->exporter && push.bytes.size() == push.group->size) {
-        if (!push.group->export_per_partition)
-            cmodel(base + ".cmodel.json", push, 0, entry);
-        else
-            for (int p = 0; p < partitions_; ++p)
-                cmodel(fmt::format("{}.p{}.cmodel.json", base, p), push, static_cast<uint8_t>(p),
-                       entry);
+    /* decoded once per distinct structure (and arrays behind it) of a module's command */
+    const std::string key =
+        entry.pointees.empty() ? entry.object : sha256_hex(keys.data(), keys.size());
+    const std::string base =
+        dump_name(step, module, push).replace(0, entry.step.size(), "decoded") + "-" +
+        key.substr(0, 16);
+    entry.json                  = base + ".json";
+    const auto [written, fresh] = decoded_.emplace(base, std::vector<std::string>());
+    if (fresh) {
+        std::error_code error;
+        fs::create_directories(fs::path(dir_ + "/" + base).parent_path(), error);
+        json(entry.json, decode_structure(input));
+        if (push.group && push.group->exporter && push.bytes.size() == push.group->size) {
+            if (!push.group->export_per_partition)
+                cmodel(base + ".cmodel.json", push, 0, entry);
+            else
+                for (int p = 0; p < partitions_; ++p)
+                    cmodel(fmt::format("{}.p{}.cmodel.json", base, p), push,
+                           static_cast<uint8_t>(p), entry);
+        }
+        written->second = entry.cmodel;
     }
-    if (pushes_)
-        std::fprintf(pushes_, "%s%s", summary_.pushes > 1 ? ",\n    " : "",
-                     push_json(entry).serialize().c_str());
+    entry.cmodel = written->second;
+    return entry;
 }
 
-void dump_writer::raw(const std::string &relative, const std::vector<uint8_t> &bytes) {
+std::string dump_writer::raw(const std::vector<uint8_t> &bytes) {
     std::string error;
-    if (write_text_file(dir_ + "/" + relative, std::string(bytes.begin(), bytes.end()), error))
-        ++summary_.raw_files;
-    else
-        summary_.problems.push_back(dir_ + "/" + relative + ": " + error);
+    const size_t before   = store_->added();
+    const std::string key = store_->put(bytes, error);
+    if (key.empty()) summary_.problems.push_back(error);
+    summary_.raw_objects += store_->added() - before;
+    return key;
 }
 
 void dump_writer::json(const std::string &relative, const picojson::value &value) {

@@ -1,8 +1,12 @@
 /* isp-case batch: every case of a suite checked and replayed in a process of its own. */
+#include <stdlib.h>
+
+#include <filesystem>
 #include <memory>
 #include <optional>
 
 #include "tools/core/batch.h"
+#include "tools/dump/reader.h"
 #include "tools/isp-case/commands.h"
 
 namespace isp_case {
@@ -11,9 +15,106 @@ namespace {
 
 struct batch_flags {
     batch_settings batch;
-    std::string shard;
+    std::string shard, save_baseline, ignore_file;
     std::optional<int> frames;
 };
+
+/* The replay of a case whose run goes into a baseline's directory (or a fresh run's, to be
+ * compared with one): the one place that says how a baseline's runs are written. */
+replay_flags baseline_replay_flags(const std::string &dump_dir, bool strict) {
+    replay_flags flags;
+    flags.quiet    = true;
+    flags.strict   = strict;
+    flags.dump_dir = dump_dir;
+    flags.force    = true; /* a stored run is replaced as a whole */
+    return flags;
+}
+
+/* Replays the case into the baseline's directory of the case. */
+int save_run(const case_options &options, const batch_case &c, const batch_settings &batch,
+             stage_report &report) {
+    const std::string dir = batch.baseline.dir + "/" + c.name;
+    std::error_code error;
+    std::filesystem::create_directories(dir, error);
+    const int status =
+        run_replay_command(options, baseline_replay_flags(dir, batch.strict), &report);
+    if (status == exit_ok || report.judged) report.baseline.state = baseline_state::saved;
+    return status;
+}
+
+/* A replay into a temporary directory, removed with it. */
+class temporary_dump {
+  public:
+    temporary_dump() {
+        const char *tmp = getenv("TMPDIR");
+        dir_            = std::string(tmp && *tmp ? tmp : "/tmp") + "/isp-case-run.XXXXXX";
+        if (!mkdtemp(dir_.data())) dir_.clear();
+    }
+    ~temporary_dump() {
+        std::error_code error;
+        if (!dir_.empty()) std::filesystem::remove_all(dir_, error);
+    }
+    temporary_dump(const temporary_dump &)            = delete;
+    temporary_dump &operator=(const temporary_dump &) = delete;
+    const std::string &dir() const { return dir_; }
+
+  private:
+    std::string dir_;
+};
+
+/* Replays the case, its pushes checked against the stored run's bytes as they come; only a run
+ * that differs is replayed again into a temporary dump, for the engine to say where and how.
+ * Asked to, the run is then stored in place of one that differs or is missing. */
+int compare_run(const case_options &options, const batch_case &c, const batch_settings &batch,
+                stage_report &report) {
+    const std::string stored_dir = batch.baseline.dir + "/" + c.name;
+    std::optional<dump> stored;
+    std::optional<stored_bytes_check> check;
+    std::error_code error;
+    if (std::filesystem::is_regular_file(stored_dir + "/manifest.json", error)) {
+        try {
+            stored.emplace(open_dump(stored_dir));
+            check.emplace(*stored);
+        } catch (const dump_error &e) {
+            report.baseline.state   = baseline_state::unreadable;
+            report.baseline.problem = e.what();
+        }
+    }
+    replay_flags flags;
+    flags.quiet  = true;
+    flags.strict = batch.strict;
+    if (check) flags.observe = [&check](const replay_step &step) { check->step(step); };
+    const int status = run_replay_command(options, flags, &report);
+    if (!report.judged || report.baseline.state == baseline_state::unreadable) return status;
+    if (check && check->identical()) {
+        report.baseline.state = baseline_state::same;
+        return status;
+    }
+    if (!check) {
+        report.baseline.state = baseline_state::missing;
+    } else {
+        const temporary_dump fresh;
+        stage_report again;
+        if (fresh.dir().empty() ||
+            run_replay_command(options, baseline_replay_flags(fresh.dir(), batch.strict), &again) ==
+                exit_no_case) {
+            report.baseline.state   = baseline_state::unreadable;
+            report.baseline.problem = "this build's run could not be dumped for the comparison";
+            return status;
+        }
+        report.baseline = compare_with_baseline(stored_dir, fresh.dir(), batch.baseline);
+    }
+    const baseline_state state = report.baseline.state;
+    if (batch.baseline.update &&
+        (state == baseline_state::differs || state == baseline_state::missing)) {
+        stage_report again;
+        std::filesystem::create_directories(stored_dir, error);
+        run_replay_command(options, baseline_replay_flags(stored_dir, batch.strict), &again);
+        report.baseline.state =
+            state == baseline_state::differs ? baseline_state::updated : baseline_state::added;
+    }
+    return status;
+}
 
 /* One stage of a batch's case, in the batch's child process: the check, or a quiet replay, in
  * text for the failure's output tail, with the report for the batch. */
@@ -24,6 +125,9 @@ int run_stage(batch_stage stage, const batch_case &c, const batch_settings &batc
     options.frames    = batch.frames;
     if (stage == batch_stage::check)
         return run_check_command(options, batch.strict, "text", &report);
+    if (batch.baseline.mode == baseline_mode::save) return save_run(options, c, batch, report);
+    if (batch.baseline.mode == baseline_mode::compare)
+        return compare_run(options, c, batch, report);
     replay_flags flags;
     flags.quiet  = true;
     flags.strict = batch.strict;
@@ -73,9 +177,53 @@ command_runner add_batch_command(CLI::App &app) {
                    "limit (default: 300)")
         ->type_name("SECONDS")
         ->check(CLI::Range(0, 86400));
+    CLI::Option *save = cmd.add_option("--save-baseline", options->save_baseline,
+                                       "Store every case's run (a dump) in DIR/<case name>/, "
+                                       "replacing what a case stored before")
+                            ->type_name("DIR")
+                            ->check(non_empty_path());
+    CLI::Option *against =
+        cmd.add_option("--baseline", b.baseline.dir,
+                       "Compare every case's run with the one stored in DIR/<case name>/: a case "
+                       "that differs fails with its first divergence")
+            ->type_name("DIR")
+            ->check(CLI::ExistingDirectory)
+            ->excludes(save);
+    cmd.add_option("--tolerance", b.baseline.tolerance,
+                   "With --baseline: the largest difference of real values that counts as "
+                   "equal; codes always compare exactly (default: 0)")
+        ->type_name("X")
+        ->check(tolerance_check())
+        ->needs(against);
+    cmd.add_option("--ignore", b.baseline.ignore,
+                   "With --baseline: leave out the members matching this glob over "
+                   "module.group.member (repeatable)")
+        ->type_name("PATTERN")
+        ->needs(against);
+    cmd.add_option("--ignore-file", options->ignore_file,
+                   "With --baseline: globs to leave out, one per line, # comments")
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile)
+        ->needs(against);
+    cmd.add_flag("--update-baseline", b.baseline.update,
+                 "With --baseline: store the runs that differ, and those missing, in place of "
+                 "the stored ones (once a person has looked at the differences)")
+        ->needs(against);
     return [options] {
         batch_settings &b = options->batch;
         b.frames          = options->frames;
+        if (!options->save_baseline.empty()) {
+            b.baseline.mode = baseline_mode::save;
+            b.baseline.dir  = options->save_baseline;
+        } else if (!b.baseline.dir.empty()) {
+            b.baseline.mode = baseline_mode::compare;
+        }
+        std::string error;
+        if (!options->ignore_file.empty() &&
+            !read_ignore_file(options->ignore_file, b.baseline.ignore, error)) {
+            std::fprintf(stderr, "isp-case batch: %s\n", error.c_str());
+            return exit_usage;
+        }
         if (!options->shard.empty()) parse_shard(options->shard, b.shard_index, b.shard_count);
         return run_batch(
             b,

@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/core/batch.h"
+#include "tools/core/runner.h"
 #include "tools/core/settings.h"
 
 namespace isp_case {
@@ -25,6 +26,7 @@ command_runner add_report_command(CLI::App &app);
 command_runner add_regmap_command(CLI::App &app);
 command_runner add_where_command(CLI::App &app);
 command_runner add_template_command(CLI::App &app);
+command_runner add_merge_command(CLI::App &app);
 
 /* The exit statuses of every subcommand, as isp-case --help gives them; each subcommand's help
  * gives its own in one line. */
@@ -71,8 +73,12 @@ bool settings_or_report(const case_options &options, const char *command, run_se
 
 /* The options of replay beyond the case's. */
 struct replay_flags {
+    /* handed every step as the replay finishes it, with the pushed bytes kept */
+    std::function<void(const replay_step &)> observe;
     std::vector<std::string> bypass;
     std::string dump_dir, log_level = "warning", format = "text";
+    std::string store_dir; /* --store: the dump's raw structures go to this shared store */
+    bool raw_only = false; /* --raw-only: no decoded files beside the raw structures */
     bool force = false, verbose = false, quiet = false, strict = false;
 };
 

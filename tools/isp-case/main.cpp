@@ -26,6 +26,7 @@ int main(int argc, char **argv) {
         add_replay_command(app), add_check_command(app), add_export_command(app),
         add_diff_command(app),   add_batch_command(app), add_report_command(app),
         add_regmap_command(app), add_where_command(app), add_template_command(app),
+        add_merge_command(app),
     };
     try {
         app.parse(argc, argv);

@@ -23,6 +23,13 @@ namespace {
 /* only the progress of long replays is worth a line that keeps rewriting itself */
 const int k_progress_frames = 10;
 
+dump_options dump_options_of(const replay_flags &flags) {
+    dump_options options;
+    options.shared_store = flags.store_dir;
+    options.raw_only     = flags.raw_only;
+    return options;
+}
+
 }  // namespace
 
 int run_replay_command(const case_options &options, const replay_flags &flags,
@@ -77,16 +84,17 @@ int run_replay_command(const case_options &options, const replay_flags &flags,
     const bool lines_on_terminal = isatty(STDOUT_FILENO) && output.detail != verbosity::quiet;
     settings.progress =
         isatty(STDERR_FILENO) && !lines_on_terminal && settings.run.frames >= k_progress_frames;
-    settings.keep_bytes = !flags.dump_dir.empty();
+    settings.keep_bytes = !flags.dump_dir.empty() || flags.observe;
 
     /* the lint's findings first, then the run's, in one record */
     run_record record;
     record.add(lint.findings);
     replay_printer printer(stdout, settings, output);
     std::optional<dump_writer> dump;
-    if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings);
+    if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings, dump_options_of(flags));
     const replay_result result = replay(settings, [&](const replay_step &step) {
         if (dump) dump->write_step(step);
+        if (flags.observe) flags.observe(step);
         printer.step(step, record.add(step));
     });
     record.add_platform_problems(result.platform_problems);
@@ -121,11 +129,22 @@ command_runner add_replay_command(CLI::App &app) {
         ->delimiter(',')
         ->type_name("NAMES")
         ->check(module_name_check());
-    cmd.add_option("--dump", f.dump_dir,
-                   "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
-                   "into this directory (new or empty), step by step as the replay runs")
+    CLI::Option *dump =
+        cmd.add_option(
+               "--dump", f.dump_dir,
+               "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
+               "into this directory (new or empty), step by step as the replay runs")
+            ->type_name("DIR")
+            ->check(non_empty_path());
+    cmd.add_option("--store", f.store_dir,
+                   "Keep the dump's raw structures in this store directory, shared with other "
+                   "dumps (each distinct structure once), instead of the dump's own")
         ->type_name("DIR")
-        ->check(non_empty_path());
+        ->check(non_empty_path())
+        ->needs(dump);
+    cmd.add_flag("--raw-only", f.raw_only,
+                 "Write the manifest and the raw structures only, no decoded JSON or C-model files")
+        ->needs(dump);
     cmd.add_flag("--force", f.force, "Empty a dump directory that is not empty first");
     const CLI::Validator level_check(
         [](std::string &text) {

@@ -260,7 +260,7 @@ void replay_printer::finish(const run_record &record, const verdict &judged,
             o.add("dump", json_fields()
                               .add("dir", dump_dir)
                               .add("pushes", dump->pushes)
-                              .add("raw_files", dump->raw_files)
+                              .add("raw_objects", dump->raw_objects)
                               .add("decoded_files", dump->decoded_files)
                               .add("cmodel_files", dump->cmodel_files)
                               .add("problems", json_texts(dump->problems)));
@@ -292,9 +292,11 @@ void replay_printer::finish(const run_record &record, const verdict &judged,
     if (found.not_kept())
         fmt::print(out_, "  findings    ... and {} more\n", grouped(found.not_kept()));
     if (dump) {
-        fmt::print(
-            out_, "  dump        {} pushes: {} raw, {} decoded and {} C-model files under {}\n",
-            dump->pushes, dump->raw_files, dump->decoded_files, dump->cmodel_files, dump_dir);
+        fmt::print(out_,
+                   "  dump        {} pushes: {} new raw objects, {} decoded and {} C-model files "
+                   "under {}\n",
+                   dump->pushes, dump->raw_objects, dump->decoded_files, dump->cmodel_files,
+                   dump_dir);
         for (const std::string &p : dump->problems)
             fmt::print(out_, "  dump        {}\n", terminal_text(p));
     }

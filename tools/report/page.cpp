@@ -88,7 +88,7 @@ push_view view_of(const shown_push &s) {
     v.block            = p.block;
     v.group            = p.group;
     v.type             = p.type;
-    v.file             = p.bin;
+    v.file             = push_file(p);
     v.problem          = s.decoded.problem;
     v.channel          = p.channelled ? p.channel : -1;
     v.command          = int(p.command);

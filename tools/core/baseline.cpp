@@ -1,0 +1,290 @@
+/* Baselines: a fresh dump against a stored one, streamed push by push through the engine and
+ * kept down to a count and the first difference, so that memory does not grow with the frames
+ * or the differences. */
+#include "tools/core/baseline.h"
+
+#include <fnmatch.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+
+#include <fmt/format.h>
+
+#include "tools/compare/engine.h"
+#include "tools/core/run_record.h"
+#include "tools/dump/decode.h"
+#include "tools/dump/manifest.h"
+#include "tools/output/json.h"
+
+namespace isp_case {
+namespace {
+
+namespace fs = std::filesystem;
+
+const int k_max_depth = 32; /* directory levels searched for stored runs */
+
+/* "256", "1.5": the shortest text that reads back as the number */
+std::string number(double x) {
+    return fmt::format("{}", x);
+}
+
+std::string pair_text(const std::optional<double> &a, const std::optional<double> &b) {
+    return fmt::format("{} | {}", a ? number(*a) : "-", b ? number(*b) : "-");
+}
+
+picojson::value optional_number(const std::optional<double> &x) {
+    return x ? json_number(*x) : picojson::value();
+}
+
+std::optional<double> number_from(const picojson::value &v) {
+    if (v.is<double>()) return v.get<double>();
+    return std::nullopt;
+}
+
+void search(const fs::path &dir, const fs::path &root, int depth, std::vector<std::string> &out) {
+    std::error_code error;
+    if (fs::is_regular_file(dir / "manifest.json", error)) {
+        out.push_back(dir.lexically_relative(root).string());
+        return;
+    }
+    if (depth >= k_max_depth) return;
+    fs::directory_iterator it(dir, fs::directory_options::skip_permission_denied, error), end;
+    for (; !error && it != end; it.increment(error))
+        if (it->is_directory(error) && !it->is_symlink(error))
+            search(it->path(), root, depth + 1, out);
+}
+
+}  // namespace
+
+divergence divergence_of(const difference &d) {
+    const dump_push &p = d.push();
+    divergence v;
+    v.kind   = kind_name(d.kind);
+    v.step   = step_name(p.step);
+    v.module = p.module;
+    v.group  = p.group.empty() ? fmt::format("cmd{:02}", p.command) : p.group;
+    if (p.step.kind != phase::teardown) v.frame_dir = fmt::format("f{}", p.step.dir);
+    v.member        = d.member;
+    v.element       = d.index;
+    v.register_path = !d.in_a.location.empty() ? d.in_a.location : d.in_b.location;
+    if (d.in_a.present) v.code_a = d.in_a.code;
+    if (d.in_b.present) v.code_b = d.in_b.code;
+    if (d.in_a.present && std::isfinite(d.in_a.value)) v.value_a = d.in_a.value;
+    if (d.in_b.present && std::isfinite(d.in_b.value)) v.value_b = d.in_b.value;
+    return v;
+}
+
+std::string divergence_text(const divergence &first, size_t more) {
+    std::string where = first.step;
+    if (!first.frame_dir.empty()) where += fmt::format(" ({})", first.frame_dir);
+    std::string what = first.module + "." + first.group;
+    if (!first.member.empty()) what += "." + first.member;
+    if (first.element >= 0) what += fmt::format("[{}]", first.element);
+    if (!first.register_path.empty()) what += " " + first.register_path;
+    std::string detail;
+    if (first.kind == "push_only_in_a")
+        detail = "pushed by the baseline only";
+    else if (first.kind == "push_only_in_b")
+        detail = "pushed by this build only";
+    else if (first.kind == "member_only_in_a")
+        detail = "member of the baseline only";
+    else if (first.kind == "member_only_in_b")
+        detail = "member of this build only";
+    else if (first.kind == "code" || first.kind == "value")
+        detail = fmt::format("code {}, value {}", pair_text(first.code_a, first.code_b),
+                             pair_text(first.value_a, first.value_b));
+    else
+        detail = first.kind + " differs";
+    std::string text = fmt::format("{}: {}: {}", where, what, detail);
+    if (more) text += fmt::format("; {} more difference{}", more, more == 1 ? "" : "s");
+    return text;
+}
+
+std::string baseline_reason(const baseline_outcome &outcome) {
+    switch (outcome.state) {
+        case baseline_state::differs:
+            return "baseline: " + (outcome.first
+                                       ? divergence_text(*outcome.first, outcome.differences - 1)
+                                       : std::string("differs"));
+        case baseline_state::missing:
+            return "baseline: not in baseline";
+        case baseline_state::unreadable:
+            return "baseline: " + outcome.problem;
+        default:
+            return "";
+    }
+}
+
+json_fields baseline_outcome_json(const baseline_outcome &outcome) {
+    json_fields o;
+    o.add("state", enum_name(baseline_state_names, outcome.state))
+        .add("differences", outcome.differences);
+    if (outcome.first) {
+        const divergence &d = *outcome.first;
+        o.add(
+            "first_divergence",
+            json_fields()
+                .add("kind", d.kind)
+                .add("step", d.step)
+                .add("frame_dir", d.frame_dir)
+                .add("module", d.module)
+                .add("group", d.group)
+                .add("member", d.member)
+                .add("element", d.element >= 0 ? json_number(double(d.element)) : picojson::value())
+                .add("register", d.register_path)
+                .add("codes", picojson::value(picojson::array{optional_number(d.code_a),
+                                                              optional_number(d.code_b)}))
+                .add("values", picojson::value(picojson::array{optional_number(d.value_a),
+                                                               optional_number(d.value_b)}))
+                .add("more", outcome.differences - 1));
+    } else {
+        o.add_null("first_divergence");
+    }
+    return o.add("problem", outcome.problem);
+}
+
+bool baseline_outcome_from_json(const picojson::value &value, baseline_outcome &out) {
+    if (!value.is<picojson::object>()) return false;
+    const picojson::value &state = value.get("state"), &count = value.get("differences"),
+                          &first = value.get("first_divergence"), &problem = value.get("problem");
+    baseline_outcome read;
+    if (!state.is<std::string>() ||
+        !enum_from_name(baseline_state_names, state.get<std::string>(), read.state) ||
+        !count.is<double>() || !problem.is<std::string>())
+        return false;
+    read.differences = size_t(count.get<double>());
+    read.problem     = problem.get<std::string>();
+    if (first.is<picojson::object>()) {
+        divergence d;
+        const auto text = [&](const char *key) {
+            const picojson::value &v = first.get(key);
+            return v.is<std::string>() ? v.get<std::string>() : std::string();
+        };
+        d.kind = text("kind"), d.step = text("step"), d.frame_dir = text("frame_dir");
+        d.module = text("module"), d.group = text("group"), d.member = text("member");
+        d.register_path = text("register");
+        if (first.get("element").is<double>()) d.element = long(first.get("element").get<double>());
+        const picojson::value &codes = first.get("codes"), &values = first.get("values");
+        if (!codes.is<picojson::array>() || codes.get<picojson::array>().size() != 2 ||
+            !values.is<picojson::array>() || values.get<picojson::array>().size() != 2)
+            return false;
+        d.code_a = number_from(codes.get(0)), d.code_b = number_from(codes.get(1));
+        d.value_a = number_from(values.get(0)), d.value_b = number_from(values.get(1));
+        read.first = d;
+    }
+    out = std::move(read);
+    return true;
+}
+
+bool ignored_member(const std::vector<std::string> &globs, const std::string &module,
+                    const std::string &group, const std::string &member) {
+    if (globs.empty() || member.empty()) return false;
+    const std::string name = module + "." + group + "." + member;
+    return std::any_of(globs.begin(), globs.end(), [&](const std::string &glob) {
+        return fnmatch(glob.c_str(), name.c_str(), 0) == 0;
+    });
+}
+
+bool read_ignore_file(const std::string &path, std::vector<std::string> &globs,
+                      std::string &error) {
+    std::ifstream in(path);
+    if (!in) {
+        error = path + ": cannot be read";
+        return false;
+    }
+    for (std::string line; std::getline(in, line);) {
+        const size_t hash = line.find('#');
+        if (hash != std::string::npos) line.erase(hash);
+        const size_t first = line.find_first_not_of(" \t\r");
+        if (first == std::string::npos) continue;
+        globs.push_back(line.substr(first, line.find_last_not_of(" \t\r") + 1 - first));
+    }
+    return true;
+}
+
+baseline_outcome compare_with_baseline(const std::string &stored_dir, const std::string &fresh_dir,
+                                       const baseline_settings &settings) {
+    baseline_outcome outcome;
+    std::error_code error;
+    if (!fs::is_regular_file(stored_dir + "/manifest.json", error)) {
+        outcome.state = baseline_state::missing;
+        return outcome;
+    }
+    try {
+        const dump stored = open_dump(stored_dir), fresh = open_dump(fresh_dir);
+        compare_options options;
+        options.tolerance = settings.tolerance;
+        compare_dumps(stored, fresh, options, [&](const difference &d) {
+            const dump_push &p = d.push();
+            if (ignored_member(settings.ignore, p.module, p.group, d.member)) return;
+            if (!outcome.differences++) outcome.first = divergence_of(d);
+        });
+    } catch (const dump_error &e) {
+        outcome.state   = baseline_state::unreadable;
+        outcome.problem = e.what();
+        return outcome;
+    }
+    outcome.state = outcome.differences ? baseline_state::differs : baseline_state::same;
+    return outcome;
+}
+
+stored_bytes_check::stored_bytes_check(const dump &stored) : stored_(stored) {
+    for (size_t i = 0; i < stored.pushes.size(); ++i) {
+        const dump_push &p = stored.pushes[i];
+        by_key_[{int(p.step.kind), p.step.number, p.module, p.channel, p.command}].push_back(i);
+    }
+}
+
+void stored_bytes_check::step(const replay_step &step) {
+    /* the stored files as the dump writer names them: the raw structure and the arrays
+     * behind its pointers */
+    const auto same_file = [&](const std::string &relative, const std::vector<uint8_t> &bytes) {
+        std::string stored, error;
+        return read_file_bytes(stored_.dir + "/" + relative, stored, error) &&
+               stored.size() == bytes.size() &&
+               std::equal(bytes.begin(), bytes.end(), stored.begin(),
+                          [](uint8_t x, char y) { return x == uint8_t(y); });
+    };
+    for (const module_step &m : step.modules)
+        for (const op_outcome &op : m.ops)
+            for (const pushed_group &push : op.pushes) {
+                if (differs_) return;
+                const auto key =
+                    std::make_tuple(int(step.id.kind), step.id.number, std::string(m.module->name),
+                                    int(push.channel), push.cmd);
+                const auto it  = by_key_.find(key);
+                const size_t k = seen_[key]++;
+                if (it == by_key_.end() || k >= it->second.size()) {
+                    differs_ = true;
+                    return;
+                }
+                const dump_push &p = stored_.pushes[it->second[k]];
+                const char *type   = push.group ? push.group->c_type : nullptr;
+                std::vector<const std::vector<uint8_t> *> targets;
+                if (!push.part_size_h.empty()) targets = {&push.part_size_h, &push.part_size_v};
+                differs_ = p.size != push.bytes.size() || p.targets.size() != targets.size() ||
+                           !same_file(p.bin, without_pointers(type, push.bytes));
+                for (size_t t = 0; !differs_ && t < targets.size(); ++t)
+                    differs_ = !same_file(p.targets[t], *targets[t]);
+                ++matched_;
+            }
+}
+
+bool stored_bytes_check::identical() const {
+    return !differs_ && matched_ == stored_.pushes.size();
+}
+
+std::vector<std::string> baseline_cases(const std::string &dir) {
+    std::vector<std::string> names;
+    std::error_code error;
+    if (!fs::is_directory(dir, error)) return names;
+    fs::directory_iterator it(dir, fs::directory_options::skip_permission_denied, error), end;
+    for (; !error && it != end; it.increment(error))
+        if (it->is_directory(error) && !it->is_symlink(error)) search(it->path(), dir, 1, names);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace isp_case
