@@ -137,6 +137,29 @@ wait_for() {
     done
 }
 
+# The suite: copies of the sample case with a baseline saved from them; then, as a new build
+# would meet them, one case programs one value differently in frame 1 (in every partition, as
+# the module reads one) and one case has a register file that does not parse. Each must fail in
+# its shard's report, naming why, without failing its array task.
+suite="$tmp/suite"
+mkdir "$suite"
+for name in case-1 case-2 case-3 case-4 case-5 case-6 changed broken; do
+    cp -r "$root/examples/sample_case" "$suite/$name"
+done
+"$tool" batch "$suite" --frames 2 --save-baseline "$tmp/baseline" >"$tmp/log/save-baseline.log" 2>&1 ||
+    { cat "$tmp/log/save-baseline.log" >&2; fail "saving the baseline of the suite failed"; }
+python3 - "$suite/changed/cfgs/f1" <<'PY' || fail "cannot change the gamma table of $suite/changed"
+import glob, json, sys
+for path in glob.glob(sys.argv[1] + "/rtl_gamma_p*.json"):
+    with open(path) as f:
+        doc = json.load(f)
+    doc["isp_gamma"]["grp0"][0]["gam_lut"]["high"] += 1
+    with open(path, "w") as f:
+        json.dump(doc, f, indent=1)
+PY
+mapfile -t register_files < <(cd "$suite/broken" && find cfgs -name '*.json' | sort)
+printf '{ "not": json\n' >"$suite/broken/${register_files[0]}"
+
 # Two ports nothing listens on, from the kernel (the usual 6817/6818 may be taken by a real
 # cluster or another run); both sockets are held until both are known, so they differ.
 read -r ctld_port slurmd_port < <(python3 -c '
@@ -203,19 +226,8 @@ wait_for 30 "slurmctld up on port $ctld_port" controller_up
 wait_for 30 "node $node idle (slurmd on port $slurmd_port)" node_idle
 say "cluster up: slurmctld :$ctld_port, slurmd :$slurmd_port, node $node with $cpus CPUs ($SECONDS s)"
 
-# The suite: copies of the sample case, and one whose register file does not parse, which must
-# fail in its shard's report without failing its array task.
-suite="$tmp/suite"
-for i in 1 2 3 4 5 6 7; do
-    mkdir -p "$suite/case-$i"
-    cp -r "$root/examples/sample_case/." "$suite/case-$i"
-done
-cp -r "$root/examples/sample_case" "$suite/broken"
-mapfile -t register_files < <(cd "$suite/broken" && find cfgs -name '*.json' | sort)
-printf '{ "not": json\n' >"$suite/broken/${register_files[0]}"
-
 cd "$tmp/jobs"
-export ISP_CASE="$tool" SUITE="$suite" OUT_DIR="$tmp/results" FRAMES=2
+export ISP_CASE="$tool" SUITE="$suite" OUT_DIR="$tmp/results" BASELINE="$tmp/baseline" FRAMES=2
 array_id=$(env "$marker" timeout 30 sbatch --parsable --array=1-$shards \
     "$root/examples/slurm/batch-array.sbatch")
 array_id=${array_id%%;*}
@@ -236,15 +248,12 @@ say "jobs finished ($SECONDS s)"
 
 # JobState and ExitCode of every task of the array, then of the merge job
 states=$(timeout 10 scontrol -o show job "$array_id"; timeout 10 scontrol -o show job "$merge_id")
-# until the tool has its merge command, the merge job can only be seen to run after the array
-has_merge=0
-grep -qE '^ +merge ' <<<"$("$tool" --help)" && has_merge=1
-[ "$has_merge" = 1 ] || say "isp-case has no merge command: the merged report is not checked"
-python3 - "$states" "$array_id" "$merge_id" "$shards" "$tmp/results" "$has_merge" <<'PY' || fail "see above"
+python3 - "$states" "$array_id" "$merge_id" "$shards" "$tmp/results" <<'PY' || fail "see above"
 import json, re, sys
 import xml.etree.ElementTree as ET
 
-states, array_id, merge_id, shards, results, has_merge = sys.argv[1:]
+states, array_id, merge_id, shards, results = sys.argv[1:]
+shards = int(shards)
 problems = []
 
 jobs = {}
@@ -252,40 +261,75 @@ for line in states.splitlines():
     fields = dict(re.findall(r"(\w+)=(\S*)", line))
     key = fields["ArrayTaskId"] if fields.get("ArrayJobId") == array_id else "merge"
     jobs[key] = (fields["JobState"], fields["ExitCode"])
-for task in range(1, int(shards) + 1):
+for task in range(1, shards + 1):
     got = jobs.get(str(task))
     if got != ("COMPLETED", "0:0"):
         problems.append(f"array task {task}: {got}, expected COMPLETED with exit code 0:0")
-# the broken case fails the suite, so the merge says so with its status
-merge_want = ("FAILED", "1:0") if has_merge == "1" else ("FAILED", "2:0")
+# the failing cases fail the suite, which the merge says with its status
 if jobs.get("merge", ("",))[0] == "PENDING":
     problems.append(f"merge job {merge_id}: never started, an array task did not succeed (afterok)")
-elif jobs.get("merge") != merge_want:
-    problems.append(f"merge job {merge_id}: {jobs.get('merge')}, expected {merge_want}")
+elif jobs.get("merge") != ("FAILED", "1:0"):
+    problems.append(f"merge job {merge_id}: {jobs.get('merge')}, expected FAILED with exit code 1:0")
 
-expected = {f"case-{i}" for i in range(1, 8)} | {"broken"}
-seen = []
-for k in range(1, int(shards) + 1):
+expected = sorted([f"case-{i}" for i in range(1, 7)] + ["changed", "broken"])
+def want(name):
+    return "failed" if name in ("changed", "broken") else "passed"
+# why each failing case failed: the first divergence by its register path, the file that
+# does not parse
+reasons = {"changed": ("baseline: frame 1 (f1)", "isp_gamma.grp0[0].gam_lut.high"),
+           "broken": ("check: 1 error", "JSON does not parse")}
+
+def read(path, parse):
     try:
-        with open(f"{results}/cases-{k}.json") as f:
-            shard = json.load(f)
-        cases = [(c["name"], c["result"]) for c in shard["cases"]]
-        seen += cases
-        junit = [t.get("name") for t in ET.parse(f"{results}/junit-{k}.xml").iter("testcase")]
-        if junit != [n for n, _ in cases]:
-            problems.append(f"shard {k}: JUnit test cases {junit}, JSON cases {[n for n, _ in cases]}")
-    except (OSError, ValueError, KeyError, ET.ParseError) as e:
-        problems.append(f"shard {k}: {e}")
-names = [n for n, _ in seen]
-if sorted(names) != sorted(expected):
-    problems.append(f"cases in the shards' reports: {sorted(names)}, expected each of {sorted(expected)} once")
-for name, result in seen:
-    want = "failed" if name == "broken" else "passed"
-    if result != want:
-        problems.append(f"case {name}: {result}, expected {want}")
+        with open(path, "rb") as f:
+            return parse(f)
+    except (OSError, ValueError, ET.ParseError) as e:
+        problems.append(f"{path}: {e}")
+
+# each shard's report, and the shard each case ran in
+shard_of = {}
+for k in range(1, shards + 1):
+    shard = read(f"{results}/cases-{k}.json", json.load) or {"cases": []}
+    names = [c.get("name") for c in shard["cases"]]
+    for name in names:
+        if name in shard_of:
+            problems.append(f"case {name} in shard {shard_of[name]} and shard {k}")
+        shard_of[name] = k
+    junit = read(f"{results}/junit-{k}.xml", ET.parse)
+    if junit and [t.get("name") for t in junit.iter("testcase")] != names:
+        problems.append(f"shard {k}: its JUnit test cases are not its JSON cases {names}")
+if sorted(shard_of) != expected:
+    problems.append(f"cases in the shards' reports: {sorted(shard_of)}, expected {expected}")
+
+merged = read(f"{results}/merged.json", json.load)
+if merged:
+    cases = {c["name"]: c for c in merged.get("cases", [])}
+    if sorted(cases) != expected or len(merged["cases"]) != len(expected):
+        problems.append(f"merged cases: {[c['name'] for c in merged.get('cases', [])]}, expected each of {expected} once")
+    for name, c in cases.items():
+        if (c.get("result"), c.get("shard")) != (want(name), shard_of.get(name)):
+            problems.append(f"merged case {name}: {c.get('result')} in shard {c.get('shard')}, "
+                            f"expected {want(name)} in shard {shard_of.get(name)}")
+    for name, parts in reasons.items():
+        reason = cases.get(name, {}).get("reason", "")
+        if not all(part in reason for part in parts):
+            problems.append(f"merged case {name}: reason {reason!r}, expected to hold {parts}")
+    if sorted(s.get("index") for s in merged.get("shards", [])) != list(range(1, shards + 1)):
+        problems.append(f"merged shards: {merged.get('shards')}, expected 1 to {shards}")
+    if merged.get("missing_shards") or merged.get("missing_cases"):
+        problems.append(f"merged report misses shards {merged.get('missing_shards')}, cases {merged.get('missing_cases')}")
+    summary = {k: merged.get("summary", {}).get(k) for k in ("cases", "passed", "failed", "missing", "result", "exit_status")}
+    if summary != {"cases": 8, "passed": 6, "failed": 2, "missing": 0, "result": "failed", "exit_status": 1}:
+        problems.append(f"merged summary: {summary}")
+
+junit = read(f"{results}/junit.xml", ET.parse)
+if junit:
+    tests = {t.get("name"): t.find("failure") is not None for t in junit.iter("testcase")}
+    if tests != {name: want(name) == "failed" for name in expected}:
+        problems.append(f"merged JUnit (test case: failed): {tests}, expected {expected} with changed and broken failed")
 
 for p in problems:
     print("slurm-smoke: " + p, file=sys.stderr)
 sys.exit(1 if problems else 0)
 PY
-say "passed: $shards shards and the merge as expected ($SECONDS s)"
+say "passed: $shards shards and their merge as expected ($SECONDS s)"
