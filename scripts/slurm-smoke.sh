@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # The cluster workflow on a real one-node Slurm cluster: starts MUNGE, slurmctld and slurmd on
 # this machine with a configuration of their own in a temporary directory, submits the array job
-# examples/slurm/batch-array.sbatch over a small suite in four shards and examples/slurm/merge.sbatch
-# after it (--dependency=afterok), waits for both and checks the merged report. The daemons run as
-# root, so this does too (as CI does); slurm-wlm's daemons and MUNGE are installed when missing.
+# examples/slurm/batch-array.sbatch over a small suite with a baseline in four shards and
+# examples/slurm/merge.sbatch after it (--dependency=afterok), waits for both and checks the
+# merged report. The daemons run as root, so this does too (as CI does); slurm-wlm's daemons and
+# MUNGE are installed when missing.
 # Whatever way the script ends (failure, timeout, Ctrl-C), the jobs are cancelled, the daemons
 # stopped and the directory removed: nothing is left running and nothing is written outside it.
 #
@@ -146,7 +147,8 @@ mkdir "$suite"
 for name in case-1 case-2 case-3 case-4 case-5 case-6 changed broken; do
     cp -r "$root/examples/sample_case" "$suite/$name"
 done
-"$tool" batch "$suite" --frames 2 --save-baseline "$tmp/baseline" >"$tmp/log/save-baseline.log" 2>&1 ||
+timeout 300 "$tool" batch "$suite" --frames 2 --save-baseline "$tmp/baseline" \
+    >"$tmp/log/save-baseline.log" 2>&1 ||
     { cat "$tmp/log/save-baseline.log" >&2; fail "saving the baseline of the suite failed"; }
 python3 - "$suite/changed/cfgs/f1" <<'PY' || fail "cannot change the gamma table of $suite/changed"
 import glob, json, sys
