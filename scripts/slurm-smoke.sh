@@ -44,7 +44,8 @@ mkdir "$tmp/state" "$tmp/spool" "$tmp/log" "$tmp/jobs"
 export SLURM_CONF="$tmp/slurm.conf"
 
 # Everything this run starts carries the marker in its environment (the daemons, the job steps
-# slurmd forks, the jobs themselves), which finds what a killed daemon left behind.
+# slurmd forks, the jobs themselves), which finds what a killed daemon left behind. The daemons
+# run in sessions of their own: a Ctrl-C reaches this script, which then stops them in order.
 marker="SLURM_SMOKE_RUN=$tmp"
 daemon_pids=()
 daemon_names=()
@@ -88,7 +89,7 @@ cleanup() {
     if [ ${#daemon_pids[@]} -gt 0 ]; then
         # the controller ends the jobs, if it is there to ask
         if [ ${#daemon_pids[@]} -ge 2 ] && kill -0 "${daemon_pids[1]}" 2>/dev/null &&
-            timeout 10 scancel --quiet --full --user=root >/dev/null 2>&1; then
+            timeout 5 scancel --quiet --full --user=root >/dev/null 2>&1; then
             end=$((SECONDS + 10))
             while [ "$SECONDS" -lt "$end" ] && [ -n "$(timeout 5 squeue -h -o %i 2>/dev/null)" ]; do
                 sleep 0.5
@@ -177,7 +178,7 @@ cpus=$(nproc)
 
 head -c 1024 /dev/urandom >"$tmp/munge/munge.key"
 chmod 400 "$tmp/munge/munge.key"
-env "$marker" munged --foreground --key-file="$tmp/munge/munge.key" \
+setsid env "$marker" munged --foreground --key-file="$tmp/munge/munge.key" \
     --socket="$tmp/run/munge.socket" --pid-file="$tmp/run/munged.pid" \
     --seed-file="$tmp/munge/munged.seed" >"$tmp/log/munged.log" 2>&1 &
 daemon_pids+=($!) daemon_names+=(munged)
@@ -217,9 +218,9 @@ NodeName=$node NodeAddr=127.0.0.1 CPUs=$cpus State=UNKNOWN
 PartitionName=smoke Nodes=$node Default=YES MaxTime=INFINITE State=UP
 EOF
 
-env "$marker" slurmctld -D -f "$SLURM_CONF" >"$tmp/log/slurmctld.err" 2>&1 &
+setsid env "$marker" slurmctld -D -f "$SLURM_CONF" >"$tmp/log/slurmctld.err" 2>&1 &
 daemon_pids+=($!) daemon_names+=(slurmctld)
-env "$marker" slurmd -D -f "$SLURM_CONF" -N "$node" >"$tmp/log/slurmd.err" 2>&1 &
+setsid env "$marker" slurmd -D -f "$SLURM_CONF" -N "$node" >"$tmp/log/slurmd.err" 2>&1 &
 daemon_pids+=($!) daemon_names+=(slurmd)
 
 controller_up() { [[ $(timeout 5 scontrol ping) == *"is UP"* ]]; }
