@@ -16,6 +16,7 @@
 #include "tools/core/run_record.h"
 #include "tools/dump/decode.h"
 #include "tools/dump/manifest.h"
+#include "tools/dump/store.h"
 #include "tools/output/json.h"
 
 namespace isp_case {
@@ -238,11 +239,12 @@ stored_bytes_check::stored_bytes_check(const dump &stored) : stored_(stored) {
 }
 
 void stored_bytes_check::step(const replay_step &step) {
-    /* the stored files as the dump writer names them: the raw structure and the arrays
-     * behind its pointers */
-    const auto same_file = [&](const std::string &relative, const std::vector<uint8_t> &bytes) {
+    /* a stored object by its key (a store's dump), or a file as older dumps name it */
+    const auto same = [&](const std::string &key, const std::string &file,
+                          const std::vector<uint8_t> &bytes) {
+        if (!key.empty()) return key == sha256_hex(bytes.data(), bytes.size());
         std::string stored, error;
-        return read_file_bytes(stored_.dir + "/" + relative, stored, error) &&
+        return read_file_bytes(stored_.dir + "/" + file, stored, error) &&
                stored.size() == bytes.size() &&
                std::equal(bytes.begin(), bytes.end(), stored.begin(),
                           [](uint8_t x, char y) { return x == uint8_t(y); });
@@ -264,10 +266,13 @@ void stored_bytes_check::step(const replay_step &step) {
                 const char *type   = push.group ? push.group->c_type : nullptr;
                 std::vector<const std::vector<uint8_t> *> targets;
                 if (!push.part_size_h.empty()) targets = {&push.part_size_h, &push.part_size_v};
-                differs_ = p.size != push.bytes.size() || p.targets.size() != targets.size() ||
-                           !same_file(p.bin, without_pointers(type, push.bytes));
+                const size_t stored_targets =
+                    p.object.empty() ? p.targets.size() : p.pointees.size();
+                differs_ = p.size != push.bytes.size() || stored_targets != targets.size() ||
+                           !same(p.object, p.bin, without_pointers(type, push.bytes));
                 for (size_t t = 0; !differs_ && t < targets.size(); ++t)
-                    differs_ = !same_file(p.targets[t], *targets[t]);
+                    differs_ = p.object.empty() ? !same("", p.targets[t], *targets[t])
+                                                : !same(p.pointees[t].second, "", *targets[t]);
                 ++matched_;
             }
 }

@@ -19,14 +19,19 @@ struct batch_flags {
     std::optional<int> frames;
 };
 
-/* The replay of a case whose run goes into a baseline's directory (or a fresh run's, to be
- * compared with one): the one place that says how a baseline's runs are written. */
-replay_flags baseline_replay_flags(const std::string &dump_dir, bool strict) {
+/* The replay of a case whose run goes into a dump of a baseline (store: the baseline's
+ * directory, whose one store its cases share) or into a fresh dump to compare with one (store
+ * empty: the dump's own): the one place that says how a baseline's runs are written. A
+ * baseline keeps what the hardware received, the raw structures; they are decoded when read. */
+replay_flags baseline_replay_flags(const std::string &dump_dir, const std::string &store,
+                                   bool strict) {
     replay_flags flags;
-    flags.quiet    = true;
-    flags.strict   = strict;
-    flags.dump_dir = dump_dir;
-    flags.force    = true; /* a stored run is replaced as a whole */
+    flags.quiet     = true;
+    flags.strict    = strict;
+    flags.dump_dir  = dump_dir;
+    flags.store_dir = store;
+    flags.raw_only  = true;
+    flags.force     = true; /* a stored run is replaced as a whole */
     return flags;
 }
 
@@ -36,8 +41,8 @@ int save_run(const case_options &options, const batch_case &c, const batch_setti
     const std::string dir = batch.baseline.dir + "/" + c.name;
     std::error_code error;
     std::filesystem::create_directories(dir, error);
-    const int status =
-        run_replay_command(options, baseline_replay_flags(dir, batch.strict), &report);
+    const int status = run_replay_command(
+        options, baseline_replay_flags(dir, batch.baseline.dir, batch.strict), &report);
     if (status == exit_ok || report.judged) report.baseline.state = baseline_state::saved;
     return status;
 }
@@ -96,8 +101,8 @@ int compare_run(const case_options &options, const batch_case &c, const batch_se
         const temporary_dump fresh;
         stage_report again;
         if (fresh.dir().empty() ||
-            run_replay_command(options, baseline_replay_flags(fresh.dir(), batch.strict), &again) ==
-                exit_no_case) {
+            run_replay_command(options, baseline_replay_flags(fresh.dir(), "", batch.strict),
+                               &again) == exit_no_case) {
             report.baseline.state   = baseline_state::unreadable;
             report.baseline.problem = "this build's run could not be dumped for the comparison";
             return status;
@@ -109,7 +114,8 @@ int compare_run(const case_options &options, const batch_case &c, const batch_se
         (state == baseline_state::differs || state == baseline_state::missing)) {
         stage_report again;
         std::filesystem::create_directories(stored_dir, error);
-        run_replay_command(options, baseline_replay_flags(stored_dir, batch.strict), &again);
+        run_replay_command(
+            options, baseline_replay_flags(stored_dir, batch.baseline.dir, batch.strict), &again);
         report.baseline.state =
             state == baseline_state::differs ? baseline_state::updated : baseline_state::added;
     }
