@@ -35,18 +35,11 @@ else
     tool="$build/tools/isp-case"
 fi
 
-# munged refuses a socket under a directory that not everyone may enter
-tmp=$(mktemp -d "${TMPDIR:-/tmp}/slurm-smoke.XXXXXX")
-chmod 755 "$tmp"
-mkdir -m 700 "$tmp/munge"
-mkdir -m 755 "$tmp/run"
-mkdir "$tmp/state" "$tmp/spool" "$tmp/log" "$tmp/jobs"
-export SLURM_CONF="$tmp/slurm.conf"
-
 # Everything this run starts carries the marker in its environment (the daemons, the job steps
 # slurmd forks, the jobs themselves), which finds what a killed daemon left behind. The daemons
 # run in sessions of their own: a Ctrl-C reaches this script, which then stops them in order.
-marker="SLURM_SMOKE_RUN=$tmp"
+tmp=""
+marker=""
 daemon_pids=()
 daemon_names=()
 interrupted=0
@@ -85,7 +78,7 @@ cleanup() {
     local status=$? left i end
     trap - EXIT INT TERM HUP
     set +e
-    if [ "$status" -ne 0 ] && [ "$interrupted" -eq 0 ]; then show_logs; fi
+    if [ -n "$tmp" ] && [ "$status" -ne 0 ] && [ "$interrupted" -eq 0 ]; then show_logs; fi
     if [ ${#daemon_pids[@]} -gt 0 ]; then
         # the controller ends the jobs, if it is there to ask
         if [ ${#daemon_pids[@]} -ge 2 ] && kill -0 "${daemon_pids[1]}" 2>/dev/null &&
@@ -97,7 +90,7 @@ cleanup() {
         fi
         kill -TERM "${daemon_pids[@]}" 2>/dev/null
         for ((i = 0; i < 10; i++)); do
-            [ -z "$(jobs -pr)" ] && break
+            kill -0 "${daemon_pids[@]}" 2>/dev/null || break
             sleep 0.5
         done
         # job steps and jobs outlive a slurmd that did not end them
@@ -113,16 +106,23 @@ cleanup() {
         fi
         wait 2>/dev/null
     fi
-    if [ "${SLURM_SMOKE_KEEP:-0}" = 1 ]; then
-        say "kept $tmp"
-    else
-        rm -rf "$tmp"
+    if [ -n "$tmp" ]; then
+        if [ "${SLURM_SMOKE_KEEP:-0}" = 1 ]; then say "kept $tmp"; else rm -rf "$tmp"; fi
     fi
     exit "$status"
 }
 trap cleanup EXIT
 trap 'interrupted=1; say "interrupted"; exit 130' INT
 trap 'interrupted=1; say "terminated"; exit 143' TERM HUP
+
+# munged refuses a socket under a directory that not everyone may enter
+tmp=$(mktemp -d "${TMPDIR:-/tmp}/slurm-smoke.XXXXXX")
+chmod 755 "$tmp"
+mkdir -m 700 "$tmp/munge"
+mkdir -m 755 "$tmp/run"
+mkdir "$tmp/state" "$tmp/spool" "$tmp/log" "$tmp/jobs"
+export SLURM_CONF="$tmp/slurm.conf"
+marker="SLURM_SMOKE_RUN=$tmp"
 
 # wait_for SECONDS WHAT COMMAND...: runs COMMAND until it succeeds, at most SECONDS, and fails
 # at once when a daemon started so far has ended
