@@ -24,17 +24,6 @@ fail() { say "FAILED: $*"; exit 1; }
 
 [ "$(id -u)" -eq 0 ] || fail "run as root: slurmctld and slurmd run as root here"
 
-if [ -n "${ISP_CASE:-}" ]; then
-    "$root/scripts/deps.sh" slurm
-    tool=$(realpath "$ISP_CASE")
-    [ -x "$tool" ] || fail "ISP_CASE=$ISP_CASE is not an executable"
-else
-    "$root/scripts/deps.sh" build slurm
-    (cd "$root" && cmake --preset native -B "$build") >/dev/null
-    cmake --build "$build" --target isp-case -j"$(nproc)" >/dev/null
-    tool="$build/tools/isp-case"
-fi
-
 # Everything this run starts carries the marker in its environment (the daemons, the job steps
 # slurmd forks, the jobs themselves), which finds what a killed daemon left behind. The daemons
 # run in sessions of their own: a Ctrl-C reaches this script, which then stops them in order.
@@ -114,6 +103,17 @@ cleanup() {
 trap cleanup EXIT
 trap 'interrupted=1; say "interrupted"; exit 130' INT
 trap 'interrupted=1; say "terminated"; exit 143' TERM HUP
+
+if [ -n "${ISP_CASE:-}" ]; then
+    "$root/scripts/deps.sh" slurm
+    tool=$(realpath -e "$ISP_CASE" 2>/dev/null) || tool=""
+    [ -x "$tool" ] || fail "ISP_CASE=$ISP_CASE is not an executable"
+else
+    "$root/scripts/deps.sh" build slurm
+    (cd "$root" && cmake --preset native -B "$build") >/dev/null
+    cmake --build "$build" --target isp-case -j"$(nproc)" >/dev/null
+    tool="$build/tools/isp-case"
+fi
 
 # munged refuses a socket under a directory that not everyone may enter
 tmp=$(mktemp -d "${TMPDIR:-/tmp}/slurm-smoke.XXXXXX")
