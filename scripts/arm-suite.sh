@@ -61,11 +61,17 @@ if [ -x "$native/tools/isp-case" ] && [ -x "$build/tools/isp-case" ]; then
         echo "arm-suite: the two builds pushed or exported different data" >&2
         exit 1
     fi
-    # the exporters run on each build's own arithmetic: their files must match byte for byte
+    # the exporters run on each build's own arithmetic: their files must match byte for byte.
+    # Decoded files are named by the key of their raw bytes, which differ where pointers do:
+    # each push's files are paired through the two index.txt, which list the same pushes.
     differ=0
-    while read -r f; do
-        cmp -s "$work/native-dump/$f" "$work/arm-dump/$f" || { echo "differs: $f" >&2; differ=1; }
-    done < <(cd "$work/native-dump" && find . -name '*.cmodel.json' | sort)
+    while read -r _ a _ b; do
+        for f in "$work/native-dump/${a%.json}".*cmodel.json; do
+            [ -e "$f" ] || continue
+            g=$work/arm-dump/${b%.json}${f#"$work/native-dump/${a%.json}"}
+            cmp -s "$f" "$g" || { echo "differs: ${f#"$work/native-dump/"} and ${g#"$work/"}" >&2; differ=1; }
+        done
+    done < <(paste <(grep '^  ' "$work/native-dump/index.txt") <(grep '^  ' "$work/arm-dump/index.txt") | sort -u)
     if [ "$differ" -ne 0 ]; then
         echo "arm-suite: the two builds exported different C-model files" >&2
         exit 1

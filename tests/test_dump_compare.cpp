@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@
 #include "isp_json.h"
 #include "tests/support/test_support.h"
 #include "tools/compare/engine.h"
+#include "tools/compare/runs.h"
+#include "tools/compare/wording.h"
 #include "tools/dump/decode.h"
 #include "tools/dump/reader.h"
 
@@ -27,12 +30,16 @@ class dump_builder {
   public:
     explicit dump_builder(const std::string &dir) : dir_(dir) {}
 
-    /* A wbc ctrl push of the given d_gain code in frame `frame` (0: setup); returns its entry. */
-    picojson::object &push(int frame, uint32_t d_gain, const std::string &name = "cmd01_ctrl") {
+    /* A wbc ctrl push of the given d_gain and wb_gain[2] codes in frame `frame` (0: setup);
+     * returns its entry. */
+    picojson::object &push(int frame, uint32_t d_gain, const std::string &name = "cmd01_ctrl",
+                           uint16_t wb_gain2 = 0) {
         _isp_wbc_user_ctrl_t ctrl{};
         ctrl.d_gain                      = d_gain;
+        ctrl.wb_gain[2]                  = wb_gain2;
         const std::vector<uint8_t> bytes = isp_test::bytes_of(ctrl);
         const std::string step           = frame ? "frame" + std::to_string(frame) : "setup";
+        frames_                          = std::max(frames_, frame);
         const std::string base           = step + "/wbc/" + name;
         isp_case::decode_input input;
         input.block      = "wbc";
@@ -88,7 +95,7 @@ class dump_builder {
             {"case", value(std::string("case"))},
             {"grid", value(picojson::object{{"h", value(double(part_h))}, {"v", value(1.0)}})},
             {"channels", value(1.0)},
-            {"frames", value(2.0)},
+            {"frames", value(double(frames_))},
             {"pointer_bytes", value(8.0)},
             {"modules", value(picojson::array{value(std::string("wbc"))})},
             {"bypass", value(picojson::array())},
@@ -109,6 +116,7 @@ class dump_builder {
     }
     std::string dir_;
     picojson::array pushes_;
+    int frames_ = 2;
 };
 
 struct found {
@@ -184,6 +192,101 @@ TEST(CompareEngine, RepeatedPushesPairByOccurrenceAndLoneOnesAreNamed) {
     EXPECT_EQ(f.summary.only_a, 1u);
     EXPECT_EQ(f.summary.only_b, 1u);
     EXPECT_EQ(f.summary.differing, 1u);
+}
+
+/* The first divergence in register terms: wb_gain[2] is filled by the second gain register, not
+ * the member's first row; the files are those the push was converted from. */
+TEST(CompareEngine, FirstDivergenceNamesTheRowThatFillsTheElementAndItsFiles) {
+    temp_dir dir;
+    dump_builder a(dir.path() + "/a"), b(dir.path() + "/b");
+    a.push(0, 256), a.push(1, 256), a.push(2, 256);
+    b.push(0, 256), b.push(1, 256, "cmd01_ctrl", 384), b.push(2, 384);
+    const isp_case::dump da = isp_case::open_dump(a.finish()), db = isp_case::open_dump(b.finish());
+    const isp_case::divergence found = isp_case::first_divergence(da, db, {});
+    ASSERT_TRUE(found.first);
+    EXPECT_EQ(isp_case::first_divergence_text(*found.first, found.more),
+              "frame 1 (f1): wbc.ctrl.wb_gain[2] at isp_wbc.wb_gain2.val2 in "
+              "cfgs/f1/rtl_wbc_p0.json, cfgs/f1/rtl_wbc_p1.json: code 0 | 384, value 0 | 1.5; 1 "
+              "more difference");
+    EXPECT_EQ(found.first->files,
+              (std::vector<std::string>{"cfgs/f1/rtl_wbc_p0.json", "cfgs/f1/rtl_wbc_p1.json"}));
+    isp_case::compare_options first_only;
+    first_only.limit = 1;
+    EXPECT_EQ(isp_case::first_divergence(da, db, first_only).summary.pushes_a, 2u);
+    EXPECT_FALSE(isp_case::first_divergence(da, da, {}).first);
+}
+
+/* A difference repeated the same way over consecutive steps is one run; a step without it, or
+ * other codes, begin another. Runs come as they end, those that began first first. */
+TEST(CompareEngine, DifferencesRepeatedOverConsecutiveStepsAreOneRun) {
+    temp_dir dir;
+    dump_builder a(dir.path() + "/a"), b(dir.path() + "/b");
+    const uint32_t b_gains[] = {256, 512, 512, 256, 512, 512, 768};
+    for (int frame = 0; frame <= 6; ++frame) {
+        a.push(frame, 256);
+        b.push(frame, b_gains[frame], "cmd01_ctrl", frame == 5 ? 7 : 0);
+    }
+    const isp_case::dump da = isp_case::open_dump(a.finish()), db = isp_case::open_dump(b.finish());
+    lines_t runs;
+    isp_case::run_merger merger(da, db, [&](const isp_case::difference_run &r) {
+        runs.push_back(isp_case::step_range_label(r.first.push().step, r.last) + " " +
+                       std::to_string(r.steps) + ": " +
+                       isp_case::difference_text(r.first, true, &r.last));
+    });
+    isp_case::compare_dumps(da, db, {}, std::ref(merger));
+    merger.finish();
+    EXPECT_EQ(runs, (lines_t{"frames 1-2 (f1-f2) 2: wbc.ctrl.d_gain at isp_wbc.d_gain.val in "
+                             "cfgs/f{1..2}/rtl_wbc_p0.json, cfgs/f{1..2}/rtl_wbc_p1.json: code "
+                             "256 | 512, value 1 | 2",
+                             "frames 4-5 (f4-f5) 2: wbc.ctrl.d_gain at isp_wbc.d_gain.val in "
+                             "cfgs/f{4..5}/rtl_wbc_p0.json, cfgs/f{4..5}/rtl_wbc_p1.json: code "
+                             "256 | 512, value 1 | 2",
+                             "frame 5 (f5) 1: wbc.ctrl.wb_gain[2] at isp_wbc.wb_gain2.val2 in "
+                             "cfgs/f5/rtl_wbc_p0.json, cfgs/f5/rtl_wbc_p1.json: code 0 | 7, value "
+                             "0 | 0.02734375",
+                             "frame 6 (f6) 1: wbc.ctrl.d_gain at isp_wbc.d_gain.val in "
+                             "cfgs/f6/rtl_wbc_p0.json, cfgs/f6/rtl_wbc_p1.json: code 256 | 768, "
+                             "value 1 | 3"}));
+
+    using isp_case::frame_step;
+    EXPECT_EQ(isp_case::step_range_label(frame_step(2, 3), frame_step(5, 3)),
+              "frames 2-5 (f2-f3, then f3 again)");
+    EXPECT_EQ(isp_case::step_range_label(frame_step(4, 3), frame_step(6, 3)),
+              "frames 4-6 (f3 again)");
+    EXPECT_EQ(isp_case::step_range_label(isp_case::setup_step(), frame_step(1, 3)),
+              "setup (f0) to frame 1 (f1)");
+}
+
+/* An element of a per-partition member came from its partition's file alone, partition p's
+ * elements p-th in the structure; any other member from every file of the push. */
+TEST(CompareEngine, PerPartitionElementsNameTheirPartitionsFile) {
+    isp_case::dump_push push;
+    for (int part = 0; part < 4; ++part)
+        push.sources.push_back({part, 0, "cfgs/f1/x_p" + std::to_string(part) + ".json"});
+    const auto member = [](unsigned count, bool per_partition, std::vector<double> codes) {
+        isp_case::dump_member m;
+        m.name          = "m";
+        m.count         = count;
+        m.scalar        = false;
+        m.per_partition = per_partition;
+        m.codes         = std::move(codes);
+        return m;
+    };
+    const auto files_of_differences = [&](unsigned count, bool per_partition) {
+        isp_case::decoded_push a, b;
+        a.members = {member(count, per_partition, {1, 1, 1, 1, 1, 1})};
+        b.members = {member(count, per_partition, {1, 1, 1, 2, 1, 1})};
+        isp_case::difference prototype;
+        prototype.a = prototype.b = &push;
+        std::vector<std::string> files;
+        isp_case::compare_structures(a, b, 0, prototype,
+                                     [&](const isp_case::difference &d) { files = d.files; });
+        return files;
+    };
+    EXPECT_EQ(files_of_differences(256, true), lines_t{"cfgs/f1/x_p3.json"});
+    EXPECT_EQ(files_of_differences(512, true), lines_t{"cfgs/f1/x_p1.json"});
+    EXPECT_EQ(files_of_differences(6, false), (lines_t{"cfgs/f1/x_p0.json", "cfgs/f1/x_p1.json",
+                                                       "cfgs/f1/x_p2.json", "cfgs/f1/x_p3.json"}));
 }
 
 TEST(CompareEngine, ToleranceMustBeAFiniteNumberZeroOrMore) {

@@ -951,15 +951,25 @@ TEST(IspCaseRegmap, TemplatesReadBackCleanAndTheMapNamesTheLastGammaPoint) {
  * host's pointers cleared) and every member decoded. */
 TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
     temp_dir dir;
+    // f2: f1 with the white-balance digital gain doubled, read by frames 2 and 3
+    const std::string case_dir = copy_sample(dir);
+    fs::copy(case_dir + "/cfgs/f1", case_dir + "/cfgs/f2");
+    for (int p = 0; p < 4; ++p)
+        edit_json(case_dir + "/cfgs/f2/rtl_wbc_p" + std::to_string(p) + ".json",
+                  [](picojson::object &root) {
+                      root["isp_wbc"].get<picojson::object>()["d_gain"] =
+                          picojson::value(picojson::object{{"val", picojson::value(512.0)}});
+                  });
     isp_case::replay_settings settings;
-    settings.run.case_path = ISP_SAMPLE_CASE_DIR;
+    settings.run.case_path = case_dir;
     settings.run.part_h = settings.run.part_v = 2;
     settings.run.channels                     = 2;
-    settings.run.frames                       = 2;
+    settings.run.frames                       = 3;
     for (const char *name : {"wbc", "cc", "lsc", "gamma"})
         settings.run.modules.push_back(isp_case::find_module(name));
     settings.keep_bytes = settings.keep_platform_records = true;
-    isp_case::dump_writer writer(dir.path(), settings);
+    const std::string dump                               = dir.mkdir("dump");
+    isp_case::dump_writer writer(dump, settings);
     std::vector<std::string> pushed; /* every push's bytes, pointer members cleared */
     const isp_case::replay_result result =
         isp_case::replay(settings, [&](const isp_case::replay_step &step) {
@@ -977,16 +987,15 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
     EXPECT_TRUE(result.platform_problems.empty());
     const isp_case::dump_summary summary = writer.summary();
     EXPECT_TRUE(summary.problems.empty());
-    // 3 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups); frame 2 reads f1 again, so setup and
-    // frame 1 give every object: 13 distinct groups and the two partition-size arrays behind cc
-    // init, each decoded once; no C-model file for cc init and lsc mesh, one per partition for
-    // lsc coord
+    // 4 loads x (3 wbc + 3 cc + 3 lsc + 3 gamma groups); setup and frame 1 give 13 distinct
+    // groups and the two partition-size arrays behind cc init, frame 2 one more wbc ctrl, each
+    // decoded once; no C-model file for cc init and lsc mesh, one per partition for lsc coord
     EXPECT_EQ((std::vector<size_t>{summary.pushes, summary.raw_objects, summary.decoded_files,
                                    summary.cmodel_files}),
-              (std::vector<size_t>{36, 15, 13, 13}));
+              (std::vector<size_t>{48, 16, 14, 14}));
 
     // the store read back is the run, push for push
-    const isp_case::dump d = isp_case::open_dump(dir.path());
+    const isp_case::dump d = isp_case::open_dump(dump);
     ASSERT_EQ(d.pushes.size(), pushed.size());
     for (size_t i = 0; i < pushed.size(); ++i)
         EXPECT_EQ(isp_case::read_push(d, d.pushes[i]).bytes, pushed[i]) << i;
@@ -998,9 +1007,9 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
         return isp_case::dump_push();
     };
     // d_gain 1.0 in u10.8, four gains 1.0 in u4.8, clip level 1023.0 in u14.6, little-endian
-    EXPECT_EQ(isp_case::read_push(d, push_of("frame2", "wbc", 1)).bytes,
+    EXPECT_EQ(isp_case::read_push(d, push_of("frame1", "wbc", 1)).bytes,
               std::string("\x00\x01\x00\x00\x00\x01\x00\x01\x00\x01\x00\x01\xc0\xff\x00\x00", 16));
-    EXPECT_EQ(read_file(dir.path() + "/" + push_of("frame2", "wbc", 1).cmodel.at(0)),
+    EXPECT_EQ(read_file(dump + "/" + push_of("frame1", "wbc", 1).cmodel.at(0)),
               "{\n  \"clip_level\": 1023,\n  \"d_gain\": 1,\n  \"wb_gain\": [\n    1,\n    1,\n"
               "    1,\n    1\n  ]\n}\n\n");
     // the colour-correction init group: clock bit 0, its two pointers cleared; the partition
@@ -1020,7 +1029,7 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
          R"({"code":256,"count":1,"elem_size":4,"format":"u10.8","name":"d_gain","offset":0,)"
          R"("per_partition":false,"pointer":false,"register":"isp_wbc.d_gain.val",)"
          R"("signed":false,"value":1})"},
-        {"frame2/wbc/cmd01_ctrl", "wb_gain",
+        {"frame3/wbc/cmd01_ctrl", "wb_gain",
          R"({"codes":[256,256,256,256],"count":4,"elem_size":2,"format":"u4.8","name":"wb_gain",)"
          R"("offset":4,"per_partition":false,"pointer":false,)"
          R"("register":"isp_wbc.wb_gain0.val0","registers":["isp_wbc.wb_gain0.val0",)"
@@ -1047,33 +1056,75 @@ TEST(IspCaseDump, RawBytesAndDecodedMembersOfEachKind) {
             row.file.substr(step.size() + 1, row.file.rfind('/') - step.size() - 1);
         const uint32_t cmd = uint32_t(std::stoul(row.file.substr(row.file.rfind("cmd") + 3, 2)));
         const picojson::value decoded =
-            read_json_file(dir.path() + "/" + push_of(step, module, cmd).json);
+            read_json_file(dump + "/" + push_of(step, module, cmd).json);
         std::string found;
         for (const picojson::value &m : decoded.get("members").get<picojson::array>())
             if (m.get("name").to_str() == row.member) found = m.serialize();
         EXPECT_EQ(found, row.expected) << row.file << " " << row.member;
     }
 
-    // frame 2 pushed what frame 1 did: one entry for it
-    const picojson::value manifest = read_json_file(dir.path() + "/manifest.json");
-    const picojson::array &pushes  = manifest.get("pushes").get<picojson::array>();
-    ASSERT_EQ(pushes.size(), 25u);
-    EXPECT_EQ(pushes[24].serialize(),
-              R"({"same_as":1,"step":{"dir":1,"frame":2,"phase":"frame"},"step_dir":"frame2"})");
-    const std::string coord = "decoded\\/lsc\\/cmd02_coord-a7e79164fda4ff22";
-    EXPECT_EQ(pushes[19].serialize(),  // the load of lsc coord in frame 1
-              R"({"block":"lsc","channel":0,"cmd":2,"files":{"cmodel":[")" + coord +
-                  R"(.p0.cmodel.json",")" + coord + R"(.p1.cmodel.json",")" + coord +
-                  R"(.p2.cmodel.json",")" + coord + R"(.p3.cmodel.json"],"json":")" + coord +
-                  R"(.json"},"group":"coord","module":"lsc",)"
-                  R"("object":"a7e79164fda4ff228930f3a97516c00f2253bdfb2d2f3b24d6738c7cfd9951a3",)"
-                  R"("pointees":{},"size":4108,)"
-                  R"("sources":[{"channel":0,"file":"cfgs\/f1\/rtl_lsc_p0.json","partition":0},)"
-                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p1.json","partition":1},)"
-                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p2.json","partition":2},)"
-                  R"({"channel":0,"file":"cfgs\/f1\/rtl_lsc_p3.json","partition":3}],)"
-                  R"("step":{"dir":1,"frame":1,"phase":"frame"},"step_dir":"frame1",)"
-                  R"("type":"_isp_lsc_user_coord_t"})");
+    // frame 2 is frame 1 but for wbc ctrl (the first push), frame 3 repeats frame 2; the
+    // pushes name their step's register files without listing them
+    const picojson::value manifest = read_json_file(dump + "/manifest.json");
+    const picojson::array &steps   = manifest.get("steps").get<picojson::array>();
+    ASSERT_EQ(steps.size(), 4u);
+    EXPECT_EQ(steps[2].get("except").serialize(),
+              R"({"0":{"block":"wbc","channel":0,"cmd":1,"files":{"cmodel":["decoded\/wbc\/)"
+              R"(cmd01_ctrl-48011ca27b5022a4.cmodel.json"],"json":"decoded\/wbc\/cmd01_ctrl-)"
+              R"(48011ca27b5022a4.json"},"group":"ctrl","module":"wbc","object":"48011ca27b50)"
+              R"(22a47727f7ab7cf66e6809a5322a77aeb8dc689444f1793d5ebb","size":16,)"
+              R"("type":"_isp_wbc_user_ctrl_t"}})");
+    EXPECT_EQ(steps[3].serialize(),
+              R"({"same_as":2,"step":{"dir":2,"frame":3,"phase":"frame"},"step_dir":"frame3"})");
+    EXPECT_EQ(
+        read_file(dump + "/index.txt").substr(read_file(dump + "/index.txt").find("frame 2")),
+        "frame 2 (f2): the pushes of frame 1, but\n  wbc/cmd01_ctrl                           "
+        "decoded/wbc/cmd01_ctrl-48011ca27b5022a4.json\nframe 3 (f2 again): the pushes of "
+        "frame 2\n");
+}
+
+/* Two dumps written at once into one store keep each structure once; a damaged store is refused
+ * naming the pack or the index and the object. */
+TEST(IspCaseDump, SharedStoreKeepsStructuresOnceAndRefusesDamage) {
+    temp_dir dir;
+    const std::string base   = dir.path() + "/base",
+                      replay = ISP_CASE_EMULATOR " '" ISP_CASE_TOOL "' replay " ISP_SAMPLE_CASE_DIR
+                                                 " -q",
+                      raw_only = " --raw-only --store " + base + " --dump " + base + "/";
+    ASSERT_EQ(std::system((replay + raw_only + "a >/dev/null & " + replay + raw_only +
+                           "b >/dev/null; wait $!")
+                              .c_str()),
+              0);
+    const std::string own = dump_of(dir, "own", ISP_SAMPLE_CASE_DIR, "--raw-only");
+    std::vector<std::string> files;
+    for (const auto &[name, bytes] : tree(base)) files.push_back(name);
+    EXPECT_EQ(files, (std::vector<std::string>{"a/manifest.json", "b/manifest.json", "objects.idx",
+                                               "objects.pack"}));
+    EXPECT_EQ(read_json_file(base + "/a/manifest.json").get("store").to_str(), "..");
+    // the store is what one dump alone keeps, however the two writers interleaved
+    for (const char *file : {"/objects.idx", "/objects.pack"})
+        EXPECT_EQ(fs::file_size(base + file), fs::file_size(own + file)) << file;
+    for (const char *name : {"/a", "/b"})
+        EXPECT_EQ(run_tool(dir, "diff " + own + " " + base + name).status, 0) << name;
+
+    const std::string idx = read_file(own + "/objects.idx");
+    std::string pack      = read_file(own + "/objects.pack");
+    pack[0] ^= 1;  // the first object: ifa setup's 4 bytes
+    std::ofstream(own + "/objects.pack", std::ios::binary) << pack;
+    tool_run run = run_tool(dir, "diff " + own + " " + base + "/a");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "isp-case diff: " + own + "/objects.pack: object " + idx.substr(0, 64) +
+                           " (4 bytes at 0) does not match its hash\n");
+
+    const std::string last = idx.substr(idx.rfind('\n', idx.size() - 2) + 1);
+    std::ofstream(base + "/objects.idx", std::ios::binary)
+        << idx.substr(0, idx.size() - last.size());
+    run = run_tool(dir, "diff " + base + "/a " + base + "/b");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err.substr(0, run.err.find(": push ")),
+              "isp-case diff: " + base + "/a/manifest.json");
+    EXPECT_EQ(run.err.substr(run.err.find(": object ")),
+              ": object " + last.substr(0, 64) + " is not in the store " + base + "/objects.idx\n");
 }
 
 /* One register value changed in f1, one module left out, a damaged dump; two dumps of one case
@@ -1102,9 +1153,22 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
     EXPECT_TRUE(tree(a) == tree(dump_of(dir, "a2", ISP_SAMPLE_CASE_DIR)));  // byte for byte
     const std::string cut = dump_of(dir, "cut", ISP_SAMPLE_CASE_DIR);
     fs::resize_file(cut + "/objects.pack", 7);
+    const std::string broken = copy_sample(dir, "broken");
+    std::ofstream(broken + "/cfgs/f1/rtl_wbc_p2.json") << "{";
+    /* the replays of cases go to a temporary directory of the test's, left empty */
+    const std::string scratch = dir.path() + "/tmp";
+    fs::create_directory(scratch);
+    const char *tmpdir           = std::getenv("TMPDIR");
+    const std::string old_tmpdir = tmpdir ? tmpdir : "";
+    setenv("TMPDIR", scratch.c_str(), 1);
 
-    const std::string d_gain =
-        "    cmd01_ctrl d_gain: code 256 -> 512, value 1 -> 2 (isp_wbc.d_gain.val)";
+    // frame 2 reads f1 again: one entry for both frames
+    const std::string files  = " in cfgs/f1/rtl_wbc_p0.json, cfgs/f1/rtl_wbc_p1.json and 2 more",
+                      d_gain = "    ctrl.d_gain at isp_wbc.d_gain.val" + files +
+                               ": code 256 | 512, value 1 | 2";
+    const std::string two =
+        "summary: 465 pushes in A, 465 in B; 2 differ (2 differences), 0 only "
+        "in A, 0 only in B";
     const struct {
         std::string args;
         int status;
@@ -1118,9 +1182,7 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
          ""},
         {a + " " + b,
          1,
-         {"frame 1 (f1)", "  wbc", d_gain, "frame 2 (f1 again)",
-          "summary: 465 pushes in A, 465 in B; 2 differ (2 differences), 0 only in A, 0 only in B",
-          "result: different"},
+         {"frames 1-2 (f1, then f1 again)", "  wbc", d_gain, two, "result: different"},
          ""},
         // codes reach the hardware: no tolerance hides them
         {a + " " + b + " --tolerance 1000", 1, {"result: different"}, ""},
@@ -1131,10 +1193,27 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
          ""},
         {a + " " + c,
          1,
-         {"  gamma", "    only in A: cmd01_setup, cmd02_dither, cmd03_lut",
+         {"setup (f0) to frame 2 (f1 again)", "  gamma",
+          "    only in A: cmd01_setup, cmd02_dither, cmd03_lut",
           "summary: 465 pushes in A, 456 in B; 0 differ (0 differences), 9 only in A, 0 only in B"},
          ""},
+        {a + " " + b + " --first",
+         1,
+         {"first divergence: frame 1 (f1): wbc.ctrl.d_gain at isp_wbc.d_gain.val" + files +
+              ": code 256 | 512, value 1 | 2",
+          "result: different"},
+         ""},
+        {a + " " + b + " --stat",
+         1,
+         {"  module  group  differences  pushes  only in A  only in B",
+          "  wbc     ctrl   2            2       0          0", two},
+         ""},
+        {a + " " + b + " --quiet", 1, {}, ""},
+        // cases are replayed for the comparison, a case beside a dump as that dump was made
+        {std::string(ISP_SAMPLE_CASE_DIR) + " " + changed, 1, {d_gain, two}, ""},
+        {std::string(ISP_SAMPLE_CASE_DIR) + " " + c + " -q", 0, {}, ""},
         {a + " " + b + " --tolerance nan", 2, {}, "--tolerance: nan is not a finite number\n"},
+        {a + " " + b + " --first --stat", 2, {}, "--first excludes --stat\n"},
         {a + " " + cut,
          3,
          {},
@@ -1142,24 +1221,44 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
              "be1e25032d4050e17998904d09610417e4a77316fddefdd9e5b5ee7ff329b133 (408 bytes at 4) "
              "that " +
              cut + "/objects.idx lists\n"},
+        {broken + " " + a,
+         3,
+         {},
+         "isp-case replay: 1 file(s) of " + broken + " would stop the library:\n"},
     };
     for (const auto &row : cases) {
         const tool_run run = run_tool(dir, "diff " + row.args);
         EXPECT_EQ(run.status, row.status) << row.args << "\n" << run.out << run.err;
         expect_lines(run.out, row.out);
+        if (row.args.find("-q") != std::string::npos) {
+            EXPECT_EQ(run.out, "") << row.args;
+        }
         EXPECT_EQ(run.err.substr(0, run.err.find('\n') + 1), row.err) << row.args;
     }
+    EXPECT_EQ(last_lines(run_tool(dir, "diff " + broken + " " + a).err, 1),
+              lines_t{"isp-case diff: " + broken + ": cannot be replayed: 1 file(s) of " + broken +
+                      " would stop the library"});
+    if (tmpdir)
+        setenv("TMPDIR", old_tmpdir.c_str(), 1);
+    else
+        unsetenv("TMPDIR");
+    EXPECT_TRUE(fs::is_empty(scratch));
+
     const tool_run json          = run_tool(dir, "diff " + a + " " + b + " --format json");
     const picojson::value report = isp_test::parse_object(json.out)["differences"];
-    ASSERT_EQ(report.get<picojson::array>().size(), 2u) << json.out;
-    EXPECT_EQ(report.get<picojson::array>()[1].serialize(),
+    ASSERT_EQ(report.get<picojson::array>().size(), 1u) << json.out;
+    EXPECT_EQ(report.get<picojson::array>()[0].serialize(),
               R"({"a":{"code":256,"format":"u10.8","register":"isp_wbc.d_gain.val","value":1},)"
               R"("b":{"code":512,"format":"u10.8","register":"isp_wbc.d_gain.val","value":2},)"
               R"("channel":0,"cmd":1,"file_a":"decoded\/wbc\/cmd01_ctrl-c024260ded49453e.json",)"
-              R"("file_b":"decoded\/wbc\/cmd01_ctrl-48011ca27b5022a4.json","group":"ctrl",)"
-              R"("index":null,)"
-              R"("kind":"code","member":"d_gain","module":"wbc",)"
-              R"j("step":{"dir":1,"frame":2,"phase":"frame"},"step_name":"frame 2 (f1 again)"})j");
+              R"("file_b":"decoded\/wbc\/cmd01_ctrl-48011ca27b5022a4.json",)"
+              R"("files":["cfgs\/f1\/rtl_wbc_p0.json","cfgs\/f1\/rtl_wbc_p1.json",)"
+              R"("cfgs\/f1\/rtl_wbc_p2.json","cfgs\/f1\/rtl_wbc_p3.json"],"group":"ctrl",)"
+              R"("index":null,"kind":"code","last_step":{"dir":1,"frame":2,"phase":"frame"},)"
+              R"("member":"d_gain","module":"wbc","step":{"dir":1,"frame":1,"phase":"frame"},)"
+              R"j("step_name":"frames 1-2 (f1, then f1 again)","steps":2,)j"
+              R"("text":"wbc.ctrl.d_gain at isp_wbc.d_gain.val in cfgs\/f1\/rtl_wbc_p0.json, )"
+              R"(cfgs\/f1\/rtl_wbc_p1.json and 2 more: code 256 | 512, value 1 | 2"})");
 }
 
 /* The recorder preloaded into a replay: what the library handed the wrapper, read by diff as a
@@ -1207,9 +1306,10 @@ TEST(IspCaseRecording, PreloadedRecorderMatchesTheToolsDumpAndNeverChangesTheRep
     const tool_run different = run_tool(dir, "diff " + dir.path() + "/other " + dump);
     EXPECT_EQ(different.status, 1) << different.out << different.err;
     expect_lines(different.out,
-                 {"frame 1 (f1)", "  wbc",
-                  "    cmd01_ctrl d_gain: code 512 -> 256, value 2 -> 1 (isp_wbc.d_gain.val)",
-                  "frame 2 (f1 again)", "result: different"});
+                 {"frames 1-2 (f1, then f1 again)", "  wbc",
+                  "    ctrl.d_gain at isp_wbc.d_gain.val in cfgs/f1/rtl_wbc_p0.json, "
+                  "cfgs/f1/rtl_wbc_p1.json and 2 more: code 512 | 256, value 2 | 1",
+                  "result: different"});
 }
 
 /* Places the dump and the export cannot use: one line on standard error naming the place and
@@ -1396,6 +1496,124 @@ TEST(IspCaseReport, AgainstShowsBothCurvesAndMarksTheChange) {
     EXPECT_EQ(drawn, 2u);
     // the lut group of setup and of frame 1, nothing else
     EXPECT_EQ(of_all(elements, "details", "open").size(), 2u);
+}
+
+/* A stored run per case: unchanged, it passes; one value changed in one frame of one case fails
+ * that case alone, named in register terms; cases added to or gone from the suite are named;
+ * ignored members and the rewrite of what differs. */
+TEST(IspCaseBaseline, ChangedAddedAndRemovedCasesAreNamedAgainstTheStoredRuns) {
+    const temp_dir dir;
+    for (const char *name : {"a", "b", "c"}) copy_sample(dir, std::string("suite/") + name);
+    const std::string suite = dir.path() + "/suite", base = dir.path() + "/base";
+    const std::string batch = "batch " + suite + " --frames 2 -j 2 --baseline " + base;
+    ASSERT_EQ(run_tool(dir, "batch " + suite + " --frames 2 --save-baseline " + base).status, 0);
+    const tool_run same = run_tool(dir, batch);
+    EXPECT_EQ(same.status, 0) << same.out << same.err;
+    expect_lines(same.out, {"  cases       3 run, 3 passed, 0 failed"});
+
+    for (int p = 0; p < 4; ++p)
+        replace_in(suite + "/b/cfgs/f1/rtl_wbc_p" + std::to_string(p) + ".json", "\"val1\": 256",
+                   "\"val1\": 300");
+    const std::string first =
+        "baseline: frame 1 (f1): wbc.ctrl.wb_gain[1] at isp_wbc.wb_gain0.val1 in "
+        "cfgs/f1/rtl_wbc_p0.json, cfgs/f1/rtl_wbc_p1.json and 2 more: code 256 | 300, value 1 | "
+        "1.171875; 1 more difference";
+    const tool_run changed = run_tool(dir, batch + " --json " + dir.path() + "/r.json");
+    EXPECT_EQ(changed.status, 1);
+    expect_lines(changed.out,
+                 {"  cases       3 run, 2 passed, 1 failed", "  failed      b: " + first});
+    const picojson::array cases =
+        isp_test::parse_object(read_file(dir.path() + "/r.json"))["cases"].get<picojson::array>();
+    ASSERT_EQ(cases.size(), 3u);
+    EXPECT_EQ(cases[0].get("baseline").get("state").to_str(), "same");
+    picojson::object divergence =
+        cases[1].get("baseline").get("first_divergence").get<picojson::object>();
+    EXPECT_EQ(divergence["text"].to_str(), first.substr(10));
+    divergence.erase("text");
+    EXPECT_EQ(
+        picojson::value(divergence).serialize(),
+        R"({"codes":[256,300],"element":1,"files":["cfgs\/f1\/rtl_wbc_p0.json",)"
+        R"("cfgs\/f1\/rtl_wbc_p1.json","cfgs\/f1\/rtl_wbc_p2.json","cfgs\/f1\/rtl_wbc_p3.json"],)"
+        R"("frame_dir":"f1","group":"ctrl","kind":"code","member":"wb_gain","module":"wbc",)"
+        R"("more":1,"register":"isp_wbc.wb_gain0.val1","step":"frame 1","values":[1,1.171875]})");
+
+    // members known to vary, on the command line or in a file
+    EXPECT_EQ(run_tool(dir, batch + " --ignore 'wbc.ctrl.wb_*'").status, 0);
+    std::ofstream(dir.path() + "/ignore") << "# white balance varies\n\n  wbc.*.wb_gain  \n";
+    EXPECT_EQ(run_tool(dir, batch + " --ignore-file " + dir.path() + "/ignore").status, 0);
+    EXPECT_EQ(run_tool(dir, batch + " --ignore 'wbc.ctrl.d_*'").status, 1);
+
+    copy_sample(dir, "suite/d");
+    fs::remove_all(suite + "/c");
+    const tool_run moved = run_tool(dir, batch);
+    EXPECT_EQ(moved.status, 1);
+    expect_lines(moved.out, {"  failed      d: baseline: not in baseline",
+                             "  failed      c: in the baseline, not in the suite"});
+
+    const tool_run update = run_tool(dir, batch + " --update-baseline");
+    expect_lines(update.out, {"  cases       3 run, 3 passed, 0 failed",
+                              "  rewritten   b (updated), d (added)"});
+    fs::remove_all(base + "/c");
+    const tool_run again = run_tool(dir, batch);
+    EXPECT_EQ(again.status, 0) << again.out;
+
+    // a store cut short fails every case with the reader's reason, and is not taken as a change
+    fs::resize_file(base + "/objects.pack", 7);
+    const tool_run cut = run_tool(dir, batch + " --update-baseline");
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_EQ(count_lines_starting(cut.out, "  failed      b: baseline: " + base +
+                                                "/objects.pack: 7 bytes, too short for object"),
+              1u)
+        << cut.out;
+    EXPECT_EQ(cut.out.find("rewritten"), std::string::npos);
+}
+
+/* The reports of a suite's shards as one: every case once, a shard without a report named with
+ * its cases, reports that do not belong together refused. */
+TEST(IspCaseMerge, ShardReportsMergeIntoOneAndMissingShardsAreNamed) {
+    const temp_dir dir;
+    for (const char *name : {"a", "b", "c"}) copy_sample(dir, std::string("suite/") + name);
+    replace_in(dir.path() + "/suite/c/cfgs/f1/rtl_wbc_p2.json", "\"val1\": 256", "\"val1\": 300");
+    const std::string out = dir.path() + "/";
+    for (const char *k : {"1", "2", "3"})
+        run_tool(dir, "batch " + out + "suite --frames 1 --strict --shard " + k + "/3 --json " +
+                          out + "s" + k + ".json");
+    run_tool(dir, "batch " + out + "suite --frames 1 --shard 1/2 --json " + out + "half.json");
+    run_tool(dir, "batch " + out + "suite/a --frames 1 --json " + out + "other.json");
+
+    const tool_run all = run_tool(dir, "merge " + out + "s1.json " + out + "s3.json " + out +
+                                           "s2.json --junit " + out + "all.xml");
+    EXPECT_EQ(all.status, 1) << all.out << all.err;
+    expect_lines(all.out, {"  cases       3 in the suite, 3 run, 2 passed, 1 failed, 0 missing"});
+    EXPECT_EQ(count_lines_starting(all.out, "  failed      c: check: 0 errors, 1 warning"), 1u)
+        << all.out;
+
+    const tool_run gap = run_tool(
+        dir, "merge " + out + "s1.json " + out + "s3.json --junit " + out + "m.xml --format json");
+    EXPECT_EQ(gap.status, 1);
+    picojson::object merged = isp_test::parse_object(gap.out);
+    EXPECT_EQ(merged["missing_shards"].serialize(), "[2]");
+    EXPECT_EQ(merged["missing_cases"].serialize(), R"(["b"])");
+    const std::string junit = read_file(out + "m.xml");
+    EXPECT_NE(junit.find("tests=\"3\" failures=\"2\""), std::string::npos) << junit;
+    EXPECT_NE(junit.find("<failure message=\"shard 2/3: no report\" type=\"missing\">"),
+              std::string::npos);
+    const tool_run text = run_tool(dir, "merge " + out + "s1.json " + out + "s3.json");
+    expect_lines(text.out, {"shard 2/3  missing: no report", "  missing     shard 2/3: b"});
+
+    const struct {
+        std::string second, err;
+    } refused[] = {
+        {"s1.json", "s1.json: shard 1/3 again (" + out + "s1.json has it)"},
+        {"half.json", "half.json: shard 1/2, but " + out + "s1.json is a shard of 3"},
+        {"other.json", "other.json: a shard of another suite (1 case, id "},
+        {"m.xml", "m.xml: not JSON"},
+    };
+    for (const auto &row : refused) {
+        const tool_run run = run_tool(dir, "merge " + out + "s1.json " + out + row.second);
+        EXPECT_EQ(run.status, 3) << row.second;
+        EXPECT_EQ(run.err.rfind("isp-case merge: " + out + row.err, 0), 0u) << run.err;
+    }
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 
 #include <fmt/core.h>
 
+#include "isp_framework.h"
+
 namespace isp_case {
 namespace {
 
@@ -35,6 +37,29 @@ element_side side_of(const dump_member &m, long index) {
     s.code    = m.codes[k];
     s.value   = k < m.values.size() ? m.values[k] : NAN;
     return s;
+}
+
+void add_files(std::vector<std::string> &files, const dump_push *p, const dump_member *m,
+               long index) {
+    if (!p) return;
+    const auto add = [&](const dump_source &s) {
+        if (std::find(files.begin(), files.end(), s.file) == files.end()) files.push_back(s.file);
+    };
+    if (m && m->per_partition && index >= 0) {
+        /* partition p's elements come p-th, as many each as the structure holds per partition */
+        const long per = m->count >= ISP_MAX_PARTITIONS ? long(m->count / ISP_MAX_PARTITIONS) : 1;
+        for (const dump_source &s : p->sources)
+            if (s.partition == index / per) return add(s);
+    }
+    for (const dump_source &s : p->sources) add(s);
+}
+
+/* the element's register files, as both runs name them */
+std::vector<std::string> files_of(const difference &d, const dump_member *m, const dump_member *n) {
+    std::vector<std::string> files;
+    add_files(files, d.a, m, d.index);
+    add_files(files, d.b, n ? n : m, d.index);
+    return files;
 }
 
 bool values_apart(double x, double y, double tolerance) {
@@ -111,7 +136,8 @@ void compare_structures(const decoded_push &a, const decoded_push &b, double tol
     if (a.members.empty() && b.members.empty()) {
         /* no layout on either side: the bytes are all there is to compare */
         if (a.bytes != b.bytes) {
-            d.kind = difference_kind::bytes;
+            d.kind  = difference_kind::bytes;
+            d.files = files_of(d, nullptr, nullptr);
             sink(d);
         }
         return;
@@ -123,6 +149,7 @@ void compare_structures(const decoded_push &a, const decoded_push &b, double tol
         d.index       = -1;
         d.count       = m.codes.size();
         d.in_a        = side_of(m, -1);
+        d.files       = files_of(d, &m, nullptr);
         const auto it = in_b.find(m.name);
         if (it == in_b.end()) {
             d.kind = difference_kind::member_only_in_a;
@@ -147,6 +174,7 @@ void compare_structures(const decoded_push &a, const decoded_push &b, double tol
             d.index = scalar ? -1 : long(k);
             d.in_a  = side_of(m, long(k));
             d.in_b  = side_of(n, long(k));
+            if (m.per_partition || n.per_partition) d.files = files_of(d, &m, &n);
             if (!d.in_a.present || !d.in_b.present || d.in_a.code != d.in_b.code)
                 d.kind = difference_kind::code;
             else if (values_apart(d.in_a.value, d.in_b.value, tolerance))
@@ -164,6 +192,7 @@ void compare_structures(const decoded_push &a, const decoded_push &b, double tol
             d.member = n.name;
             d.count  = n.codes.size();
             d.in_b   = side_of(n, -1);
+            d.files  = files_of(d, nullptr, &n);
             sink(d);
         }
 }
@@ -197,10 +226,12 @@ comparison_summary compare_dumps(const dump &a, const dump &b, const compare_opt
 
     comparison_summary summary;
     const difference_sink counted = [&](const difference &d) {
+        if (options.limit && summary.differences >= options.limit) return;
         ++summary.differences;
         sink(d);
     };
     for (const auto &[i, j] : order) {
+        if (options.limit && summary.differences >= options.limit) break;
         summary.pushes_a += i != none;
         summary.pushes_b += j != none;
         difference d;
@@ -210,6 +241,7 @@ comparison_summary compare_dumps(const dump &a, const dump &b, const compare_opt
         if (i == none || j == none) {
             d.kind = i == none ? difference_kind::push_only_in_b : difference_kind::push_only_in_a;
             ++(i == none ? summary.only_b : summary.only_a);
+            d.files = files_of(d, nullptr, nullptr);
             counted(d);
             continue;
         }

@@ -45,6 +45,12 @@ struct element_side {
     std::string format, location;
 };
 
+/* One difference in register terms: in_a.location and in_b.location are the register path of
+ * the row that fills this element (a member's rows differ element by element: the colour
+ * matrix's second row, a curve's last point), the member's first row for member-wide kinds;
+ * files are the register files the element came from, relative to the case: the partition's
+ * own file for an element of a per-partition member, every file the push was converted from
+ * otherwise, A's first and then those only B names. */
 struct difference {
     difference_kind kind = difference_kind::code;
     const dump_push *a = nullptr, *b = nullptr; /* the paired pushes; one is null for only_in */
@@ -53,6 +59,7 @@ struct difference {
     long index   = -1; /* element; -1 for a scalar and for member-wide differences */
     size_t count = 0;  /* elements of the member, on the side that has more */
     element_side in_a, in_b;
+    std::vector<std::string> files; /* "cfgs/f2/rtl_wbc_p0.json"; none for teardown's pushes */
 
     const dump_push &push() const { return a ? *a : *b; }
 };
@@ -60,6 +67,7 @@ struct difference {
 struct compare_options {
     double tolerance = 0.0;
     std::optional<int> frame; /* the step that read cfgs/fN only (is_frame_step) */
+    size_t limit = 0;         /* stop reading after this many differences; 0: read all */
 };
 
 struct comparison_summary {
@@ -75,7 +83,8 @@ std::string tolerance_problem(double tolerance);
 std::vector<std::string> header_notes(const dump &a, const dump &b);
 
 /* Hands every difference to sink in the order of the runs (step, then module), pushes read one
- * pair at a time; throws dump_error for a push that cannot be read. */
+ * pair at a time; throws dump_error for a push that cannot be read. With a limit, the pushes
+ * after the one that reached it are not read and the summary counts what was read. */
 using difference_sink = std::function<void(const difference &)>;
 comparison_summary compare_dumps(const dump &a, const dump &b, const compare_options &options,
                                  const difference_sink &sink);

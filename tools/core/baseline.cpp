@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include "tools/compare/engine.h"
+#include "tools/compare/wording.h"
 #include "tools/core/run_record.h"
 #include "tools/dump/decode.h"
 #include "tools/dump/manifest.h"
@@ -25,15 +26,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const int k_max_depth = 32; /* directory levels searched for stored runs */
-
-/* "256", "1.5": the shortest text that reads back as the number */
-std::string number(double x) {
-    return fmt::format("{}", x);
-}
-
-std::string pair_text(const std::optional<double> &a, const std::optional<double> &b) {
-    return fmt::format("{} | {}", a ? number(*a) : "-", b ? number(*b) : "-");
-}
 
 picojson::value optional_number(const std::optional<double> &x) {
     return x ? json_number(*x) : picojson::value();
@@ -59,9 +51,9 @@ void search(const fs::path &dir, const fs::path &root, int depth, std::vector<st
 
 }  // namespace
 
-divergence divergence_of(const difference &d) {
+divergence_fields divergence_of(const difference &d, size_t more) {
     const dump_push &p = d.push();
-    divergence v;
+    divergence_fields v;
     v.kind   = kind_name(d.kind);
     v.step   = step_name(p.step);
     v.module = p.module;
@@ -70,45 +62,19 @@ divergence divergence_of(const difference &d) {
     v.member        = d.member;
     v.element       = d.index;
     v.register_path = !d.in_a.location.empty() ? d.in_a.location : d.in_b.location;
+    v.files         = d.files;
     if (d.in_a.present) v.code_a = d.in_a.code;
     if (d.in_b.present) v.code_b = d.in_b.code;
     if (d.in_a.present && std::isfinite(d.in_a.value)) v.value_a = d.in_a.value;
     if (d.in_b.present && std::isfinite(d.in_b.value)) v.value_b = d.in_b.value;
+    v.text = first_divergence_text(d, more);
     return v;
-}
-
-std::string divergence_text(const divergence &first, size_t more) {
-    std::string where = first.step;
-    if (!first.frame_dir.empty()) where += fmt::format(" ({})", first.frame_dir);
-    std::string what = first.module + "." + first.group;
-    if (!first.member.empty()) what += "." + first.member;
-    if (first.element >= 0) what += fmt::format("[{}]", first.element);
-    if (!first.register_path.empty()) what += " " + first.register_path;
-    std::string detail;
-    if (first.kind == "push_only_in_a")
-        detail = "pushed by the baseline only";
-    else if (first.kind == "push_only_in_b")
-        detail = "pushed by this build only";
-    else if (first.kind == "member_only_in_a")
-        detail = "member of the baseline only";
-    else if (first.kind == "member_only_in_b")
-        detail = "member of this build only";
-    else if (first.kind == "code" || first.kind == "value")
-        detail = fmt::format("code {}, value {}", pair_text(first.code_a, first.code_b),
-                             pair_text(first.value_a, first.value_b));
-    else
-        detail = first.kind + " differs";
-    std::string text = fmt::format("{}: {}: {}", where, what, detail);
-    if (more) text += fmt::format("; {} more difference{}", more, more == 1 ? "" : "s");
-    return text;
 }
 
 std::string baseline_reason(const baseline_outcome &outcome) {
     switch (outcome.state) {
         case baseline_state::differs:
-            return "baseline: " + (outcome.first
-                                       ? divergence_text(*outcome.first, outcome.differences - 1)
-                                       : std::string("differs"));
+            return "baseline: " + (outcome.first ? outcome.first->text : std::string("differs"));
         case baseline_state::missing:
             return "baseline: not in baseline";
         case baseline_state::unreadable:
@@ -123,7 +89,7 @@ json_fields baseline_outcome_json(const baseline_outcome &outcome) {
     o.add("state", enum_name(baseline_state_names, outcome.state))
         .add("differences", outcome.differences);
     if (outcome.first) {
-        const divergence &d = *outcome.first;
+        const divergence_fields &d = *outcome.first;
         o.add(
             "first_divergence",
             json_fields()
@@ -135,11 +101,13 @@ json_fields baseline_outcome_json(const baseline_outcome &outcome) {
                 .add("member", d.member)
                 .add("element", d.element >= 0 ? json_number(double(d.element)) : picojson::value())
                 .add("register", d.register_path)
+                .add("files", json_texts(d.files))
                 .add("codes", picojson::value(picojson::array{optional_number(d.code_a),
                                                               optional_number(d.code_b)}))
                 .add("values", picojson::value(picojson::array{optional_number(d.value_a),
                                                                optional_number(d.value_b)}))
-                .add("more", outcome.differences - 1));
+                .add("more", outcome.differences - 1)
+                .add("text", d.text));
     } else {
         o.add_null("first_divergence");
     }
@@ -158,14 +126,17 @@ bool baseline_outcome_from_json(const picojson::value &value, baseline_outcome &
     read.differences = size_t(count.get<double>());
     read.problem     = problem.get<std::string>();
     if (first.is<picojson::object>()) {
-        divergence d;
+        divergence_fields d;
         const auto text = [&](const char *key) {
             const picojson::value &v = first.get(key);
             return v.is<std::string>() ? v.get<std::string>() : std::string();
         };
         d.kind = text("kind"), d.step = text("step"), d.frame_dir = text("frame_dir");
         d.module = text("module"), d.group = text("group"), d.member = text("member");
-        d.register_path = text("register");
+        d.register_path = text("register"), d.text = text("text");
+        if (first.get("files").is<picojson::array>())
+            for (const picojson::value &f : first.get("files").get<picojson::array>())
+                d.files.push_back(f.is<std::string>() ? f.get<std::string>() : "");
         if (first.get("element").is<double>()) d.element = long(first.get("element").get<double>());
         const picojson::value &codes = first.get("codes"), &values = first.get("values");
         if (!codes.is<picojson::array>() || codes.get<picojson::array>().size() != 2 ||
@@ -217,11 +188,13 @@ baseline_outcome compare_with_baseline(const std::string &stored_dir, const std:
         const dump stored = open_dump(stored_dir), fresh = open_dump(fresh_dir);
         compare_options options;
         options.tolerance = settings.tolerance;
+        std::optional<difference> first; /* its pushes are the dumps', alive here */
         compare_dumps(stored, fresh, options, [&](const difference &d) {
             const dump_push &p = d.push();
             if (ignored_member(settings.ignore, p.module, p.group, d.member)) return;
-            if (!outcome.differences++) outcome.first = divergence_of(d);
+            if (!outcome.differences++) first = d;
         });
+        if (first) outcome.first = divergence_of(*first, outcome.differences - 1);
     } catch (const dump_error &e) {
         outcome.state   = baseline_state::unreadable;
         outcome.problem = e.what();
@@ -279,6 +252,13 @@ void stored_bytes_check::step(const replay_step &step) {
 
 bool stored_bytes_check::identical() const {
     return !differs_ && matched_ == stored_.pushes.size();
+}
+
+std::string baseline_case_dir(const std::string &baseline_dir, const std::string &case_name) {
+    std::string path = baseline_dir;
+    for (const fs::path &part : fs::path(case_name).relative_path())
+        if (part != "." && part != ".." && !part.empty()) path += "/" + part.string();
+    return path;
 }
 
 std::vector<std::string> baseline_cases(const std::string &dir) {

@@ -37,16 +37,19 @@ struct baseline_settings {
 };
 
 /* The first difference of a run from its stored one, as both sides have it: "a" is the
- * baseline, "b" the run of this build. */
-struct divergence {
+ * baseline, "b" the run of this build; with its line in register terms (first_divergence_text,
+ * how many more included), made where the dumps are at hand. */
+struct divergence_fields {
     std::string kind; /* the engine's name of the difference: "code", "value", "push_only_in_a" */
     std::string step, frame_dir;       /* "frame 2", "f2"; frame_dir empty for teardown */
     std::string module, group, member; /* member empty for a whole push */
     long element = -1;                 /* -1 for a scalar or the whole member */
     std::string register_path;
+    std::vector<std::string> files; /* the register files the element came from */
     std::optional<double> code_a, code_b, value_a, value_b;
+    std::string text;
 };
-divergence divergence_of(const difference &d);
+divergence_fields divergence_of(const difference &d, size_t more);
 
 #define ISP_CASE_BASELINE_STATES(X)                                               \
     X(none, "none")                                                               \
@@ -63,20 +66,12 @@ ISP_CASE_ENUM(baseline_state, ISP_CASE_BASELINE_STATES);
 struct baseline_outcome {
     baseline_state state = baseline_state::none;
     size_t differences   = 0; /* every difference not ignored */
-    std::optional<divergence> first;
+    std::optional<divergence_fields> first;
     std::string problem; /* why a run could not be saved or read */
-
-    bool passes() const {
-        return state != baseline_state::differs && state != baseline_state::missing &&
-               state != baseline_state::unreadable;
-    }
 };
 
-/* "frame 2 (f2): wbc.ctrl.d_gain[1] isp_wbc.gain_g: code 256 | 384, value 1 | 1.5; 3 more
- * differences" (baseline | this build): the one line that names a failing case's first
- * divergence. */
-std::string divergence_text(const divergence &first, size_t more);
-/* "baseline: ..." for a failure reason; empty when the outcome passes unchanged. */
+/* "baseline: ..." for the failure reason of a case that differs, is not in the baseline or
+ * cannot be compared; empty for one that passes (the same, saved, rewritten): the verdict. */
 std::string baseline_reason(const baseline_outcome &outcome);
 
 /* Its JSON, members in the documented order. */
@@ -114,6 +109,11 @@ class stored_bytes_check {
     size_t matched_ = 0;
     bool differs_   = false;
 };
+
+/* Where a case's run lies in a baseline directory: its name in the suite, without the parts
+ * that would lead out of the directory ("/", ".", ".."), as a case given by its path is named:
+ * "/data/cases/night" is stored as "data/cases/night". */
+std::string baseline_case_dir(const std::string &baseline_dir, const std::string &case_name);
 
 /* The names of the cases a baseline directory holds: every directory with a manifest.json,
  * relative to dir, sorted; a stored run's own directories are not searched. */

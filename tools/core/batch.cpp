@@ -409,7 +409,8 @@ json_fields baseline_json(const batch_settings &settings, const suite_facts &sui
 std::vector<std::string> only_in_baseline(const std::string &dir,
                                           const std::vector<batch_case> &found) {
     std::vector<std::string> names;
-    for (const batch_case &c : found) names.push_back(c.name);
+    const size_t root = dir.size() + 1;
+    for (const batch_case &c : found) names.push_back(baseline_case_dir(dir, c.name).substr(root));
     std::sort(names.begin(), names.end());
     std::vector<std::string> extra;
     for (const std::string &stored : baseline_cases(dir))

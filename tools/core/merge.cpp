@@ -13,6 +13,7 @@
 #include <picojson.h>
 
 #include "tools/core/batch.h"
+#include "tools/core/findings.h"
 #include "tools/core/settings.h"
 #include "tools/output/escape.h"
 #include "tools/output/files.h"
@@ -94,9 +95,11 @@ void check_fits(const std::vector<shard_report> &reports) {
     std::map<int, const shard_report *> seen;
     for (const shard_report &r : reports) {
         if (r.suite != first.suite)
-            throw merge_error{fmt::format(
-                "{}: a shard of another suite ({} cases, id {}) than {} ({} cases, id {})", r.file,
-                r.suite_cases.size(), r.suite, first.file, first.suite_cases.size(), first.suite)};
+            throw merge_error{
+                fmt::format("{}: a shard of another suite ({}, id {}) than {} ({}, "
+                            "id {})",
+                            r.file, counted(r.suite_cases.size(), "case"), r.suite, first.file,
+                            counted(first.suite_cases.size(), "case"), first.suite)};
         if (r.count != first.count)
             throw merge_error{fmt::format("{}: shard {}/{}, but {} is a shard of {}", r.file,
                                           r.index, r.count, first.file, first.count)};
@@ -192,8 +195,9 @@ int run_merge(const merge_settings &settings, std::FILE *out, std::FILE *err) {
             const shard_report &r = reports[size_t(at++)];
             size_t shard_passed   = 0;
             for (const merged_case &c : cases) shard_passed += c.shard == k && c.passed();
-            text += fmt::format("shard {}/{}  {:>4} cases  {:>4} passed  {:8.2f} s  {}\n", k, count,
-                                r.cases.size(), shard_passed, r.seconds, terminal_text(r.file));
+            text += fmt::format("shard {}/{}  {:>9}  {:>4} passed  {:8.2f} s  {}\n", k, count,
+                                counted(r.cases.size(), "case"), shard_passed, r.seconds,
+                                terminal_text(r.file));
         } else {
             text += fmt::format("shard {}/{}  missing: no report\n", k, count);
         }

@@ -1,6 +1,7 @@
 /* The manifest to JSON and back. */
 #include "tools/dump/manifest.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "tools/core/file_probe.h"
@@ -31,42 +32,75 @@ value step_json(const step_id &step) {
 
 }  // namespace
 
-picojson::value push_json(const manifest_push &p) {
+std::vector<manifest_source> sources_read(const isp::module_desc &module, int dir, int channel,
+                                          int partitions) {
+    std::vector<manifest_source> sources;
+    for (int p = 0; p < partitions; ++p)
+        sources.push_back({p, channel, isp::relative_file(module, dir, p, channel)});
+    return sources;
+}
+
+picojson::value push_json(const manifest_push &p, int partitions) {
     picojson::object o;
-    o["step"]     = step_json(p.id);
-    o["step_dir"] = value(p.step);
-    o["module"]   = value(p.module);
-    o["block"]    = value(p.block);
-    o["channel"]  = json_number(p.channel);
-    o["cmd"]      = json_number(p.cmd);
-    o["group"]    = text_or_null(p.group);
-    o["type"]     = text_or_null(p.type);
-    o["size"]     = json_number(static_cast<double>(p.size));
-    picojson::array sources;
-    for (const manifest_source &s : p.sources) {
-        picojson::object so;
-        so["partition"] = json_number(s.partition);
-        so["channel"]   = json_number(s.channel);
-        so["file"]      = value(s.file);
-        sources.push_back(value(so));
+    o["module"]                    = value(p.module);
+    o["block"]                     = value(p.block);
+    o["channel"]                   = json_number(p.channel);
+    o["cmd"]                       = json_number(p.cmd);
+    o["group"]                     = text_or_null(p.group);
+    o["type"]                      = text_or_null(p.type);
+    o["size"]                      = json_number(static_cast<double>(p.size));
+    const isp::module_desc *module = isp::find_module(p.module);
+    const auto read_from           = [&](int dir) {
+        const auto same = [](const manifest_source &x, const manifest_source &y) {
+            return x.partition == y.partition && x.channel == y.channel && x.file == y.file;
+        };
+        const std::vector<manifest_source> usual =
+            sources_read(*module, dir, p.channel, partitions);
+        return std::equal(p.sources.begin(), p.sources.end(), usual.begin(), usual.end(), same);
+    };
+    if (module && !read_from(p.id.dir) && read_from(p.read_dir))
+        o["read"] = json_number(p.read_dir - p.id.dir);
+    else if (!module || !read_from(p.id.dir)) {
+        picojson::array sources;
+        for (const manifest_source &s : p.sources) {
+            picojson::object so;
+            so["partition"] = json_number(s.partition);
+            so["channel"]   = json_number(s.channel);
+            so["file"]      = value(s.file);
+            sources.push_back(value(so));
+        }
+        o["sources"] = value(sources);
     }
-    o["sources"] = value(sources);
-    o["object"]  = value(p.object);
+    o["object"] = value(p.object);
     picojson::object pointees;
     for (const auto &[member, key] : p.pointees) pointees[member] = value(key);
-    o["pointees"] = value(pointees);
+    if (!pointees.empty()) o["pointees"] = value(pointees);
     picojson::object files;
     files["json"]   = text_or_null(p.json);
     files["cmodel"] = strings(p.cmodel);
-    o["files"]      = value(files);
+    if (!p.json.empty()) o["files"] = value(files);
     return value(o);
 }
 
-picojson::value repeated_step_json(const step_id &step, int same_as) {
+picojson::value step_entry_json(const step_id &step, const std::vector<picojson::value> &pushes) {
+    picojson::object o;
+    o["step"]     = step_json(step);
+    o["step_dir"] = value(step_dir(step));
+    o["pushes"]   = value(pushes);
+    return value(o);
+}
+
+picojson::value repeated_step_json(const step_id &step, int same_as,
+                                   const std::vector<std::pair<size_t, picojson::value>> &except) {
     picojson::object o;
     o["step"]     = step_json(step);
     o["step_dir"] = value(step_dir(step));
     o["same_as"]  = json_number(same_as);
+    if (!except.empty()) {
+        picojson::object changed;
+        for (const auto &[index, entry] : except) changed[std::to_string(index)] = entry;
+        o["except"] = value(changed);
+    }
     return value(o);
 }
 
@@ -87,9 +121,7 @@ picojson::value manifest_json(const manifest &m) {
     o["pointer_bytes"] = json_number(m.pointer_bytes);
     o["modules"]       = strings(m.modules);
     o["bypass"]        = strings(m.bypass);
-    picojson::array pushes;
-    for (const manifest_push &p : m.pushes) pushes.push_back(push_json(p));
-    o["pushes"] = value(pushes);
+    o["steps"]         = value(picojson::array());
     if (m.judged) {
         o["verdict"]             = verdict_json(m.run);
         o["findings"]            = findings_json(m.findings);

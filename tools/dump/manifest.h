@@ -15,6 +15,7 @@
 
 #include "tools/core/findings.h"
 #include "tools/core/run_record.h"
+#include "modules/tables.h"
 #include "tools/core/step.h"
 
 namespace isp_case {
@@ -42,6 +43,7 @@ struct manifest_push {
     std::string type;  /* C type name, "" when unknown */
     size_t size = 0;   /* bytes pushed */
     std::vector<manifest_source> sources;
+    int read_dir = 0; /* the frame directory its load read (sources_read) */
     /* the store's keys of its bytes (pointer members cleared) and of the arrays behind its
      * pointer members, by member name */
     std::string object;
@@ -59,7 +61,6 @@ struct manifest {
     int part_h = 0, part_v = 0, channels = 0, frames = 0;
     unsigned pointer_bytes = 0;
     std::vector<std::string> modules, bypass;
-    std::vector<manifest_push> pushes;
     /* the run's verdict and findings (kept up to a limit, the rest counted); none in version 1 */
     bool judged = false;
     verdict run;
@@ -67,11 +68,25 @@ struct manifest {
     size_t findings_not_listed = 0;
 };
 
+/* The register files a load of a module's channel reads from a frame directory, one per
+ * partition: a push's sources as the manifest leaves them out (version 3). */
+std::vector<manifest_source> sources_read(const isp::module_desc &module, int dir, int channel,
+                                          int partitions);
+
+/* The manifest, its "steps" empty: the writer streams them in. */
 picojson::value manifest_json(const manifest &m);
-/* One entry of the manifest's "pushes". */
-picojson::value push_json(const manifest_push &p);
-/* The entry of a frame step whose pushes are those of an earlier frame, but for the step. */
-picojson::value repeated_step_json(const step_id &step, int same_as);
+
+/* One push of a step entry: "sources" left out when they are sources_read() of the
+ * step's directory, or of read_dir, given as "read": read_dir less the step's directory (every
+ * partition, partitions as the grid has, at most 256): the entries of two frames that read
+ * their own directories alike are the same. */
+picojson::value push_json(const manifest_push &p, int partitions);
+/* The entry of a step with its pushes. */
+picojson::value step_entry_json(const step_id &step, const std::vector<picojson::value> &pushes);
+/* The entry of a frame step whose pushes are those of the earlier frame same_as, but for the
+ * pushes of the given indexes in except. */
+picojson::value repeated_step_json(const step_id &step, int same_as,
+                                   const std::vector<std::pair<size_t, picojson::value>> &except);
 
 /* A file's bytes, and a file's JSON value: false with "<path>: cannot be read" or "<path>: not
  * JSON: <reason>" in error. */

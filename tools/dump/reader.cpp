@@ -116,31 +116,50 @@ int frame_dir_of(const std::string &file) {
     return std::stoi(digits);
 }
 
-dump_push push_of(const picojson::object &o, int version) {
+bool same_step(const step_id &x, const step_id &y) {
+    return x.kind == y.kind && x.number == y.number;
+}
+
+/* A push of the manifest; in version 3, of the step's entry. */
+dump_push push_of(const picojson::object &o, int version, int partitions, const step_id *step) {
     dump_push p;
-    p.step    = step_of(at(o, "step"), version);
-    p.module  = string_at(o, "module");
-    p.block   = string_at(o, "block");
-    p.channel = int(number_at(o, "channel", 0, k_most));
-    p.command = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFF));
-    p.group   = string_at(o, "group");
-    p.type    = string_at(o, "type");
-    p.size    = size_t(number_at(o, "size", 0, k_most));
-    for (const value &s : array_at(o, "sources")) {
-        const picojson::object &so = object_of(s, "sources");
-        p.sources.push_back({int(number_at(so, "partition", 0, k_most)),
-                             int(number_at(so, "channel", 0, k_most)), string_at(so, "file")});
+    p.step                         = step ? *step : step_of(at(o, "step"), version);
+    p.module                       = string_at(o, "module");
+    p.block                        = string_at(o, "block");
+    p.channel                      = int(number_at(o, "channel", 0, k_most));
+    p.command                      = uint32_t(number_at(o, "cmd", 0, 0xFFFFFFFF));
+    p.group                        = string_at(o, "group");
+    p.type                         = string_at(o, "type");
+    p.size                         = size_t(number_at(o, "size", 0, k_most));
+    const isp::module_desc *module = isp::find_module(p.module);
+    if (version >= 3 && !o.count("sources")) {
+        /* the files the step's directory holds for the module */
+        if (!module) throw bad_field("sources: none for module \"" + p.module + "\"");
+        const int dir =
+            p.step.dir + int(o.count("read") ? number_at(o, "read", -p.step.dir, k_most) : 0);
+        for (const manifest_source &s : sources_read(*module, dir, p.channel, partitions))
+            p.sources.push_back({s.partition, s.channel, s.file});
+    } else
+        for (const value &s : array_at(o, "sources")) {
+            const picojson::object &so = object_of(s, "sources");
+            p.sources.push_back({int(number_at(so, "partition", 0, k_most)),
+                                 int(number_at(so, "channel", 0, k_most)), string_at(so, "file")});
+        }
+    if (version < 3 || o.count("files")) {
+        const picojson::object &files = object_of(at(o, "files"), "files");
+        p.json                        = string_at(files, "json");
+        p.cmodel                      = strings_at(files, "cmodel");
     }
-    const picojson::object &files = object_of(at(o, "files"), "files");
-    p.json                        = string_at(files, "json");
-    p.cmodel                      = strings_at(files, "cmodel");
     if (version < 3) {
-        p.bin     = string_at(files, "bin");
-        p.targets = strings_at(files, "targets");
+        const picojson::object &files = object_of(at(o, "files"), "files");
+        p.bin                         = string_at(files, "bin");
+        p.targets                     = strings_at(files, "targets");
         return p;
     }
     p.object = string_at(o, "object");
-    for (const auto &[member, key] : object_of(at(o, "pointees"), "pointees")) {
+    const picojson::object none;
+    for (const auto &[member, key] :
+         o.count("pointees") ? object_of(at(o, "pointees"), "pointees") : none) {
         if (!key.is<std::string>()) throw bad_field("pointees: " + member + ": not a string");
         p.pointees.emplace_back(member, key.get<std::string>());
     }
@@ -190,35 +209,50 @@ void read_manifest(const value &root, dump &d) {
     if (o.count("findings_not_listed"))
         d.findings_not_listed = size_t(number_at(o, "findings_not_listed", 0, k_most));
     if (d.version >= 3) d.store_dir = string_at(o, "store");
+    const int partitions = std::min(d.part_h * d.part_v, 256);
+    if (d.version < 3) {
+        for (const value &p : array_at(o, "pushes"))
+            d.pushes.push_back(push_of(object_of(p, "pushes"), d.version, partitions, nullptr));
+        return;
+    }
     std::map<int, std::pair<size_t, size_t>> frame_pushes; /* first push and count of a frame */
-    for (const value &p : array_at(o, "pushes")) {
-        const picojson::object &entry = object_of(p, "pushes");
-        if (d.version < 3 || !entry.count("same_as")) {
-            d.pushes.push_back(push_of(entry, d.version));
-            const step_id &step = d.pushes.back().step;
-            if (step.kind != phase::frame) continue;
-            auto &[first, count] =
-                frame_pushes.emplace(step.number, std::make_pair(d.pushes.size() - 1, size_t{0}))
-                    .first->second;
-            if (first + count + 1 != d.pushes.size())
-                throw bad_field(fmt::format("pushes: {} is not in one run", step_name(step)));
-            ++count;
-            continue;
+    for (const value &e : array_at(o, "steps")) {
+        const picojson::object &entry = object_of(e, "steps");
+        const step_id step            = step_of(at(entry, "step"), d.version);
+        const size_t start            = d.pushes.size();
+        if (!entry.count("same_as")) {
+            for (const value &p : array_at(entry, "pushes"))
+                d.pushes.push_back(push_of(object_of(p, "pushes"), d.version, partitions, &step));
+        } else {
+            /* a frame that pushed what an earlier frame pushed, but for the pushes listed */
+            const int same_as  = int(number_at(entry, "same_as", 1, k_most));
+            const auto earlier = frame_pushes.find(same_as);
+            if (earlier == frame_pushes.end() || step.kind != phase::frame ||
+                same_as >= step.number)
+                throw bad_field(fmt::format("steps: {}: same_as {} names no earlier frame",
+                                            step_name(step), same_as));
+            const auto [first, count] = earlier->second;
+            for (size_t i = first; i < first + count; ++i) {
+                dump_push copy = d.pushes[i];
+                copy.step      = step;
+                d.pushes.push_back(std::move(copy));
+            }
+            if (entry.count("except"))
+                for (const auto &[index, changed] : object_of(at(entry, "except"), "except")) {
+                    const bool number = !index.empty() && index.size() < 10 &&
+                                        index.find_first_not_of("0123456789") == std::string::npos;
+                    const size_t i = number ? std::stoul(index) : count;
+                    if (i >= count)
+                        throw bad_field(fmt::format("except: {}: frame {} has {} pushes", index,
+                                                    same_as, count));
+                    d.pushes[start + i] =
+                        push_of(object_of(changed, "except"), d.version, partitions, &step);
+                }
         }
-        /* a step that pushed what an earlier frame pushed */
-        const step_id step = step_of(at(entry, "step"), d.version);
-        const int same_as  = int(number_at(entry, "same_as", 1, k_most));
-        const auto earlier = frame_pushes.find(same_as);
-        if (earlier == frame_pushes.end() || step.kind != phase::frame || same_as >= step.number)
-            throw bad_field(
-                fmt::format("pushes: {}: same_as {} names no earlier frame with pushes of its own",
-                            step_name(step), same_as));
-        const auto [first, count] = earlier->second;
-        for (size_t i = first; i < first + count; ++i) {
-            dump_push copy = d.pushes[i];
-            copy.step      = step;
-            d.pushes.push_back(std::move(copy));
-        }
+        if (step.kind != phase::frame) continue;
+        if (!frame_pushes.emplace(step.number, std::make_pair(start, d.pushes.size() - start))
+                 .second)
+            throw bad_field(fmt::format("steps: {} twice", step_name(step)));
     }
 }
 
@@ -239,10 +273,6 @@ void dirs_from_sources(dump &d) {
 }
 
 /* ---- wholeness ----------------------------------------------------------------------------- */
-
-bool same_step(const step_id &x, const step_id &y) {
-    return x.kind == y.kind && x.number == y.number;
-}
 
 /* A push against the grid, channels, frames and modules of its manifest. */
 void check_push(const dump &d, const dump_push &p, const std::string &manifest) {
@@ -414,10 +444,12 @@ dump open_dump(const std::string &dir) {
         throw dump_error(path + ": " + e.what());
     }
     if (d.version == 1) dirs_from_sources(d);
-    if (d.version >= 3)
-        d.store = store_reader(fs::path(d.store_dir).is_absolute() ? d.store_dir
-                               : d.store_dir == "."                ? d.dir
-                                                                   : d.dir + "/" + d.store_dir);
+    if (d.version >= 3) {
+        /* "dir/.." for a shared store: its files named without the detour */
+        std::string store = (fs::path(d.dir) / d.store_dir).lexically_normal().generic_string();
+        if (store.size() > 1 && store.back() == '/') store.pop_back();
+        d.store = store_reader(store);
+    }
     for (dump_push &p : d.pushes) {
         p.channelled =
             isp::find_module(p.module) &&

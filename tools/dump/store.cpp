@@ -195,8 +195,9 @@ store_reader::store_reader(const std::string &dir) : dir_(dir) {
     std::string text, error;
     if (!read_file_bytes(index, text, error)) throw dump_error(error);
     struct stat pack_stat;
-    if (::stat(pack.c_str(), &pack_stat) != 0 || !S_ISREG(pack_stat.st_mode))
-        throw dump_error(pack + ": cannot be read");
+    if (::stat(pack.c_str(), &pack_stat) != 0) throw dump_error(pack + ": cannot be read");
+    if (!S_ISREG(pack_stat.st_mode))
+        throw dump_error(pack + ": cannot be read: not a regular file");
     size_t line_number = 0, start = 0;
     for (size_t end; start < text.size(); start = end + 1) {
         ++line_number;

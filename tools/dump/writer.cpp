@@ -28,18 +28,15 @@ bool loads(op_kind kind) {
 /* The register files a push was converted from: every partition of the file its load read,
  * for the push's channel. */
 std::vector<manifest_source> sources_of(const module_info &module, const op_outcome &op,
-                                        const pushed_group &push, int partitions) {
+                                        const pushed_group &push, int partitions, int &frame) {
     std::vector<manifest_source> sources;
     if (!loads(op.kind) || !op.ran) return sources;
-    int frame = 0;
     if (file_kind_of(module) != file_kind::pattern) {
         const size_t pass = file_kind_of(module) == file_kind::per_channel ? push.channel : 0;
         if (pass >= op.frames_read.size()) return sources;
         frame = op.frames_read[pass];
     }
-    for (int p = 0; p < partitions; ++p)
-        sources.push_back({p, push.channel, relative_file(module, frame, p, push.channel)});
-    return sources;
+    return sources_read(module, frame, push.channel, partitions);
 }
 
 bool holds_containers(const picojson::value &v) {
@@ -117,6 +114,7 @@ dump_writer::dump_writer(const std::string &dir, const replay_settings &settings
                           .lexically_relative(fs::absolute(dir, error).lexically_normal())
                           .generic_string();
     if (manifest_.store.empty()) manifest_.store = fs::absolute(store, error).generic_string();
+    if (manifest_.store.size() > 1 && manifest_.store.back() == '/') manifest_.store.pop_back();
     store_ = std::make_unique<store_writer>(store);
     if (!options.raw_only) {
         const std::string index = dir + "/index.txt";
@@ -135,11 +133,12 @@ void dump_writer::entry(const std::string &line) {
     ++entries_;
 }
 
-/* The step's entries, or a reference to the earlier frame whose entries (steps aside) are the
- * same: a long replay of few frame directories keeps a manifest of about its first frames. */
+/* The step's entries; for a frame, a reference to the earlier frame whose entries (steps aside)
+ * are the same, or to the frame before with the entries that differ: a long replay keeps a
+ * manifest of about its first frames, and a frame that changes a few values costs those. */
 void dump_writer::write_step(const replay_step &step) {
     std::vector<picojson::value> rows;
-    std::string index;
+    std::vector<std::string> lines; /* of index.txt */
     for (const module_step &m : step.modules)
         for (const op_outcome &op : m.ops) {
             for (const isp_sim::log_line &line : op.log)
@@ -149,34 +148,47 @@ void dump_writer::write_step(const replay_step &step) {
                 }
             for (const pushed_group &push : op.pushes) {
                 const manifest_push entry = write_push(step.id, m, op, push);
-                rows.push_back(push_json(entry));
-                index += fmt::format(
-                    "  {:<40} {}\n",
-                    dump_name(step.id, *m.module, push).substr(step_dir(step.id).size() + 1),
-                    entry.json.empty() ? "object " + entry.object : entry.json);
+                rows.push_back(push_json(entry, partitions_));
+                lines.push_back(
+                    fmt::format("  {:<40} {}\n",
+                                dump_name(step.id, *m.module, push).substr(entry.step.size() + 1),
+                                entry.json.empty() ? "object " + entry.object : entry.json));
             }
         }
     if (rows.empty()) return;
+    const std::string label = step_label(step.id);
     if (step.id.kind == phase::frame) {
+        std::vector<std::string> plain;
         std::string content;
         for (const picojson::value &row : rows) {
-            picojson::object o = row.get<picojson::object>();
-            o.erase("step");
-            o.erase("step_dir");
-            content += picojson::value(o).serialize() + "\n";
+            plain.push_back(row.serialize());
+            content += plain.back() + "\n";
         }
         const auto [first, fresh] =
             frames_.emplace(sha256_hex(content.data(), content.size()), step.id.number);
-        if (!fresh) {
-            entry(repeated_step_json(step.id, first->second).serialize());
+        std::vector<std::pair<size_t, picojson::value>> except;
+        std::string changed;
+        const bool like_last = fresh && plain.size() == last_frame_.size();
+        for (size_t i = 0; like_last && i < plain.size(); ++i)
+            if (plain[i] != last_frame_[i]) {
+                except.emplace_back(i, rows[i]);
+                changed += lines[i];
+            }
+        const int same_as = fresh ? last_frame_number_ : first->second;
+        if (fresh) last_frame_ = std::move(plain), last_frame_number_ = step.id.number;
+        if (!fresh || (like_last && 2 * except.size() < rows.size())) {
+            entry(repeated_step_json(step.id, same_as, except).serialize());
             if (index_)
-                std::fprintf(index_, "%s: the pushes of frame %d\n", step_label(step.id).c_str(),
-                             first->second);
+                std::fprintf(index_, "%s: the pushes of frame %d%s\n%s", label.c_str(), same_as,
+                             except.empty() ? "" : ", but", changed.c_str());
             return;
         }
     }
-    for (const picojson::value &row : rows) entry(row.serialize());
-    if (index_) std::fprintf(index_, "%s:\n%s", step_label(step.id).c_str(), index.c_str());
+    entry(step_entry_json(step.id, rows).serialize());
+    if (index_) {
+        std::fprintf(index_, "%s:\n", label.c_str());
+        for (const std::string &line : lines) std::fputs(line.c_str(), index_);
+    }
 }
 
 /* The manifest laid out as laid_out() would, its pushes (one line each at the second level)
@@ -188,7 +200,7 @@ bool dump_writer::finish(const run_record &record, const verdict &judged) {
     manifest_.findings_not_listed = record.findings().not_kept();
     const std::string path        = dir_ + "/manifest.json";
     const std::string text        = laid_out(manifest_json(manifest_));
-    const std::string none        = "\"pushes\": []";
+    const std::string none        = "\"steps\": []";
     const size_t at               = text.find(none);
     errno                         = 0;
     std::FILE *out                = std::fopen(path.c_str(), "wb");
@@ -196,7 +208,7 @@ bool dump_writer::finish(const run_record &record, const verdict &judged) {
     if (ok) {
         const bool any = entries_ > 0;
         std::fwrite(text.data(), 1, at, out);
-        std::fputs(any ? "\"pushes\": [\n    " : "\"pushes\": [", out);
+        std::fputs(any ? "\"steps\": [\n    " : "\"steps\": [", out);
         std::rewind(pushes_);
         char buffer[1 << 16];
         for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pushes_)) > 0;)
@@ -235,7 +247,7 @@ manifest_push dump_writer::write_push(const step_id &step, const module_step &m,
     entry.group   = push.group ? push.group->name : "";
     entry.type    = push.group && push.group->c_type ? push.group->c_type : "";
     entry.size    = push.bytes.size();
-    entry.sources = sources_of(module, op, push, partitions_);
+    entry.sources = sources_of(module, op, push, partitions_, entry.read_dir);
 
     const char *type = push.group ? push.group->c_type : nullptr;
     entry.object     = raw(without_pointers(type, push.bytes));

@@ -84,7 +84,9 @@ class dump_writer {
     std::unique_ptr<store_writer> store_;
     /* the decoded files written, by name without extension, with their C-model files */
     std::map<std::string, std::vector<std::string>> decoded_;
-    std::map<std::string, int> frames_; /* the first frame of each distinct list of pushes */
+    std::map<std::string, int> frames_;   /* the first frame of each distinct list of pushes */
+    std::vector<std::string> last_frame_; /* the last distinct frame's entries, without step */
+    int last_frame_number_ = 0;
     dump_summary summary_;
 };
 

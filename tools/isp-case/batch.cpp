@@ -38,7 +38,7 @@ replay_flags baseline_replay_flags(const std::string &dump_dir, const std::strin
 /* Replays the case into the baseline's directory of the case. */
 int save_run(const case_options &options, const batch_case &c, const batch_settings &batch,
              stage_report &report) {
-    const std::string dir = batch.baseline.dir + "/" + c.name;
+    const std::string dir = baseline_case_dir(batch.baseline.dir, c.name);
     std::error_code error;
     std::filesystem::create_directories(dir, error);
     const int status = run_replay_command(
@@ -72,7 +72,7 @@ class temporary_dump {
  * Asked to, the run is then stored in place of one that differs or is missing. */
 int compare_run(const case_options &options, const batch_case &c, const batch_settings &batch,
                 stage_report &report) {
-    const std::string stored_dir = batch.baseline.dir + "/" + c.name;
+    const std::string stored_dir = baseline_case_dir(batch.baseline.dir, c.name);
     std::optional<dump> stored;
     std::optional<stored_bytes_check> check;
     std::error_code error;
@@ -150,8 +150,9 @@ command_runner add_batch_command(CLI::App &app) {
     auto options      = std::make_shared<batch_flags>();
     batch_settings &b = options->batch;
     cmd.footer(
-        "Exit status: 0 every case passed, 1 a case failed or a report not written, 2 usage "
-        "error, 3 a path that is not a directory, or no case found.");
+        "Exit status: 0 every case passed, 1 a case failed (or differs from its baseline, or "
+        "a baseline case is not in the suite) or a report not written, 2 usage error, 3 a path "
+        "that is not a directory, or no case found.");
     cmd.add_option("CASE_OR_SUITE", b.paths, "Case directories, or directories searched for cases")
         ->required()
         ->type_name("DIR");

@@ -16,13 +16,15 @@ const char *const exit_statuses_help =
     "Exit status of every subcommand:\n"
     "  0  success: replay: every operation returned 0 and no error found; check: no error "
     "found;\n     export: every C-model file written; diff: identical dumps; batch: every case "
-    "passed;\n     report: the page written; regmap, template: written; where: found\n"
+    "passed;\n     merge: every case of the suite ran and passed; report: the page written;\n"
+    "     regmap, template: written; where: found\n"
     "  1  failure: an error found (an operation failed or raised, a value could not be read, "
     "the\n     platform saw a leak), a register file not converted, a file not written, a case "
-    "failed;\n     with --strict also a warning; diff: the dumps differ; where: nothing found\n"
+    "failed\n     or differs from its baseline; with --strict also a warning; diff: the dumps "
+    "differ;\n     merge: a case failed or missing; where: nothing found\n"
     "  2  usage error\n"
     "  3  no usable case or dump: no such directory or frame, no case found, files that would\n"
-    "     stop the library, a dump that cannot be read";
+    "     stop the library, a dump that cannot be read, shard reports that do not fit together";
 
 CLI::Validator name_check(const std::vector<std::string> &names, const std::string &what) {
     return CLI::Validator(

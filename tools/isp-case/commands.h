@@ -80,6 +80,7 @@ struct replay_flags {
     std::string store_dir; /* --store: the dump's raw structures go to this shared store */
     bool raw_only = false; /* --raw-only: no decoded files beside the raw structures */
     bool force = false, verbose = false, quiet = false, strict = false;
+    std::FILE *out = stdout; /* the replay's lines; diff replays a case without them */
 };
 
 /* What the replay and check commands run, also run by batch in its children, which pass a

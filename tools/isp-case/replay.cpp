@@ -89,7 +89,7 @@ int run_replay_command(const case_options &options, const replay_flags &flags,
     /* the lint's findings first, then the run's, in one record */
     run_record record;
     record.add(lint.findings);
-    replay_printer printer(stdout, settings, output);
+    replay_printer printer(flags.out, settings, output);
     std::optional<dump_writer> dump;
     if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings, dump_options_of(flags));
     const replay_result result = replay(settings, [&](const replay_step &step) {
@@ -132,8 +132,9 @@ command_runner add_replay_command(CLI::App &app) {
     CLI::Option *dump =
         cmd.add_option(
                "--dump", f.dump_dir,
-               "Write every pushed group raw, decoded and as C-model JSON, with a manifest, "
-               "into this directory (new or empty), step by step as the replay runs")
+               "Write every distinct pushed group once, raw into a store, decoded and as C-model "
+               "JSON, with a manifest and index.txt, into this directory (new or empty), step by "
+               "step as the replay runs")
             ->type_name("DIR")
             ->check(non_empty_path());
     cmd.add_option("--store", f.store_dir,

@@ -22,6 +22,11 @@ std::string overwrites(const std::string &out_file, const dump &d) {
     const fs::path out  = fs::weakly_canonical(out_file, error);
     const fs::path root = fs::weakly_canonical(d.dir, error);
     if (error) return "";
+    /* a shared store lies outside the dump */
+    if (d.version >= 3)
+        for (const char *file : {k_pack_file, k_index_file})
+            if (out == fs::weakly_canonical(d.store.dir() + "/" + file, error))
+                return "the store of the dump " + d.dir;
     const fs::path relative = out.lexically_relative(root);
     if (relative.empty() || *relative.begin() == "..") return "";
     std::set<std::string> files = {"manifest.json"};
