@@ -187,7 +187,8 @@ wait_for 15 "munged answering on $tmp/run/munge.socket" \
 
 cat >"$SLURM_CONF" <<EOF
 ClusterName=smoke
-SlurmctldHost=localhost
+# addresses given, not looked up: a container's hosts file may lack the name or map it to IPv6
+SlurmctldHost=localhost(127.0.0.1)
 SlurmctldPort=$ctld_port
 SlurmdPort=$slurmd_port
 SlurmUser=root
