@@ -204,12 +204,7 @@ baseline_outcome compare_with_baseline(const std::string &stored_dir, const std:
     return outcome;
 }
 
-stored_bytes_check::stored_bytes_check(const dump &stored) : stored_(stored) {
-    for (size_t i = 0; i < stored.pushes.size(); ++i) {
-        const dump_push &p = stored.pushes[i];
-        by_key_[{int(p.step.kind), p.step.number, p.module, p.channel, p.command}].push_back(i);
-    }
-}
+stored_bytes_check::stored_bytes_check(const dump &stored) : stored_(stored) {}
 
 void stored_bytes_check::step(const replay_step &step) {
     /* a stored object by its key (a store's dump), or a file as older dumps name it */
@@ -225,18 +220,17 @@ void stored_bytes_check::step(const replay_step &step) {
     for (const module_step &m : step.modules)
         for (const op_outcome &op : m.ops)
             for (const pushed_group &push : op.pushes) {
-                if (differs_) return;
-                const auto key =
-                    std::make_tuple(int(step.id.kind), step.id.number, std::string(m.module->name),
-                                    int(push.channel), push.cmd);
-                const auto it  = by_key_.find(key);
-                const size_t k = seen_[key]++;
-                if (it == by_key_.end() || k >= it->second.size()) {
+                if (differs_ || matched_ == stored_.pushes.size()) {
                     differs_ = true;
                     return;
                 }
-                const dump_push &p = stored_.pushes[it->second[k]];
-                const char *type   = push.group ? push.group->c_type : nullptr;
+                const dump_push &p = stored_.pushes[matched_++];
+                if (p.step != step.id || p.module != m.module->name ||
+                    p.channel != int(push.channel) || p.command != push.cmd) {
+                    differs_ = true;
+                    return;
+                }
+                const char *type = push.group ? push.group->c_type : nullptr;
                 std::vector<const std::vector<uint8_t> *> targets;
                 if (!push.part_size_h.empty()) targets = {&push.part_size_h, &push.part_size_v};
                 const size_t stored_targets =
@@ -246,7 +240,6 @@ void stored_bytes_check::step(const replay_step &step) {
                 for (size_t t = 0; !differs_ && t < targets.size(); ++t)
                     differs_ = p.object.empty() ? !same("", p.targets[t], *targets[t])
                                                 : !same(p.pointees[t].second, "", *targets[t]);
-                ++matched_;
             }
 }
 

@@ -7,10 +7,8 @@
 
 #include <stddef.h>
 
-#include <map>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <picojson.h>
@@ -93,7 +91,9 @@ baseline_outcome compare_with_baseline(const std::string &stored_dir, const std:
 /* Whether a replay pushes byte for byte what a stored run holds, checked step by step as the
  * replay hands its steps over, without a dump of the replay. Identical bytes are identical
  * runs: the comparison decodes both sides by this build's tables, so only bytes that differ
- * need the engine to say where and how. */
+ * need the engine to say where and how. A replay pushes in the same order every time, so the
+ * pushes are met in the stored order: one out of order counts as a difference too, and the
+ * engine, which pairs pushes by step, module, channel and command, has the last word. */
 class stored_bytes_check {
   public:
     explicit stored_bytes_check(const dump &stored);
@@ -104,9 +104,7 @@ class stored_bytes_check {
 
   private:
     const dump &stored_;
-    std::map<std::tuple<int, int, std::string, int, uint32_t>, std::vector<size_t>> by_key_;
-    std::map<std::tuple<int, int, std::string, int, uint32_t>, size_t> seen_;
-    size_t matched_ = 0;
+    size_t matched_ = 0; /* the stored pushes met so far, in order */
     bool differs_   = false;
 };
 

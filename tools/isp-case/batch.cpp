@@ -1,6 +1,4 @@
 /* isp-case batch: every case of a suite checked and replayed in a process of its own. */
-#include <stdlib.h>
-
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -8,6 +6,7 @@
 #include "tools/core/batch.h"
 #include "tools/dump/reader.h"
 #include "tools/isp-case/commands.h"
+#include "tools/output/files.h"
 
 namespace isp_case {
 
@@ -47,26 +46,6 @@ int save_run(const case_options &options, const batch_case &c, const batch_setti
     return status;
 }
 
-/* A replay into a temporary directory, removed with it. */
-class temporary_dump {
-  public:
-    temporary_dump() {
-        const char *tmp = getenv("TMPDIR");
-        dir_            = std::string(tmp && *tmp ? tmp : "/tmp") + "/isp-case-run.XXXXXX";
-        if (!mkdtemp(dir_.data())) dir_.clear();
-    }
-    ~temporary_dump() {
-        std::error_code error;
-        if (!dir_.empty()) std::filesystem::remove_all(dir_, error);
-    }
-    temporary_dump(const temporary_dump &)            = delete;
-    temporary_dump &operator=(const temporary_dump &) = delete;
-    const std::string &dir() const { return dir_; }
-
-  private:
-    std::string dir_;
-};
-
 /* Replays the case, its pushes checked against the stored run's bytes as they come; only a run
  * that differs is replayed again into a temporary dump, for the engine to say where and how.
  * Asked to, the run is then stored in place of one that differs or is missing. */
@@ -98,16 +77,16 @@ int compare_run(const case_options &options, const batch_case &c, const batch_se
     if (!check) {
         report.baseline.state = baseline_state::missing;
     } else {
-        const temporary_dump fresh;
+        const scratch_dir fresh("isp-case-run");
         stage_report again;
-        if (fresh.dir().empty() ||
-            run_replay_command(options, baseline_replay_flags(fresh.dir(), "", batch.strict),
+        if (fresh.path().empty() ||
+            run_replay_command(options, baseline_replay_flags(fresh.path(), "", batch.strict),
                                &again) == exit_no_case) {
             report.baseline.state   = baseline_state::unreadable;
             report.baseline.problem = "this build's run could not be dumped for the comparison";
             return status;
         }
-        report.baseline = compare_with_baseline(stored_dir, fresh.dir(), batch.baseline);
+        report.baseline = compare_with_baseline(stored_dir, fresh.path(), batch.baseline);
     }
     const baseline_state state = report.baseline.state;
     if (batch.baseline.update &&

@@ -14,6 +14,7 @@
 #include "tools/compare/diff.h"
 #include "tools/compare/engine.h"
 #include "tools/isp-case/commands.h"
+#include "tools/output/files.h"
 
 namespace isp_case {
 
@@ -33,25 +34,6 @@ CLI::Validator tolerance_check() {
 namespace {
 
 namespace fs = std::filesystem;
-
-/* A directory of its own under the system's temporary directory, removed with what it holds. */
-class scratch_dir {
-  public:
-    scratch_dir() {
-        std::string pattern = (fs::temp_directory_path() / "isp-case-diff-XXXXXX").string();
-        if (mkdtemp(pattern.data())) path_ = pattern;
-    }
-    ~scratch_dir() {
-        std::error_code ignored;
-        if (!path_.empty()) fs::remove_all(path_, ignored);
-    }
-    scratch_dir(const scratch_dir &)            = delete;
-    scratch_dir &operator=(const scratch_dir &) = delete;
-    const std::string &path() const { return path_; }
-
-  private:
-    std::string path_;
-};
 
 /* A case, not a dump: register files under cfgs/ and no manifest. */
 bool is_case_dir(const std::string &path) {
@@ -92,7 +74,7 @@ bool replay_into(const std::string &case_dir, const std::string &dump_dir, const
 int run_diff(diff_settings settings) {
     const bool case_a = is_case_dir(settings.a), case_b = is_case_dir(settings.b);
     if (!case_a && !case_b) return diff_dumps(settings, stdout, stderr);
-    scratch_dir scratch;
+    scratch_dir scratch("isp-case-diff");
     if (scratch.path().empty()) {
         fmt::print(stderr, "isp-case diff: no temporary directory to replay into\n");
         return exit_no_case;

@@ -161,4 +161,15 @@ bool write_json_checked(const std::string &path, const picojson::value &value, s
     return false;
 }
 
+scratch_dir::scratch_dir(const std::string &prefix) {
+    std::error_code error;
+    std::string pattern = (fs::temp_directory_path(error) / (prefix + "-XXXXXX")).string();
+    if (!error && mkdtemp(pattern.data())) path_ = pattern;
+}
+
+scratch_dir::~scratch_dir() {
+    std::error_code ignored;
+    if (!path_.empty()) fs::remove_all(path_, ignored);
+}
+
 }  // namespace isp_case

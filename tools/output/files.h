@@ -45,6 +45,20 @@ bool write_text_file(const std::string &path, const std::string &text, std::stri
 /* write_json_file, which reports nothing, then a check that the file holds the whole text. */
 bool write_json_checked(const std::string &path, const picojson::value &value, std::string &error);
 
+/* A directory of its own under the system's temporary directory (TMPDIR), removed with what it
+ * holds: where a run is dumped only to be compared. path() is empty when none could be made. */
+class scratch_dir {
+  public:
+    explicit scratch_dir(const std::string &prefix);
+    ~scratch_dir();
+    scratch_dir(const scratch_dir &)            = delete;
+    scratch_dir &operator=(const scratch_dir &) = delete;
+    const std::string &path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
 }  // namespace isp_case
 
 #endif
