@@ -6,6 +6,7 @@
 #   scripts/deps.sh fuzz    clang with its libFuzzer runtime
 #   scripts/deps.sh format  clang-format
 #   scripts/deps.sh report  headless Chromium and a font, to render report pages
+#   scripts/deps.sh slurm   the Slurm controller, node daemon and client commands, and MUNGE
 set -euo pipefail
 
 packages=()
@@ -19,7 +20,8 @@ for task in "$@"; do
         valgrind) packages+=(valgrind) ;;
         format) packages+=(clang-format-14) ;;
         report) packages+=(chromium fonts-dejavu-core) ;;
-        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind, format, report)" >&2; exit 2 ;;
+        slurm) packages+=(slurmctld slurmd slurm-client munge) ;;
+        *) echo "deps.sh: unknown task '$task' (build, arm, bench, fuzz, valgrind, format, report, slurm)" >&2; exit 2 ;;
     esac
 done
 

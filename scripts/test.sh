@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds everything with warnings as errors and runs every test the project has, installing the
 # Debian packages it misses first:
-#   1. the native suite (build/), then the source formatting check;
+#   1. the native suite (build/), then the source formatting check, then the cluster workflow
+#      on a one-node Slurm cluster started for the purpose (scripts/slurm-smoke.sh, as root);
 #   2. the same suite under AddressSanitizer and UndefinedBehaviorSanitizer (build-asan/), then
 #      the threading test under ThreadSanitizer (build-tsan/);
 #   3. the 32-bit ARM build, its suite under qemu-arm, and a comparison with the native build
@@ -23,6 +24,11 @@ stage "native build and test suite"
 
 stage "source formatting (clang-format --dry-run --Werror)"
 "$root/scripts/format-check.sh"
+
+stage "cluster workflow: the array job in four shards and the merge job on a one-node Slurm cluster"
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo="sudo"  # the daemons run as root
+$sudo env ISP_CASE="$root/build/tools/isp-case" "$root/scripts/slurm-smoke.sh"
 
 stage "test suite under AddressSanitizer and UndefinedBehaviorSanitizer"
 "$root/scripts/sanitize.sh"
