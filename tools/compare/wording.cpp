@@ -5,6 +5,8 @@
 
 #include <fmt/core.h>
 
+#include "convert/common/register_map.h"
+
 namespace isp_case {
 namespace {
 
@@ -46,9 +48,21 @@ std::string member_name(const dump_push &p, const std::string &member, bool with
     return member.empty() ? name : name + "." + member;
 }
 
+/* "[7]", or "[0][7]" for an element of a two-dimensional member, as the driver's structure
+ * declares it */
+static std::string index_text(const dump_push &p, const std::string &member, long index) {
+    const isp::struct_desc *layout = p.type.empty() ? nullptr : isp::find_struct(p.type.c_str());
+    for (uint32_t i = 0; layout && i < layout->member_count; ++i) {
+        const isp::member_desc &m = layout->members[i];
+        if (m.inner && !m.per_partition && member == m.name)
+            return fmt::format("[{}][{}]", index / long(m.inner), index % long(m.inner));
+    }
+    return fmt::format("[{}]", index);
+}
+
 std::string element_name(const difference &d, bool with_module) {
     const std::string name = member_name(d.push(), d.member, with_module);
-    return d.index < 0 ? name : fmt::format("{}[{}]", name, d.index);
+    return d.index < 0 ? name : name + index_text(d.push(), d.member, d.index);
 }
 
 std::string difference_what(const difference &d) {
