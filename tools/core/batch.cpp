@@ -475,7 +475,8 @@ bool write_json(const std::string &path, const batch_settings &settings,
         o.add("frames", *settings.frames);
     else
         o.add_null("frames");
-    o.add("strict", settings.strict).add("cases_found", found);
+    o.add("strict", settings.strict).add("sets", json_texts(settings.sets));
+    o.add("cases_found", found);
     std::vector<std::string> names;
     for (const batch_case &c : *suite.found) names.push_back(c.name);
     o.add("suite", json_fields().add("id", suite_id(*suite.found)).add("cases", json_texts(names)));
@@ -900,6 +901,8 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
         if (!r.passed && !r.interrupted)
             text += fmt::format("  failed      {}: {}\n", terminal_text(r.c->name),
                                 terminal_text(r.reason));
+    for (const std::string &set : settings.sets)
+        text += fmt::format("  set         {}\n", terminal_text(set));
     text += baseline_summary(settings, suite, runs);
     bool written = true;
     if (!settings.junit_file.empty()) {

@@ -69,7 +69,8 @@ struct batch_settings {
     std::string junit_file, json_file;
     std::optional<int> frames;
     bool strict = false;
-    int timeout = 300; /* seconds a case may take, both stages; 0: no limit */
+    int timeout = 300;             /* seconds a case may take, both stages; 0: no limit */
+    std::vector<std::string> sets; /* --set as given, applied to every case */
     baseline_settings baseline;
 };
 

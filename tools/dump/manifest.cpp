@@ -123,7 +123,7 @@ picojson::value manifest_json(const manifest &m) {
     o["modules"]       = strings(m.modules);
     o["bypass"]        = strings(m.bypass);
     if (!m.overrides.empty()) o["overrides"] = overrides_json(m.overrides);
-    o["steps"]         = value(picojson::array());
+    o["steps"] = value(picojson::array());
     if (m.judged) {
         o["verdict"]             = verdict_json(m.run);
         o["findings"]            = findings_json(m.findings);

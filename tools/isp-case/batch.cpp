@@ -16,7 +16,6 @@ struct batch_flags {
     batch_settings batch;
     std::string shard, save_baseline, ignore_file;
     std::optional<int> frames;
-    std::vector<std::string> sets;
 };
 
 /* The replay of a case whose run goes into a dump of a baseline (store: the baseline's
@@ -110,7 +109,7 @@ int run_stage(batch_stage stage, const batch_case &c, const batch_flags &given,
     case_options options;
     options.case_path = c.path;
     options.frames    = batch.frames;
-    options.sets      = given.sets;
+    options.sets      = batch.sets;
     if (stage == batch_stage::check)
         return run_check_command(options, batch.strict, "text", &report);
     if (batch.baseline.mode == baseline_mode::save) return save_run(options, c, batch, report);
@@ -161,7 +160,7 @@ command_runner add_batch_command(CLI::App &app) {
         ->type_name("N")
         ->check(CLI::Range(0, 1000000));
     cmd.add_flag("--strict", b.strict, "Warnings fail a case too");
-    add_set_option(cmd, options->sets);
+    add_set_option(cmd, options->batch.sets);
     cmd.add_option("--timeout", b.timeout,
                    "Seconds a case may take before it is killed and fails as timed out; 0: no "
                    "limit (default: 300)")
