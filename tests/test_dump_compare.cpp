@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -284,7 +285,7 @@ TEST(CompareEngine, PerPartitionElementsNameTheirPartitionsFile) {
         a.members = {member(count, per_partition, {1, 1, 1, 1, 1, 1})};
         b.members = {member(count, per_partition, {1, 1, 1, 2, 1, 1})};
         isp_case::difference prototype;
-        prototype.a = prototype.b = &push;
+        prototype.a = prototype.b = std::make_shared<const isp_case::dump_push>(push);
         std::vector<std::string> files;
         isp_case::compare_structures(a, b, 0, prototype,
                                      [&](const isp_case::difference &d) { files = d.files; });

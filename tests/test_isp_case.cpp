@@ -1159,10 +1159,11 @@ TEST(IspCaseDump, SharedStoreKeepsStructuresOnceAndRefusesDamage) {
 
 /* One register value changed in f1, one module left out, a damaged dump; two dumps of one case
  * are the same bytes. Differences are named by the step and the frame directory it read. */
-/* The white-balance digital gain of cfgs/f1 doubled (code 256 to 512) in every partition. */
-void double_wbc_gain(const std::string &case_dir) {
+/* The white-balance digital gain of cfgs/f1 (or another frame directory) doubled (code 256 to
+ * 512) in every partition. */
+void double_wbc_gain(const std::string &case_dir, const std::string &frame_dir = "f1") {
     for (int p = 0; p < 4; ++p)
-        edit_json(case_dir + "/cfgs/f1/rtl_wbc_p" + std::to_string(p) + ".json",
+        edit_json(case_dir + "/cfgs/" + frame_dir + "/rtl_wbc_p" + std::to_string(p) + ".json",
                   [](picojson::object &root) {
                       root["isp_wbc"].get<picojson::object>()["d_gain"] =
                           picojson::value(picojson::object{{"val", picojson::value(512.0)}});
@@ -1182,6 +1183,13 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
     const std::string c = dump_of(dir, "c", ISP_SAMPLE_CASE_DIR, "--modules " + all_but_gamma);
     EXPECT_TRUE(tree(a) == tree(dump_of(dir, "a2", ISP_SAMPLE_CASE_DIR)));  // byte for byte
     const std::string cut = dump_of(dir, "cut", ISP_SAMPLE_CASE_DIR);
+    // the gain doubled from frame 2 on: B's frames 2 and 3 differ from what A repeats of frame 1,
+    // equal to B's frame 1
+    const std::string late = copy_sample(dir, "late");
+    fs::copy(late + "/cfgs/f1", late + "/cfgs/f2");
+    double_wbc_gain(late, "f2");
+    const std::string a3 = dump_of(dir, "a3", ISP_SAMPLE_CASE_DIR, "--frames 3");
+    const std::string l3 = dump_of(dir, "l3", late, "--frames 3");
     fs::resize_file(cut + "/objects.pack", 7);
     const std::string broken = copy_sample(dir, "broken");
     std::ofstream(broken + "/cfgs/f1/rtl_wbc_p2.json") << "{";
@@ -1213,6 +1221,11 @@ TEST(IspCaseDiff, NamesEveryDifferenceByStepAndExitsByOutcome) {
         {a + " " + b,
          1,
          {"frames 1-2 (f1, then f1 again)", "  wbc", d_gain, two, "result: different"},
+         ""},
+        {a3 + " " + l3 + " --stat",
+         1,
+         {"  wbc     ctrl   2            2       0          0",
+          "summary: 620 pushes in A, 620 in B; 2 differ (2 differences), 0 only in A, 0 only in B"},
          ""},
         // codes reach the hardware: no tolerance hides them
         {a + " " + b + " --tolerance 1000", 1, {"result: different"}, ""},

@@ -178,7 +178,7 @@ class stat_counter {
         }
         ++r.differences;
         /* a push's differences come one after another */
-        if (d.a != r.last_push) ++r.pushes, r.last_push = d.a;
+        if (d.push_a != r.last_push) ++r.pushes, r.last_push = d.push_a;
     }
 
     void print_text(std::FILE *out) const {
@@ -208,7 +208,7 @@ class stat_counter {
     struct row {
         std::string module, group;
         size_t differences = 0, pushes = 0, only_a = 0, only_b = 0;
-        const dump_push *last_push = nullptr;
+        size_t last_push = push_pairs::npos;
     };
     std::map<std::pair<std::string, std::string>, size_t> index_;
     std::vector<row> rows_;

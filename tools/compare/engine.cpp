@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <memory>
+#include <set>
 #include <tuple>
 #include <unordered_map>
 
@@ -13,12 +15,6 @@
 
 namespace isp_case {
 namespace {
-
-using push_key = std::tuple<int, int, std::string, int, uint32_t>;
-
-push_key key_of(const dump_push &p) {
-    return {int(p.step.kind), p.step.number, p.module, p.channel, p.command};
-}
 
 /* setup, frame 1, frame 2, ..., teardown */
 std::pair<int, int> step_rank(const step_id &s) {
@@ -57,8 +53,8 @@ void add_files(std::vector<std::string> &files, const dump_push *p, const dump_m
 /* the element's register files, as both runs name them */
 std::vector<std::string> files_of(const difference &d, const dump_member *m, const dump_member *n) {
     std::vector<std::string> files;
-    add_files(files, d.a, m, d.index);
-    add_files(files, d.b, n ? n : m, d.index);
+    add_files(files, d.a.get(), m, d.index);
+    add_files(files, d.b.get(), n ? n : m, d.index);
     return files;
 }
 
@@ -66,6 +62,87 @@ bool values_apart(double x, double y, double tolerance) {
     if (std::isfinite(x) != std::isfinite(y)) return true;
     return std::isfinite(x) && std::fabs(x - y) > tolerance;
 }
+
+/* A dump's pushes of one step, by index, in replay order. */
+using step_pushes = std::vector<size_t>;
+
+/* f(A's pushes, B's pushes) for each step either dump has, setup first, then the frames in
+ * order and teardown: a step's pushes wherever the manifest lists them. */
+template <class F>
+void for_each_step_pair(const dump &a, const dump &b, F f) {
+    using rank = std::pair<int, int>;
+    std::map<rank, std::pair<std::vector<size_t>, std::vector<size_t>>> spans; /* of A, B */
+    for (const auto &[d, side] : {std::make_pair(&a, 0), std::make_pair(&b, 1)})
+        for (size_t s = 0; s < d->pushes.spans().size(); ++s) {
+            auto &both = spans[step_rank(d->pushes.spans()[s].step)];
+            (side == 0 ? both.first : both.second).push_back(s);
+        }
+    const auto pushes_of = [](const dump &d, const std::vector<size_t> &of) {
+        step_pushes out;
+        for (size_t s : of)
+            for (size_t i = d.pushes.spans()[s].first; i < d.pushes.span_end(s); ++i)
+                out.push_back(i);
+        return out;
+    };
+    for (const auto &[r, both] : spans) f(pushes_of(a, both.first), pushes_of(b, both.second));
+}
+
+/* The pairs of one step: the k-th push of a module, channel and command in A with the k-th in
+ * B. */
+struct step_pairs {
+    std::vector<size_t> b_of_a, b_alone;
+};
+step_pairs pair_step(const dump &a, const step_pushes &in_a, const dump &b,
+                     const step_pushes &in_b) {
+    using key         = std::tuple<const std::string &, int, uint32_t>;
+    const auto key_of = [](const dump_push &p) { return key(p.module, p.channel, p.command); };
+    std::map<key, std::vector<size_t>> of_b;
+    for (size_t j : in_b) of_b[key_of(b.pushes.listed(j))].push_back(j);
+    std::map<key, size_t> seen;
+    std::set<size_t> paired;
+    step_pairs out;
+    for (size_t i : in_a) {
+        const key k             = key_of(a.pushes.listed(i));
+        const size_t occurrence = seen[k]++;
+        const auto it           = of_b.find(k);
+        if (it == of_b.end() || occurrence >= it->second.size()) {
+            out.b_of_a.push_back(push_pairs::npos);
+            continue;
+        }
+        out.b_of_a.push_back(it->second[occurrence]);
+        paired.insert(it->second[occurrence]);
+    }
+    for (size_t j : in_b)
+        if (!paired.count(j)) out.b_alone.push_back(j);
+    return out;
+}
+
+/* The decoded pushes of a dump while the steps that push them follow one another: a repeated
+ * frame reads what the frame before it read. */
+class decoded_cache {
+  public:
+    explicit decoded_cache(const dump &d) : dump_(d) {}
+    /* drops what neither this step nor the one before read */
+    void next_step() {
+        ++step_;
+        for (auto it = held_.begin(); it != held_.end();)
+            it = it->second.first + 1 < step_ ? held_.erase(it) : std::next(it);
+    }
+    const decoded_push &read(size_t push) {
+        const size_t listed = dump_.pushes.listed_index(push);
+        auto it             = held_.find(listed);
+        if (it == held_.end())
+            it = held_.emplace(listed, std::make_pair(step_, read_push(dump_, dump_.pushes[push])))
+                     .first;
+        it->second.first = step_;
+        return it->second.second;
+    }
+
+  private:
+    const dump &dump_;
+    size_t step_ = 0;
+    std::unordered_map<size_t, std::pair<size_t, decoded_push>> held_;
+};
 
 }  // namespace
 
@@ -108,26 +185,14 @@ std::vector<std::string> header_notes(const dump &a, const dump &b) {
 }
 
 push_pairs pair_pushes(const dump &a, const dump &b) {
-    /* the same push may come twice in a step: the k-th of A pairs with the k-th of B */
-    std::map<push_key, std::vector<size_t>> in_b;
-    for (size_t i = 0; i < b.pushes.size(); ++i) in_b[key_of(b.pushes[i])].push_back(i);
-    std::map<push_key, size_t> seen;
-    std::vector<bool> paired(b.pushes.size(), false);
     push_pairs out;
-    out.b_of_a.reserve(a.pushes.size());
-    for (const dump_push &p : a.pushes) {
-        const push_key key      = key_of(p);
-        const size_t occurrence = seen[key]++;
-        const auto it           = in_b.find(key);
-        if (it == in_b.end() || occurrence >= it->second.size()) {
-            out.b_of_a.push_back(push_pairs::npos);
-            continue;
-        }
-        out.b_of_a.push_back(it->second[occurrence]);
-        paired[it->second[occurrence]] = true;
-    }
-    for (size_t i = 0; i < b.pushes.size(); ++i)
-        if (!paired[i]) out.b_alone.push_back(i);
+    out.b_of_a.assign(a.pushes.size(), push_pairs::npos);
+    for_each_step_pair(a, b, [&](const step_pushes &in_a, const step_pushes &in_b) {
+        const step_pairs paired = pair_step(a, in_a, b, in_b);
+        for (size_t k = 0; k < in_a.size(); ++k) out.b_of_a[in_a[k]] = paired.b_of_a[k];
+        out.b_alone.insert(out.b_alone.end(), paired.b_alone.begin(), paired.b_alone.end());
+    });
+    std::sort(out.b_alone.begin(), out.b_alone.end());
     return out;
 }
 
@@ -199,30 +264,14 @@ void compare_structures(const decoded_push &a, const decoded_push &b, double tol
 
 comparison_summary compare_dumps(const dump &a, const dump &b, const compare_options &options,
                                  const difference_sink &sink) {
-    const push_pairs pairs = pair_pushes(a, b);
-    constexpr size_t none  = push_pairs::npos;
-    std::vector<std::pair<size_t, size_t>> order; /* (A's push, B's push) */
-    for (size_t i = 0; i < a.pushes.size(); ++i) order.emplace_back(i, pairs.b_of_a[i]);
-    for (size_t j : pairs.b_alone) order.emplace_back(none, j);
-    const auto push_of = [&](const std::pair<size_t, size_t> &e) -> const dump_push & {
-        return e.first != none ? a.pushes[e.first] : b.pushes[e.second];
-    };
-    if (options.frame) {
-        const auto elsewhere = [&](const std::pair<size_t, size_t> &e) {
-            return !is_frame_step(push_of(e).step, *options.frame);
-        };
-        order.erase(std::remove_if(order.begin(), order.end(), elsewhere), order.end());
-    }
-    /* modules in the order the runs first push them */
+    constexpr size_t none = push_pairs::npos;
+    /* modules in the order the runs first push them: a repeated push adds none */
     std::unordered_map<std::string, size_t> module_rank;
     for (const dump *d : {&a, &b})
-        for (const dump_push &p : d->pushes) module_rank.emplace(p.module, module_rank.size());
-    std::stable_sort(order.begin(), order.end(), [&](const auto &x, const auto &y) {
-        const dump_push &px = push_of(x), &py = push_of(y);
-        if (step_rank(px.step) != step_rank(py.step))
-            return step_rank(px.step) < step_rank(py.step);
-        return module_rank[px.module] < module_rank[py.module];
-    });
+        for (const dump_push &p : d->pushes.all_listed())
+            module_rank.emplace(p.module, module_rank.size());
+    decoded_cache cache_a(a), cache_b(b);
+    std::set<std::pair<size_t, size_t>> equal; /* listed pushes of A and B found equal */
 
     comparison_summary summary;
     const difference_sink counted = [&](const difference &d) {
@@ -230,26 +279,50 @@ comparison_summary compare_dumps(const dump &a, const dump &b, const compare_opt
         ++summary.differences;
         sink(d);
     };
-    for (const auto &[i, j] : order) {
-        if (options.limit && summary.differences >= options.limit) break;
-        summary.pushes_a += i != none;
-        summary.pushes_b += j != none;
-        difference d;
-        d.a      = i != none ? &a.pushes[i] : nullptr;
-        d.b      = j != none ? &b.pushes[j] : nullptr;
-        d.push_a = i, d.push_b = j;
-        if (i == none || j == none) {
-            d.kind = i == none ? difference_kind::push_only_in_b : difference_kind::push_only_in_a;
-            ++(i == none ? summary.only_b : summary.only_a);
-            d.files = files_of(d, nullptr, nullptr);
-            counted(d);
-            continue;
+    bool stopped = false;
+    for_each_step_pair(a, b, [&](const step_pushes &in_a, const step_pushes &in_b) {
+        if (stopped) return;
+        const step_id &step = in_a.empty() ? b.pushes.step(in_b[0]) : a.pushes.step(in_a[0]);
+        if (options.frame && !is_frame_step(step, *options.frame)) return;
+        cache_a.next_step(), cache_b.next_step();
+        const step_pairs paired = pair_step(a, in_a, b, in_b);
+        std::vector<std::pair<size_t, size_t>> order; /* (A's push, B's push) */
+        for (size_t k = 0; k < in_a.size(); ++k) order.emplace_back(in_a[k], paired.b_of_a[k]);
+        for (size_t j : paired.b_alone) order.emplace_back(none, j);
+        const auto rank_of = [&](const std::pair<size_t, size_t> &e) {
+            return module_rank
+                [(e.first != none ? a.pushes.listed(e.first) : b.pushes.listed(e.second)).module];
+        };
+        std::stable_sort(order.begin(), order.end(),
+                         [&](const auto &x, const auto &y) { return rank_of(x) < rank_of(y); });
+        for (const auto &[i, j] : order) {
+            if (options.limit && summary.differences >= options.limit) {
+                stopped = true;
+                return;
+            }
+            summary.pushes_a += i != none;
+            summary.pushes_b += j != none;
+            difference d;
+            if (i != none) d.a = std::make_shared<const dump_push>(a.pushes[i]);
+            if (j != none) d.b = std::make_shared<const dump_push>(b.pushes[j]);
+            d.push_a = i, d.push_b = j;
+            if (i == none || j == none) {
+                d.kind =
+                    i == none ? difference_kind::push_only_in_b : difference_kind::push_only_in_a;
+                ++(i == none ? summary.only_b : summary.only_a);
+                d.files = files_of(d, nullptr, nullptr);
+                counted(d);
+                continue;
+            }
+            const std::pair<size_t, size_t> listed = {a.pushes.listed_index(i),
+                                                      b.pushes.listed_index(j)};
+            if (equal.count(listed)) continue;
+            const size_t before = summary.differences;
+            compare_structures(cache_a.read(i), cache_b.read(j), options.tolerance, d, counted);
+            summary.differing += summary.differences != before;
+            if (summary.differences == before) equal.insert(listed);
         }
-        const size_t before = summary.differences;
-        compare_structures(read_push(a, a.pushes[i]), read_push(b, b.pushes[j]), options.tolerance,
-                           d, counted);
-        summary.differing += summary.differences != before;
-    }
+    });
     return summary;
 }
 

@@ -8,6 +8,7 @@
 #include <stddef.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,11 +54,12 @@ struct element_side {
  * otherwise, A's first and then those only B names. */
 struct difference {
     difference_kind kind = difference_kind::code;
-    const dump_push *a = nullptr, *b = nullptr; /* the paired pushes; one is null for only_in */
-    size_t push_a = 0, push_b = 0;              /* their indices in the dumps' pushes */
-    std::string member;                         /* empty for push and byte differences */
-    long index   = -1; /* element; -1 for a scalar and for member-wide differences */
-    size_t count = 0;  /* elements of the member, on the side that has more */
+    /* the paired pushes, each with its own step; one is null for only_in */
+    std::shared_ptr<const dump_push> a, b;
+    size_t push_a = 0, push_b = 0; /* their indices in the dumps' pushes */
+    std::string member;            /* empty for push and byte differences */
+    long index   = -1;             /* element; -1 for a scalar and for member-wide differences */
+    size_t count = 0;              /* elements of the member, on the side that has more */
     element_side in_a, in_b;
     std::vector<std::string> files; /* "cfgs/f2/rtl_wbc_p0.json"; none for teardown's pushes */
 
@@ -82,9 +84,11 @@ std::string tolerance_problem(double tolerance);
 /* The facts of the two manifests that differ, as "grid differs: 2x2 | 4x2". */
 std::vector<std::string> header_notes(const dump &a, const dump &b);
 
-/* Hands every difference to sink in the order of the runs (step, then module), pushes read one
- * pair at a time; throws dump_error for a push that cannot be read. With a limit, the pushes
- * after the one that reached it are not read and the summary counts what was read. */
+/* Hands every difference to sink in the order of the runs (step, then module), pushes paired
+ * and read one step at a time (a structure read once while the steps that push it follow one
+ * another; a pair of structures found equal once is not compared again); throws dump_error for a
+ * push that cannot be read. With a limit, the pushes after the one that reached it are not read and
+ * the summary counts what was read. */
 using difference_sink = std::function<void(const difference &)>;
 comparison_summary compare_dumps(const dump &a, const dump &b, const compare_options &options,
                                  const difference_sink &sink);

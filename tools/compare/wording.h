@@ -40,8 +40,7 @@ std::string difference_text(const difference &d, bool with_module = true,
  * values. */
 std::string first_divergence_text(const difference &first, std::optional<size_t> more);
 
-/* The first difference of two dumps and how many follow it. `first` points into a and b: it is
- * valid while they are. */
+/* The first difference of two dumps and how many follow it. */
 struct divergence {
     std::optional<difference> first;
     size_t more = 0;

@@ -221,7 +221,7 @@ void read_manifest(const value &root, dump &d) {
     const int partitions = std::min(d.part_h * d.part_v, 256);
     if (d.version < 3) {
         for (const value &p : array_at(o, "pushes"))
-            d.pushes.push_back(push_of(object_of(p, "pushes"), d.version, partitions, nullptr));
+            d.pushes.add(push_of(object_of(p, "pushes"), d.version, partitions, nullptr));
         return;
     }
     std::map<int, std::pair<size_t, size_t>> frame_pushes; /* first push and count of a frame */
@@ -231,7 +231,7 @@ void read_manifest(const value &root, dump &d) {
         const size_t start            = d.pushes.size();
         if (!entry.count("same_as")) {
             for (const value &p : array_at(entry, "pushes"))
-                d.pushes.push_back(push_of(object_of(p, "pushes"), d.version, partitions, &step));
+                d.pushes.add(push_of(object_of(p, "pushes"), d.version, partitions, &step));
         } else {
             /* a frame that pushed what an earlier frame pushed, but for the pushes listed */
             const int same_as  = int(number_at(entry, "same_as", 1, k_most));
@@ -241,11 +241,7 @@ void read_manifest(const value &root, dump &d) {
                 throw bad_field(fmt::format("steps: {}: same_as {} names no earlier frame",
                                             step_name(step), same_as));
             const auto [first, count] = earlier->second;
-            for (size_t i = first; i < first + count; ++i) {
-                dump_push copy = d.pushes[i];
-                copy.step      = step;
-                d.pushes.push_back(std::move(copy));
-            }
+            for (size_t i = first; i < first + count; ++i) d.pushes.repeat(i, step);
             if (entry.count("except"))
                 for (const auto &[index, changed] : object_of(at(entry, "except"), "except")) {
                     const bool number = !index.empty() && index.size() < 10 &&
@@ -254,8 +250,8 @@ void read_manifest(const value &root, dump &d) {
                     if (i >= count)
                         throw bad_field(fmt::format("except: {}: frame {} has {} pushes", index,
                                                     same_as, count));
-                    d.pushes[start + i] =
-                        push_of(object_of(changed, "except"), d.version, partitions, &step);
+                    d.pushes.replace(start + i, push_of(object_of(changed, "except"), d.version,
+                                                        partitions, &step));
                 }
         }
         if (step.kind != phase::frame) continue;
@@ -269,30 +265,31 @@ void read_manifest(const value &root, dump &d) {
  * does. */
 void dirs_from_sources(dump &d) {
     std::map<int, int> dir_of;
-    for (const dump_push &p : d.pushes)
+    for (const dump_push &p : d.pushes.all_listed())
         if (p.step.kind == phase::frame)
             for (const dump_source &s : p.sources)
                 if (const int dir = frame_dir_of(s.file); dir >= 0)
                     dir_of.emplace(p.step.number, dir);
-    for (dump_push &p : d.pushes)
-        if (p.step.dir < 0) {
-            const auto it = dir_of.find(p.step.number);
-            p.step.dir    = it == dir_of.end() ? p.step.number : it->second;
-        }
+    d.pushes.each_step([&](step_id &step) {
+        if (step.dir >= 0) return;
+        const auto it = dir_of.find(step.number);
+        step.dir      = it == dir_of.end() ? step.number : it->second;
+    });
 }
 
 /* ---- wholeness ----------------------------------------------------------------------------- */
 
 /* A push against the grid, channels, frames and modules of its manifest. */
-void check_push(const dump &d, const dump_push &p, const std::string &manifest) {
+void check_push(const dump &d, const dump_push &p, const step_id &step,
+                const std::string &manifest) {
     const std::string where        = manifest + ": push " + (p.bin.empty() ? p.module : p.bin);
     const isp::module_desc *module = isp::find_module(p.module);
     if (!module) throw dump_error(where + ": no module is called \"" + p.module + "\"");
     if (std::find(d.modules.begin(), d.modules.end(), p.module) == d.modules.end())
         throw dump_error(where + ": module " + p.module + " is not among the manifest's modules");
-    if (p.step.kind == phase::frame && p.step.number > d.frames)
+    if (step.kind == phase::frame && step.number > d.frames)
         throw dump_error(fmt::format("{}: {} but the manifest says {} frame(s)", where,
-                                     step_name(p.step), d.frames));
+                                     step_name(step), d.frames));
     const int channels = std::max(d.channels, 1);
     if (p.channel >= channels)
         throw dump_error(fmt::format("{}: channel {} but the manifest says {} channel(s)", where,
@@ -331,9 +328,12 @@ void check_objects(const dump &d, const dump_push &p, const std::string &manifes
 
 /* Every file the manifest lists is a regular file, and every .bin holds its push's bytes. */
 void check_files(const dump &d) {
-    size_t lacking = 0;
+    /* each listed push once, in the order pushes first name them: a repeated one has the
+     * files, and the faults, of the push it repeats */
+    std::vector<bool> lacks(d.pushes.all_listed().size(), false);
     std::string first;
-    for (const dump_push &p : d.pushes) {
+    for (size_t k = 0; k < d.pushes.all_listed().size(); ++k) {
+        const dump_push &p = d.pushes.all_listed()[k];
         if (d.version >= 3) check_objects(d, p, d.dir + "/manifest.json");
         std::vector<const std::string *> files;
         if (d.version < 3) files.push_back(&p.bin);
@@ -349,7 +349,7 @@ void check_files(const dump &d) {
             whole = false;
         }
         if (!whole) {
-            ++lacking;
+            lacks[k] = true;
             continue;
         }
         std::error_code error;
@@ -358,6 +358,8 @@ void check_files(const dump &d) {
             throw dump_error(fmt::format("{}/{}: {} bytes, but the manifest says the push has {}",
                                          d.dir, p.bin, size, p.size));
     }
+    size_t lacking = 0;
+    for (size_t i = 0; i < d.pushes.size(); ++i) lacking += lacks[d.pushes.listed_index(i)];
     if (lacking)
         throw dump_error(fmt::format(
             "{}: not a whole dump: {} of the manifest's {} pushes lack files, the first {}", d.dir,
@@ -459,12 +461,22 @@ dump open_dump(const std::string &dir) {
         if (store.size() > 1 && store.back() == '/') store.pop_back();
         d.store = store_reader(store);
     }
-    for (dump_push &p : d.pushes) {
+    for (dump_push &p : d.pushes.all_listed())
         p.channelled =
             isp::find_module(p.module) &&
             isp::file_kind_of(*isp::find_module(p.module)) == isp::file_kind::per_channel;
-        check_push(d, p, path);
-        if (d.steps.empty() || !same_step(d.steps.back(), p.step)) d.steps.push_back(p.step);
+    /* a listed push once; again only in a step past the frames the manifest states */
+    std::vector<bool> checked(d.pushes.all_listed().size(), false);
+    for (size_t s = 0; s < d.pushes.spans().size(); ++s) {
+        const step_id &step = d.pushes.spans()[s].step;
+        const bool beyond   = step.kind == phase::frame && step.number > d.frames;
+        for (size_t i = d.pushes.spans()[s].first; i < d.pushes.span_end(s); ++i) {
+            const size_t k = d.pushes.listed_index(i);
+            if (checked[k] && !beyond) continue;
+            checked[k] = true;
+            check_push(d, d.pushes.listed(i), step, path);
+        }
+        d.steps.push_back(step);
     }
     check_files(d);
     return d;
@@ -543,6 +555,42 @@ decoded_push read_push(const dump &d, const dump_push &push) {
                               : d.store.dir() + "/" + k_pack_file + ": object " + push.object) +
                          ": its bytes disagree with " + json_path + " (member " + member + ")");
     return out;
+}
+
+void push_list::at_step(const step_id &step) {
+    if (spans_.empty() || !same_step(spans_.back().step, step)) spans_.push_back({size(), step});
+}
+
+void push_list::add(dump_push push) {
+    at_step(push.step);
+    refs_.push_back(uint32_t(listed_.size()));
+    listed_.push_back(std::move(push));
+}
+
+void push_list::repeat(size_t i, const step_id &step) {
+    at_step(step);
+    refs_.push_back(refs_[i]);
+}
+
+void push_list::replace(size_t i, dump_push push) {
+    refs_[i] = uint32_t(listed_.size());
+    listed_.push_back(std::move(push));
+}
+
+const step_id &push_list::step(size_t i) const {
+    const auto after = std::upper_bound(spans_.begin(), spans_.end(), i,
+                                        [](size_t n, const span &s) { return n < s.first; });
+    return std::prev(after)->step;
+}
+
+size_t push_list::span_end(size_t s) const {
+    return s + 1 < spans_.size() ? spans_[s + 1].first : size();
+}
+
+dump_push push_list::operator[](size_t i) const {
+    dump_push p = listed(i);
+    p.step      = step(i);
+    return p;
 }
 
 std::string push_file(const dump_push &push) {

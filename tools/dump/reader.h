@@ -9,6 +9,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -51,6 +52,72 @@ struct dump_push {
      * member), in place of bin and targets; json empty in a raw-only dump */
     std::string object;
     std::vector<std::pair<std::string, std::string>> pointees;
+};
+
+/* A dump's pushes in replay order, held flat in the number of steps: each push the manifest
+ * lists is kept once, and a push of a repeated frame is a reference to the one it repeats (4
+ * bytes), given back with its own step when read. */
+class push_list {
+  public:
+    size_t size() const { return refs_.size(); }
+    bool empty() const { return refs_.empty(); }
+    /* push i with its step: a copy */
+    dump_push operator[](size_t i) const;
+    /* push i as listed (its step may be an earlier one it repeats) */
+    const dump_push &listed(size_t i) const { return listed_[refs_[i]]; }
+    /* which listed push push i is: equal numbers, equal pushes but for the step */
+    size_t listed_index(size_t i) const { return refs_[i]; }
+    const step_id &step(size_t i) const;
+    /* the pushes of the manifest, each once, in the order they first come */
+    const std::vector<dump_push> &all_listed() const { return listed_; }
+    std::vector<dump_push> &all_listed() { return listed_; }
+    /* runs of consecutive pushes of one step: the first push of each and its step */
+    struct span {
+        size_t first;
+        step_id step;
+    };
+    const std::vector<span> &spans() const { return spans_; }
+    /* pushes [first, end) of span s */
+    size_t span_end(size_t s) const;
+
+    /* a push the manifest lists, at its step */
+    void add(dump_push push);
+    /* push i again, at step */
+    void repeat(size_t i, const step_id &step);
+    /* push i becomes a push the manifest lists, at its step */
+    void replace(size_t i, dump_push push);
+    /* f(step) on every step held: a version 1 manifest's directories, known at the end */
+    template <class F>
+    void each_step(F f) {
+        for (dump_push &p : listed_) f(p.step);
+        for (span &s : spans_) f(s.step);
+    }
+
+    class iterator {
+      public:
+        using value_type        = dump_push;
+        using difference_type   = ptrdiff_t;
+        using reference         = dump_push;
+        using pointer           = void;
+        using iterator_category = std::input_iterator_tag;
+        iterator(const push_list *list, size_t i) : list_(list), i_(i) {}
+        dump_push operator*() const { return (*list_)[i_]; }
+        iterator &operator++() { return ++i_, *this; }
+        bool operator!=(const iterator &o) const { return i_ != o.i_; }
+        bool operator==(const iterator &o) const { return i_ == o.i_; }
+
+      private:
+        const push_list *list_;
+        size_t i_;
+    };
+    iterator begin() const { return {this, 0}; }
+    iterator end() const { return {this, size()}; }
+
+  private:
+    void at_step(const step_id &step);
+    std::vector<dump_push> listed_;
+    std::vector<uint32_t> refs_;
+    std::vector<span> spans_;
 };
 
 /* One member of a pushed structure as its decoded file gives it. Per-partition members hold the
@@ -97,7 +164,7 @@ struct dump {
     dump_verdict verdict;
     picojson::array findings;       /* as `check --format json` writes them */
     size_t findings_not_listed = 0; /* beyond those, counted only */
-    std::vector<dump_push> pushes;
+    push_list pushes;
     std::vector<step_id> steps; /* in replay order */
     std::string store_dir;      /* version 3: the store, relative to dir (or absolute) */
     store_reader store;         /* its index; objects are read one at a time */

@@ -83,7 +83,7 @@ struct push_view {
 
 push_view view_of(const shown_push &s) {
     push_view v;
-    const dump_push &p = *s.push;
+    const dump_push &p = s.push;
     v.step             = p.step;
     v.module           = p.module;
     v.block            = p.block;
@@ -183,7 +183,7 @@ std::string joined(const std::vector<std::string> &items) {
 
 std::vector<std::pair<std::string, std::string>> facts(const dump &m) {
     size_t bytes = 0;
-    for (const dump_push &p : m.pushes) bytes += p.size;
+    for (size_t i = 0; i < m.pushes.size(); ++i) bytes += m.pushes.listed(i).size;
     std::vector<std::pair<std::string, std::string>> shown = {{"dump", m.dir},
                                                               {"case", m.case_path}};
     for (const applied_override &o : m.overrides) shown.push_back({"set", override_line(o)});
@@ -371,9 +371,10 @@ void pushes(std::string &out, const dump &a, const pairing &pairs) {
     std::vector<std::vector<cell>> cells(order.size(), std::vector<cell>(a.steps.size()));
     size_t step = 0;
     for (size_t i = 0; i < a.pushes.size(); ++i) {
-        const dump_push &p = a.pushes[i];
+        const dump_push &p    = a.pushes.listed(i);
+        const step_id &p_step = a.pushes.step(i);
         while (step + 1 < a.steps.size() &&
-               (a.steps[step].kind != p.step.kind || a.steps[step].number != p.step.number))
+               (a.steps[step].kind != p_step.kind || a.steps[step].number != p_step.number))
             ++step;
         if (!row_of.count(p.module)) {
             row_of.emplace(p.module, order.size());

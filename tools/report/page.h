@@ -16,8 +16,8 @@ namespace report {
 
 /* A push of a step the page shows, with its members. */
 struct shown_push {
-    size_t index          = 0; /* in the dump's pushes */
-    const dump_push *push = nullptr;
+    size_t index = 0; /* in the dump's pushes */
+    dump_push push;
     decoded_push decoded;
 };
 

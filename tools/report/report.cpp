@@ -30,7 +30,7 @@ std::string overwrites(const std::string &out_file, const dump &d) {
     const fs::path relative = out.lexically_relative(root);
     if (relative.empty() || *relative.begin() == "..") return "";
     std::set<std::string> files = {"manifest.json"};
-    for (const dump_push &p : d.pushes) {
+    for (const dump_push &p : d.pushes.all_listed()) {
         files.insert({p.bin, p.json});
         files.insert(p.cmodel.begin(), p.cmodel.end());
         files.insert(p.targets.begin(), p.targets.end());
@@ -54,13 +54,14 @@ std::vector<report::shown_push> read_shown(const dump &d, const std::vector<step
         return false;
     };
     const auto add = [&](size_t i) {
-        shown.push_back({i, &d.pushes[i], read_push(d, d.pushes[i])});
+        const dump_push push = d.pushes[i];
+        shown.push_back({i, push, read_push(d, push)});
     };
     if (only)
         for (size_t i : *only) add(i);
     else
         for (size_t i = 0; i < d.pushes.size(); ++i)
-            if (wanted(d.pushes[i].step)) add(i);
+            if (wanted(d.pushes.step(i))) add(i);
     return shown;
 }
 
@@ -72,7 +73,7 @@ report::page_changes gather(const dump &a, const dump &b, const report_settings 
     std::set<size_t> shown;
     for (size_t i = 0; i < a.pushes.size(); ++i)
         for (const step_id &w : steps)
-            if (w.kind == a.pushes[i].step.kind && w.number == a.pushes[i].step.number)
+            if (w.kind == a.pushes.step(i).kind && w.number == a.pushes.step(i).number)
                 shown.insert(i);
     compare_options options;
     options.tolerance = s.tolerance;
