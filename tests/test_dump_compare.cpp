@@ -217,10 +217,10 @@ TEST(CompareEngine, FirstDivergenceNamesTheRowThatFillsTheElementAndItsFiles) {
     EXPECT_FALSE(isp_case::first_divergence(da, da, {}).first);
 
     // an element of a two-dimensional member is named as the driver's structure declares it
-    isp_case::dump_push clc;
-    clc.module = "cc", clc.group = "clc", clc.type = "_isp_clc_user_clc_t";
+    auto clc    = std::make_shared<isp_case::dump_push>();
+    clc->module = "cc", clc->group = "clc", clc->type = "_isp_clc_user_clc_t";
     isp_case::difference d;
-    d.a = &clc, d.member = "matrix_list", d.index = 7;
+    d.a = clc, d.member = "matrix_list", d.index = 7;
     EXPECT_EQ(isp_case::element_name(d), "cc.clc.matrix_list[0][7]");
 }
 
