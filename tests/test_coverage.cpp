@@ -139,7 +139,8 @@ TEST(Coverage, DistinctValuesPastTheCapAreCountedAsMore) {
     for (int frame = 0; frame <= int(isp_case::coverage_distinct_cap); ++frame)
         dir.write("case/cfgs/f" + std::to_string(frame) + "/rtl_wbc_p0.json",
                   wbc_file(std::to_string(frame)));
-    const field_coverage &gain = field(coverage_of(dir.path() + "/case"), "isp_wbc.d_gain.val");
+    const isp_case::coverage_report report = coverage_of(dir.path() + "/case");
+    const field_coverage &gain             = field(report, "isp_wbc.d_gain.val");
     EXPECT_EQ(gain.values, isp_case::coverage_distinct_cap + 1);
     EXPECT_EQ(gain.distinct, isp_case::coverage_distinct_cap);
     EXPECT_TRUE(gain.more);
