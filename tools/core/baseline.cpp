@@ -8,12 +8,13 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
+#include <sstream>
 
 #include <fmt/format.h>
 
 #include "tools/compare/engine.h"
 #include "tools/compare/wording.h"
+#include "tools/core/file_probe.h"
 #include "tools/core/run_record.h"
 #include "tools/dump/decode.h"
 #include "tools/dump/manifest.h"
@@ -161,11 +162,13 @@ bool ignored_member(const std::vector<std::string> &globs, const std::string &mo
 
 bool read_ignore_file(const std::string &path, std::vector<std::string> &globs,
                       std::string &error) {
-    std::ifstream in(path);
-    if (!in) {
-        error = path + ": cannot be read";
+    std::string text;
+    if (const file_read r = read_regular_file(path, max_register_file_bytes, text);
+        !r.problem.empty()) {
+        error = path + ": cannot be read: " + r.problem;
         return false;
     }
+    std::istringstream in(text);
     for (std::string line; std::getline(in, line);) {
         const size_t hash = line.find('#');
         if (hash != std::string::npos) line.erase(hash);

@@ -4,15 +4,14 @@
 #include "tools/core/merge.h"
 
 #include <algorithm>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 #include <fmt/format.h>
 
 #include <picojson.h>
 
 #include "tools/core/batch.h"
+#include "tools/core/file_probe.h"
 #include "tools/core/findings.h"
 #include "tools/core/settings.h"
 #include "tools/output/escape.h"
@@ -60,15 +59,16 @@ std::vector<std::string> texts_of(const picojson::value &v) {
 }
 
 shard_report read_report(const std::string &file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) throw merge_error{file + ": cannot be read"};
-    std::ostringstream text;
-    text << in.rdbuf();
-    const std::string bytes = text.str();
+    /* a suite of ten thousand cases with long output tails stays far below this */
+    constexpr long long max_report_bytes = 1LL << 30;
+    std::string bytes;
+    if (const file_read r = read_regular_file(file, max_report_bytes, bytes); !r.problem.empty())
+        throw merge_error{file + ": cannot be read: " + r.problem};
     picojson::value root;
     std::string error;
     picojson::parse(root, bytes.data(), bytes.data() + bytes.size(), &error);
-    if (!error.empty()) throw merge_error{file + ": not JSON"};
+    if (!error.empty())
+        throw merge_error{file + ": not JSON: " + error.substr(0, error.find('\n'))};
     const picojson::value &suite = member(root, "suite"), &shard = member(root, "shard");
     if (text_of(member(root, "type")) != "batch" || !suite.is<picojson::object>() ||
         !member(root, "cases").is<picojson::array>())

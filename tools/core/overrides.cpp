@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -17,6 +16,7 @@
 
 #include "convert/common/fixed_format.h"
 #include "tools/core/closest_name.h"
+#include "tools/core/file_probe.h"
 #include "tools/lint/json_locations.h"
 #include "tools/output/files.h"
 #include "tools/output/json.h"
@@ -148,14 +148,6 @@ size_t offset_of(const std::string &text, const json_place &at) {
     return offset + size_t(at.column - 1);
 }
 
-bool read_text(const std::string &path, std::string &text) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    text = all.str();
-    return bool(in);
-}
-
 /* The register files of the field's block in a frame directory: those its modules read. */
 std::vector<std::string> block_files(const std::string &case_path, const case_contents &contents,
                                      const regmap_field &f, int frame, int partition) {
@@ -194,8 +186,10 @@ std::string apply_one(const std::string &case_path, const case_contents &content
             std::string text;
             if (it != edit.changed.end())
                 text = it->second;
-            else if (!read_text(join_path(case_path, file), text))
-                return file + ": cannot be read";
+            else if (const file_read r = read_regular_file(join_path(case_path, file),
+                                                           max_register_file_bytes, text);
+                     !r.problem.empty())
+                return file + ": cannot be read: " + r.problem;
             /* a file that does not parse is left for the lint to report */
             located_document doc;
             try {
