@@ -46,9 +46,10 @@ int save_run(const case_options &options, const batch_case &c, const batch_setti
     return status;
 }
 
-/* Replays the case, its pushes checked against the stored run's bytes as they come; only a run
- * that differs is replayed again into a temporary dump, for the engine to say where and how.
- * Asked to, the run is then stored in place of one that differs or is missing. */
+/* Replays the case once, its pushes checked against the stored run's bytes as they come and
+ * dumped raw into a scratch directory: a run that differs is then compared with the stored one
+ * by the engine, to say where and how, without a second replay. Asked to, the run is then
+ * stored in place of one that differs or is missing. */
 int compare_run(const case_options &options, const batch_case &c, const batch_settings &batch,
                 stage_report &report) {
     const std::string stored_dir = baseline_case_dir(batch.baseline.dir, c.name);
@@ -64,7 +65,10 @@ int compare_run(const case_options &options, const batch_case &c, const batch_se
             report.baseline.problem = e.what();
         }
     }
+    std::optional<scratch_dir> fresh;
+    if (check) fresh.emplace("isp-case-run");
     replay_flags flags;
+    if (fresh && !fresh->path().empty()) flags = baseline_replay_flags(fresh->path(), "", false);
     flags.quiet  = true;
     flags.strict = batch.strict;
     if (check) flags.observe = [&check](const replay_step &step) { check->step(step); };
@@ -76,17 +80,12 @@ int compare_run(const case_options &options, const batch_case &c, const batch_se
     }
     if (!check) {
         report.baseline.state = baseline_state::missing;
+    } else if (flags.dump_dir.empty()) {
+        report.baseline.state   = baseline_state::unreadable;
+        report.baseline.problem = "this build's run could not be dumped for the comparison";
+        return status;
     } else {
-        const scratch_dir fresh("isp-case-run");
-        stage_report again;
-        if (fresh.path().empty() ||
-            run_replay_command(options, baseline_replay_flags(fresh.path(), "", batch.strict),
-                               &again) == exit_no_case) {
-            report.baseline.state   = baseline_state::unreadable;
-            report.baseline.problem = "this build's run could not be dumped for the comparison";
-            return status;
-        }
-        report.baseline = compare_with_baseline(stored_dir, fresh.path(), batch.baseline);
+        report.baseline = compare_with_baseline(stored_dir, fresh->path(), batch.baseline);
     }
     const baseline_state state = report.baseline.state;
     if (batch.baseline.update &&
