@@ -16,9 +16,7 @@
 #include "tools/compare/wording.h"
 #include "tools/core/file_probe.h"
 #include "tools/core/run_record.h"
-#include "tools/dump/decode.h"
 #include "tools/dump/manifest.h"
-#include "tools/dump/store.h"
 #include "tools/output/json.h"
 
 namespace isp_case {
@@ -207,47 +205,16 @@ baseline_outcome compare_with_baseline(const std::string &stored_dir, const std:
     return outcome;
 }
 
-stored_bytes_check::stored_bytes_check(const dump &stored) : stored_(stored) {}
-
-void stored_bytes_check::step(const replay_step &step) {
-    /* a stored object by its key (a store's dump), or a file as older dumps name it */
-    const auto same = [&](const std::string &key, const std::string &file,
-                          const std::vector<uint8_t> &bytes) {
-        if (!key.empty()) return key == sha256_hex(bytes.data(), bytes.size());
-        std::string stored, error;
-        return read_file_bytes(stored_.dir + "/" + file, stored, error) &&
-               stored.size() == bytes.size() &&
-               std::equal(bytes.begin(), bytes.end(), stored.begin(),
-                          [](uint8_t x, char y) { return x == uint8_t(y); });
-    };
-    for (const module_step &m : step.modules)
-        for (const op_outcome &op : m.ops)
-            for (const pushed_group &push : op.pushes) {
-                if (differs_ || matched_ == stored_.pushes.size()) {
-                    differs_ = true;
-                    return;
-                }
-                const dump_push &p = stored_.pushes[matched_++];
-                if (p.step != step.id || p.module != m.module->name ||
-                    p.channel != int(push.channel) || p.command != push.cmd) {
-                    differs_ = true;
-                    return;
-                }
-                const char *type = push.group ? push.group->c_type : nullptr;
-                std::vector<const std::vector<uint8_t> *> targets;
-                if (!push.part_size_h.empty()) targets = {&push.part_size_h, &push.part_size_v};
-                const size_t stored_targets =
-                    p.object.empty() ? p.targets.size() : p.pointees.size();
-                differs_ = p.size != push.bytes.size() || stored_targets != targets.size() ||
-                           !same(p.object, p.bin, without_pointers(type, push.bytes));
-                for (size_t t = 0; !differs_ && t < targets.size(); ++t)
-                    differs_ = p.object.empty() ? !same("", p.targets[t], *targets[t])
-                                                : !same(p.pointees[t].second, "", *targets[t]);
-            }
-}
-
-bool stored_bytes_check::identical() const {
-    return !differs_ && matched_ == stored_.pushes.size();
+bool same_objects(const dump &stored, const dump &run) {
+    if (stored.pushes.size() != run.pushes.size()) return false;
+    for (size_t i = 0; i < stored.pushes.size(); ++i) {
+        const dump_push a = stored.pushes[i], b = run.pushes[i];
+        if (a.object.empty() || a.object != b.object || a.pointees != b.pointees ||
+            a.step != b.step || a.module != b.module || a.channel != b.channel ||
+            a.command != b.command || a.size != b.size)
+            return false;
+    }
+    return true;
 }
 
 std::string baseline_case_dir(const std::string &baseline_dir, const std::string &case_name) {

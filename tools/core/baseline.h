@@ -88,25 +88,11 @@ bool read_ignore_file(const std::string &path, std::vector<std::string> &globs, 
 baseline_outcome compare_with_baseline(const std::string &stored_dir, const std::string &fresh_dir,
                                        const baseline_settings &settings);
 
-/* Whether a replay pushes byte for byte what a stored run holds, checked step by step as the
- * replay hands its steps over, without a dump of the replay. Identical bytes are identical
- * runs: the comparison decodes both sides by this build's tables, so only bytes that differ
- * need the engine to say where and how. A replay pushes in the same order every time, so the
- * pushes are met in the stored order: one out of order counts as a difference too, and the
- * engine, which pairs pushes by step, module, channel and command, has the last word. */
-class stored_bytes_check {
-  public:
-    explicit stored_bytes_check(const dump &stored);
-    /* Every push of the step (the replay must keep the bytes). */
-    void step(const replay_step &step);
-    /* After the last step: every stored push was pushed again with its bytes, nothing else. */
-    bool identical() const;
-
-  private:
-    const dump &stored_;
-    size_t matched_ = 0; /* the stored pushes met so far, in order */
-    bool differs_   = false;
-};
+/* Whether two runs of stores push the same objects (by their keys, the SHA-256 of their bytes)
+ * in the same order. Identical bytes are identical runs: the comparison decodes both sides by
+ * this build's tables, so only runs whose objects differ need the engine to say where and how.
+ * False where a run names no keys (a dump from before the store): the engine decides then. */
+bool same_objects(const dump &stored, const dump &run);
 
 /* Where a case's run lies in a baseline directory: its name in the suite, without the parts
  * that would lead out of the directory ("/", ".", ".."), as a case given by its path is named:

@@ -81,8 +81,6 @@ bool settings_or_report(const case_options &options, const char *command, run_se
 
 /* The options of replay beyond the case's. */
 struct replay_flags {
-    /* handed every step as the replay finishes it, with the pushed bytes kept */
-    std::function<void(const replay_step &)> observe;
     std::vector<std::string> bypass;
     std::string dump_dir, log_level = "warning", format = "text";
     std::string store_dir; /* --store: the dump's raw structures go to this shared store */

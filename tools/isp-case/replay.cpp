@@ -86,7 +86,7 @@ int run_replay_command(const case_options &options, const replay_flags &flags,
     const bool lines_on_terminal = isatty(STDOUT_FILENO) && output.detail != verbosity::quiet;
     settings.progress =
         isatty(STDERR_FILENO) && !lines_on_terminal && settings.run.frames >= k_progress_frames;
-    settings.keep_bytes = !flags.dump_dir.empty() || flags.observe;
+    settings.keep_bytes = !flags.dump_dir.empty();
 
     /* the lint's findings first, then the run's, in one record */
     run_record record;
@@ -96,7 +96,6 @@ int run_replay_command(const case_options &options, const replay_flags &flags,
     if (!flags.dump_dir.empty()) dump.emplace(flags.dump_dir, settings, dump_options_of(flags));
     const replay_result result = replay(settings, [&](const replay_step &step) {
         if (dump) dump->write_step(step);
-        if (flags.observe) flags.observe(step);
         printer.step(step, record.add(step));
     });
     record.add_platform_problems(result.platform_problems);
