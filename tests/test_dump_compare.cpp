@@ -19,6 +19,7 @@
 #include "tools/compare/wording.h"
 #include "tools/dump/decode.h"
 #include "tools/dump/reader.h"
+#include "tools/dump/store.h"
 
 namespace {
 
@@ -374,6 +375,18 @@ TEST(DumpReader, FirstManifestVersionStepsAreNamedByTheDirectoryTheyRead) {
     std::vector<std::string> steps;
     for (const isp_case::step_id &s : read.steps) steps.push_back(isp_case::step_label(s));
     EXPECT_EQ(steps, (lines_t{"setup (f0)", "frame 1 (f1)", "frame 2 (f1 again)"}));
+}
+
+/* The store's keys are SHA-256 as every other tool computes it (FIPS 180-4 test vectors: the
+ * empty text, one block, and a text whose padding takes a second block). */
+TEST(StoreKeys, AreTheStandardSha256) {
+    const std::string two_blocks = "abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq";
+    EXPECT_EQ(isp_case::sha256_hex("", 0),
+              "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+    EXPECT_EQ(isp_case::sha256_hex("abc", 3),
+              "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_EQ(isp_case::sha256_hex(two_blocks.data(), two_blocks.size()),
+              "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
 }
 
 }  // namespace
