@@ -838,6 +838,34 @@ int available_processors() {
     return online > 0 ? int(online) : 1;
 }
 
+namespace {
+
+/* The temporary directory of the batch's children (a --set overlay, a run dumped to be compared
+ * with its baseline): one of the batch's own, removed once every child is reaped, so that a
+ * child killed at its time limit or by a stop leaves nothing behind. */
+class children_tmpdir {
+  public:
+    children_tmpdir() : dir_("isp-case-batch") {
+        if (const char *given = getenv("TMPDIR")) given_ = given, had_ = true;
+        if (!dir_.path().empty()) setenv("TMPDIR", dir_.path().c_str(), 1);
+    }
+    ~children_tmpdir() {
+        if (had_)
+            setenv("TMPDIR", given_.c_str(), 1);
+        else
+            unsetenv("TMPDIR");
+    }
+    children_tmpdir(const children_tmpdir &)            = delete;
+    children_tmpdir &operator=(const children_tmpdir &) = delete;
+
+  private:
+    scratch_dir dir_;
+    std::string given_;
+    bool had_ = false;
+};
+
+}  // namespace
+
 int run_batch(const batch_settings &settings, const stage_runner &run_stage, std::FILE *out,
               std::FILE *err) {
     std::vector<batch_case> found;
@@ -877,6 +905,7 @@ int run_batch(const batch_settings &settings, const stage_runner &run_stage, std
         width     = std::min(k_name_column, std::max(width, cases[i].name.size()));
     }
     const clock_type::time_point start = clock_type::now();
+    const children_tmpdir tmpdir;
     pool workers(settings, run_stage, runs, out, width, stop);
     if (output_ok) workers.run(jobs);
     output_ok            = output_ok && !workers.output_closed();
