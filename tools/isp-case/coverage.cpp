@@ -71,7 +71,8 @@ int run_coverage(const coverage_flags &flags) {
         return status;
     }
     if (!write_text_file(flags.out, view_text(report, flags.format), error)) {
-        fmt::print(stderr, "isp-case coverage: {}\n", terminal_text(error));
+        fmt::print(stderr, "isp-case coverage: {}: {}\n", terminal_text(flags.out),
+                   terminal_text(error));
         return exit_failed;
     }
     return status;
